@@ -1,0 +1,440 @@
+// The Firebird client layer against a real embedded engine (and the local test
+// server for what needs real authentication).
+
+#include "fb/database.h"
+#include "fb/events.h"
+#include "fb/query.h"
+#include "fb/script.h"
+#include "fb/transaction.h"
+#include "fb/win1252.h"
+#include "support/testenv.h"
+
+#include <QSignalSpy>
+#include <QTest>
+
+using fb::Decimal;
+
+class TestFbQuery : public QObject
+{
+    Q_OBJECT
+
+private:
+    fb::Database m_db;
+    fb::Transaction m_tr{&m_db};
+
+    void exec(const QString &sql)
+    {
+        fb::Query q(&m_db, &m_tr);
+        q.setSql(sql);
+        q.execute();
+        m_tr.commit();
+    }
+
+private slots:
+    void initTestCase()
+    {
+        lartest::createDatabase(m_db, lartest::tempPath(QStringLiteral("fb.fdb")));
+        exec(QStringLiteral("CREATE TABLE T (ID INTEGER NOT NULL PRIMARY KEY, N52 NUMERIC(15,2),"
+                            " N185 NUMERIC(18,5), BI BIGINT, SI SMALLINT, D DOUBLE PRECISION,"
+                            " F DATE, H TIME, TS TIMESTAMP, B BOOLEAN, C CHAR(9), V VARCHAR(200),"
+                            " L CHAR(30) CHARACTER SET ISO8859_1, TB BLOB SUB_TYPE 1, BB BLOB)"));
+    }
+
+    void init()
+    {
+        exec(QStringLiteral("DELETE FROM T"));
+    }
+
+    void parseParams_data()
+    {
+        QTest::addColumn<QString>("sql");
+        QTest::addColumn<QString>("expected");
+        QTest::addColumn<QStringList>("names");
+        QTest::newRow("named and repeated")
+            << "select * from t where a = :id or b = :Id and c = :other"
+            << "select * from t where a = ? or b = ? and c = ?" << QStringList{"ID", "ID", "OTHER"};
+        QTest::newRow("positional") << "insert into t values (?, ?)"
+                                    << "insert into t values (?, ?)" << QStringList{"", ""};
+        QTest::newRow("colon in literal") << "select 'a:b', ':x' from t where id = :id"
+                                          << "select 'a:b', ':x' from t where id = ?"
+                                          << QStringList{"ID"};
+        QTest::newRow("doubled quote") << "select 'it''s :no' from t where x=:y"
+                                       << "select 'it''s :no' from t where x=?" << QStringList{"Y"};
+        QTest::newRow("quoted identifier") << "select \"A:B\" from t where x=:y"
+                                           << "select \"A:B\" from t where x=?" << QStringList{"Y"};
+        QTest::newRow("comments") << "select 1 -- :a ?\nfrom t /* :b ? */ where x = :c"
+                                  << "select 1 -- :a ?\nfrom t /* :b ? */ where x = ?"
+                                  << QStringList{"C"};
+    }
+
+    void parseParams()
+    {
+        QFETCH(QString, sql);
+        QFETCH(QString, expected);
+        QFETCH(QStringList, names);
+        const fb::ParsedSql p = fb::parseParams(sql);
+        QCOMPARE(p.sql, expected);
+        QCOMPARE(p.names, names);
+    }
+
+    void parametersAgainstEngine()
+    {
+        fb::Query ins(&m_db, &m_tr);
+        ins.setSql(QStringLiteral("insert into t (id, v, c) values (:id, :v, ?)"));
+        ins.bind(QStringLiteral("id"), 1);
+        ins.bind(QStringLiteral("V"), QStringLiteral("a:b"));
+        ins.bind(2, QStringLiteral("X"));
+        QCOMPARE(ins.execute(), 1);
+        fb::Query q(&m_db, &m_tr);
+        q.setSql(QStringLiteral("select v, ':lit' as lit from t where id = :id and (v = :v or :v is null)"));
+        q.bind(QStringLiteral("id"), 1);
+        q.bind(QStringLiteral(":v"), QStringLiteral("a:b"));
+        q.open();
+        QVERIFY(!q.eof());
+        QCOMPARE(q.field(QStringLiteral("V")).toString(), QStringLiteral("a:b"));
+        QCOMPARE(q.field(QStringLiteral("lit")).toString(), QStringLiteral(":lit"));
+        QVERIFY(!q.next());
+        QVERIFY_THROWS_EXCEPTION(fb::Error, q.bind(QStringLiteral("nope"), 1));
+        QVERIFY_THROWS_EXCEPTION(fb::Error, q.field(QStringLiteral("nope")));
+        m_tr.commit();
+    }
+
+    void typesRoundTrip()
+    {
+        const QDate date(2026, 11, 21);
+        const QTime time(13, 45, 12, 345);
+        const QString accents = QStringLiteral("Catálogos Dirección principal ÑÁÉÍÓÚÜ ñ €");
+        QByteArray binary;
+        for (int i = 0; i < 70000; ++i)
+            binary.append(char(i % 256));
+        const QString longText = QString(40000, u'é') + QStringLiteral("fin");
+
+        fb::Query ins(&m_db, &m_tr);
+        ins.setSql(QStringLiteral("insert into t (id, n52, n185, bi, si, d, f, h, ts, b, c, v, l, tb, bb)"
+                                  " values (:id, :n52, :n185, :bi, :si, :d, :f, :h, :ts, :b, :c, :v,"
+                                  " :l, :tb, :bb)"));
+        ins.bind(QStringLiteral("id"), 1);
+        ins.bind(QStringLiteral("n52"), QVariant::fromValue(Decimal(125080, 2)));
+        ins.bind(QStringLiteral("n185"), QVariant::fromValue(*Decimal::fromString(u"1234567890123.12345")));
+        ins.bind(QStringLiteral("bi"), Q_INT64_C(9000000000000000001));
+        ins.bind(QStringLiteral("si"), -7);
+        ins.bind(QStringLiteral("d"), 0.1);
+        ins.bind(QStringLiteral("f"), date);
+        ins.bind(QStringLiteral("h"), time);
+        ins.bind(QStringLiteral("ts"), QDateTime(date, time));
+        ins.bind(QStringLiteral("b"), true);
+        ins.bind(QStringLiteral("c"), QStringLiteral("A001"));
+        ins.bind(QStringLiteral("v"), accents);
+        ins.bind(QStringLiteral("l"), QStringLiteral("Ñandú"));
+        ins.bind(QStringLiteral("tb"), longText);
+        ins.bind(QStringLiteral("bb"), binary);
+        ins.execute();
+        // The same prepared statement again: every value NULL, and strings by text.
+        ins.clearParams();
+        ins.bind(QStringLiteral("id"), 2);
+        ins.execute();
+        ins.bind(QStringLiteral("id"), 3);
+        ins.bind(QStringLiteral("n52"), QStringLiteral("99.99"));
+        ins.bind(QStringLiteral("n185"), 2.5);
+        ins.execute();
+        m_tr.commit();
+
+        fb::Query q(&m_db, &m_tr);
+        q.setSql(QStringLiteral("select * from t order by id"));
+        q.open();
+        QCOMPARE(q.field(QStringLiteral("n52")).toDecimal(), Decimal(125080, 2));
+        QCOMPARE(q.field(QStringLiteral("n52")).toString(), QStringLiteral("1250.80"));
+        QCOMPARE(q.field(QStringLiteral("n185")).toString(), QStringLiteral("1234567890123.12345"));
+        QCOMPARE(q.field(QStringLiteral("n185")).toVariant().value<Decimal>(),
+                 *Decimal::fromString(u"1234567890123.12345"));
+        QCOMPARE(q.field(QStringLiteral("bi")).toInt64(), Q_INT64_C(9000000000000000001));
+        QCOMPARE(q.field(QStringLiteral("si")).toInt(), -7);
+        QCOMPARE(q.field(QStringLiteral("d")).toDouble(), 0.1);
+        QCOMPARE(q.field(QStringLiteral("f")).toDate(), date);
+        QCOMPARE(q.field(QStringLiteral("h")).toTime(), time);
+        QCOMPARE(q.field(QStringLiteral("ts")).toDateTime(), QDateTime(date, time));
+        QCOMPARE(q.field(QStringLiteral("b")).toBool(), true);
+        QCOMPARE(q.field(QStringLiteral("c")).toString(), QStringLiteral("A001     "));
+        QCOMPARE(q.field(QStringLiteral("c")).toTrimmed(), QStringLiteral("A001"));
+        QCOMPARE(q.field(QStringLiteral("v")).toString(), accents);
+        QCOMPARE(q.field(QStringLiteral("l")).toTrimmed(), QStringLiteral("Ñandú"));
+        QCOMPARE(q.field(QStringLiteral("tb")).toString(), longText);
+        QCOMPARE(q.field(QStringLiteral("bb")).toBytes(), binary);
+        QVERIFY(!q.field(QStringLiteral("id")).isNull());
+
+        QVERIFY(q.next());
+        for (int i = 1; i < q.fieldCount(); ++i) {
+            QVERIFY2(q.field(i).isNull(), qPrintable(q.fieldName(i)));
+            QVERIFY(!q.field(i).toVariant().isValid());
+        }
+        QVERIFY(q.next());
+        QCOMPARE(q.field(QStringLiteral("n52")).toDecimal(), Decimal(9999, 2));
+        QCOMPARE(q.field(QStringLiteral("n185")).toString(), QStringLiteral("2.50000"));
+        QVERIFY(!q.next());
+        QVERIFY(q.eof());
+        m_tr.commit();
+
+        // The stored bytes are Windows-1252, as Microsip writes them.
+        q.setSql(QStringLiteral("select cast(v as varchar(200) character set octets) from t where id = 1"));
+        q.open();
+        QCOMPARE(q.field(0).toBytes().left(9), QByteArray("Cat\xe1logos"));
+        m_tr.commit();
+    }
+
+    void win1252Table()
+    {
+        QByteArray all;
+        for (int i = 1; i < 256; ++i)
+            all.append(char(i));
+        QCOMPARE(fb::toWin1252(fb::fromWin1252(all)), all);
+        QCOMPARE(fb::fromWin1252(QByteArray("\x80\x93\xd1")), QStringLiteral("€“Ñ"));
+        QCOMPARE(fb::toWin1252(u"日"), QByteArray("?"));
+    }
+
+    void decimalText_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("canonical");
+        QTest::newRow("plain") << "1250.80" << "1250.80";
+        QTest::newRow("negative fraction") << "-0.5" << "-0.5";
+        QTest::newRow("integer") << "12" << "12";
+        QTest::newRow("leading point") << ".25" << "0.25";
+        QTest::newRow("junk") << "1,250.80" << "";
+        QTest::newRow("two points") << "1.2.3" << "";
+        QTest::newRow("empty") << "" << "";
+    }
+
+    void decimalText()
+    {
+        QFETCH(QString, text);
+        QFETCH(QString, canonical);
+        const auto d = Decimal::fromString(text);
+        QCOMPARE(d ? d->toString() : QString(), canonical);
+    }
+
+    void decimalRounding()
+    {
+        QCOMPARE(Decimal(125, 2).rescaled(1), Decimal(13, 1));
+        QCOMPARE(Decimal(-125, 2).rescaled(1), Decimal(-13, 1));
+        QCOMPARE(Decimal(124, 2).rescaled(0), Decimal(1, 0));
+        QCOMPARE(Decimal::fromDouble(1250.8, 2), Decimal(125080, 2));
+        QVERIFY(Decimal(1, 0) > Decimal(99999, 5));
+    }
+
+    void twoTransactions()
+    {
+        exec(QStringLiteral("insert into t (id, v) values (1, 'uno')"));
+        fb::Transaction other(&m_db);
+        fb::Query upd(&m_db, &m_tr);
+        upd.setSql(QStringLiteral("update t set v = :v where id = 1"));
+        upd.bind(QStringLiteral("v"), QStringLiteral("dos"));
+        upd.execute();
+        fb::Query read(&m_db, &other);
+        read.setSql(QStringLiteral("select v from t where id = 1"));
+        read.open();
+        QCOMPARE(read.field(0).toString(), QStringLiteral("uno")); // not committed yet
+        read.close();
+
+        // A nowait writer meets the pending update at once; Firebird 3 reports a row
+        // conflict as a deadlock (the lock-conflict code is for locks on objects).
+        fb::Query clash(&m_db, &other);
+        clash.setSql(QStringLiteral("update t set v = 'tres' where id = 1"));
+        try {
+            clash.execute();
+            QFAIL("expected a lock conflict");
+        } catch (const fb::Error &e) {
+            QCOMPARE(e.iscCode(), fb::isc::DeadLock);
+            QVERIFY(e.message().contains(QStringLiteral("update conflicts with concurrent update")));
+        }
+        m_tr.commit();
+        // Read committed: the same transaction now sees the other's commit.
+        read.open();
+        QCOMPARE(read.field(0).toString(), QStringLiteral("dos"));
+        QVERIFY(other.isActive());
+        other.rollback();
+        QVERIFY(!other.isActive());
+    }
+
+    void guardAndErrors()
+    {
+        {
+            fb::TransactionGuard g(m_tr);
+            fb::Query q(&m_db, &m_tr);
+            q.setSql(QStringLiteral("insert into t (id) values (7)"));
+            q.execute();
+        } // rolled back
+        fb::Query q(&m_db, &m_tr);
+        q.setSql(QStringLiteral("select count(*) from t"));
+        q.open();
+        QCOMPARE(q.field(0).toInt(), 0);
+        m_tr.commit();
+
+        exec(QStringLiteral("insert into t (id) values (7)"));
+        try {
+            exec(QStringLiteral("insert into t (id) values (7)"));
+            QFAIL("expected a duplicate key");
+        } catch (const fb::Error &e) {
+            QCOMPARE(e.iscCode(), fb::isc::UniqueKeyViolation);
+            QCOMPARE(e.sqlCode(), -803);
+        }
+        m_tr.rollback();
+        try {
+            exec(QStringLiteral("selec nothing"));
+            QFAIL("expected a syntax error");
+        } catch (const fb::Error &e) {
+            QCOMPARE(e.sqlCode(), -104);
+            QVERIFY(e.message().contains(QStringLiteral("selec")));
+        }
+        m_tr.rollback();
+    }
+
+    void executeProcedureOutputs()
+    {
+        exec(QStringLiteral("create or alter procedure p_suma (a integer, b numeric(15,2))"
+                            " returns (s numeric(15,2), t varchar(20)) as begin s = a + b;"
+                            " t = 'Año ' || a; end"));
+        fb::Query q(&m_db, &m_tr);
+        q.setSql(QStringLiteral("execute procedure p_suma :a, :b"));
+        for (int i = 1; i <= 3; ++i) {
+            q.bind(QStringLiteral("a"), i);
+            q.bind(QStringLiteral("b"), QVariant::fromValue(Decimal(150, 2)));
+            q.execute();
+            QCOMPARE(q.field(QStringLiteral("S")).toDecimal(), Decimal(i * 100 + 150, 2));
+            QCOMPARE(q.field(QStringLiteral("t")).toString(), QStringLiteral("Año %1").arg(i));
+        }
+        m_tr.commit();
+    }
+
+    void scriptSplitting()
+    {
+        const QString script = QStringLiteral(
+            "-- header; with a semicolon\n"
+            "CREATE TABLE S1 (A INTEGER);\n"
+            "SET SQL DIALECT 3;\n"
+            "INSERT INTO S1 VALUES (1); /* ; inside */ INSERT INTO S1 VALUES (2);\n"
+            "SET TERM ^ ;\n"
+            "CREATE PROCEDURE P1 AS\nDECLARE X INTEGER;\nBEGIN\n  X = 1; -- ;\nEND^\n"
+            "SET TERM ; ^\n"
+            "COMMIT WORK;\n"
+            "INSERT INTO S1 VALUES (';');\n"
+            "commit");
+        const QList<fb::ScriptStatement> st = fb::splitScript(script);
+        QCOMPARE(st.size(), 7);
+        QCOMPARE(st[0].text, QStringLiteral("CREATE TABLE S1 (A INTEGER)"));
+        QCOMPARE(st[0].line, 2);
+        QCOMPARE(st[2].line, 4);
+        QVERIFY(st[3].text.startsWith(QStringLiteral("CREATE PROCEDURE P1")));
+        QVERIFY(st[3].text.endsWith(QStringLiteral("END")));
+        QCOMPARE(st[3].line, 6);
+        QCOMPARE(st[4].kind, fb::ScriptStatement::Kind::Commit);
+        QCOMPARE(st[5].text, QStringLiteral("INSERT INTO S1 VALUES (';')"));
+        QCOMPARE(st[6].kind, fb::ScriptStatement::Kind::Commit);
+    }
+
+    void scriptRunSkipsFailures()
+    {
+        const QString script = QStringLiteral(
+            "CREATE TABLE S2 (A INTEGER NOT NULL PRIMARY KEY, B VARCHAR(20));\n"
+            "CREATE TABLE S2 (A INTEGER);\n" // exists: fails
+            "COMMIT WORK;\n"
+            "INSERT INTO S2 VALUES (1, 'Operación');\n"
+            "INSERT INTO S2 VALUES (1, 'repetido');\n" // duplicate: fails
+            "THIS IS NOT SQL;\n"
+            "SET TERM !! ;\n"
+            "CREATE OR ALTER TRIGGER S2_BI FOR S2 BEFORE INSERT AS\n"
+            "BEGIN IF (NEW.B IS NULL) THEN NEW.B = 'vacío'; END!!\n"
+            "SET TERM ; !!\n"
+            "COMMIT WORK;\n" // a new trigger works from the next transaction on
+            "INSERT INTO S2 (A) VALUES (2);\n");
+        QStringList failures;
+        fb::ScriptRunner runner(m_db, m_tr);
+        runner.setErrorHandler([&](const fb::ScriptStatement &st, const fb::Error &) {
+            failures << QString::number(st.line);
+            return fb::ScriptRunner::OnError::Skip;
+        });
+        runner.run(script);
+        m_tr.commit();
+        QCOMPARE(failures, (QStringList{"2", "5", "6"}));
+        fb::Query q(&m_db, &m_tr);
+        q.setSql(QStringLiteral("select list(b, '|') from (select b from s2 order by a)"));
+        q.open();
+        QCOMPARE(q.field(0).toString(), QStringLiteral("Operación|vacío"));
+        m_tr.commit();
+
+        // Without a handler the first failure stops the run.
+        fb::ScriptRunner strict(m_db, m_tr);
+        QVERIFY_THROWS_EXCEPTION(fb::Error,
+                                 strict.run(QStringLiteral("INSERT INTO S2 VALUES (3, 'x');\n"
+                                                           "INSERT INTO S2 VALUES (3, 'y');\n"
+                                                           "INSERT INTO S2 VALUES (4, 'z');")));
+        QCOMPARE(strict.executed(), 1);
+        m_tr.rollback();
+    }
+
+    void eventDelivered()
+    {
+        exec(QStringLiteral("create or alter procedure p_avisa (n varchar(30)) as begin"
+                            " post_event n; end"));
+        fb::EventListener listener(&m_db);
+        listener.setEvents({QStringLiteral("LAR_UNO"), QStringLiteral("LAR_DOS")});
+        QSignalSpy spy(&listener, &fb::EventListener::eventReceived);
+        listener.registerEvents();
+        QTest::qWait(200); // let the engine's first answer come and go
+        QCOMPARE(spy.count(), 0);
+
+        fb::Database other;
+        other.setDatabaseName(m_db.databaseName());
+        other.setParams(lartest::sysdbaParams());
+        other.connect();
+        fb::Transaction tr(&other);
+        fb::Query q(&other, &tr);
+        q.setSql(QStringLiteral("execute procedure p_avisa :n"));
+        q.bind(QStringLiteral("n"), QStringLiteral("LAR_DOS"));
+        q.execute();
+        q.execute();
+        tr.commit();
+        QTRY_COMPARE(spy.count(), 1);
+        QCOMPARE(spy.at(0).at(0).toString(), QStringLiteral("LAR_DOS"));
+        QCOMPARE(spy.at(0).at(1).toInt(), 2);
+
+        q.bind(QStringLiteral("n"), QStringLiteral("LAR_UNO"));
+        q.execute();
+        tr.commit();
+        QTRY_COMPARE(spy.count(), 2);
+        QCOMPARE(spy.at(1).at(0).toString(), QStringLiteral("LAR_UNO"));
+        listener.unregisterEvents();
+    }
+
+    void serverLogin()
+    {
+        if (!lartest::serverAvailable())
+            QSKIP("the local test server isn't running (make test starts it)");
+        const QString path = lartest::serverPrefix() + lartest::tempPath(QStringLiteral("srv.fdb"));
+        fb::Database db;
+        db.setDatabaseName(path);
+        db.setParams(lartest::sysdbaParams(lartest::serverPassword()));
+        db.createDatabase();
+        QVERIFY(db.isConnected());
+        db.disconnect();
+
+        db.setParams(lartest::sysdbaParams(QStringLiteral("equivocada")));
+        try {
+            db.connect();
+            QFAIL("a wrong password must not connect");
+        } catch (const fb::Error &e) {
+            QCOMPARE(e.iscCode(), fb::isc::LoginFailed);
+        }
+        QVERIFY(!db.isConnected());
+        db.setParams(lartest::sysdbaParams(lartest::serverPassword()));
+        db.connect();
+        db.dropDatabase();
+    }
+
+    void cleanupTestCase()
+    {
+        m_db.dropDatabase();
+    }
+};
+
+QTEST_MAIN(TestFbQuery)
+#include "tst_fb_query.moc"
