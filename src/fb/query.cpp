@@ -211,6 +211,7 @@ struct QueryState
         }
         cols.clear();
         colIndex.clear();
+        spelled.clear();
         inSig.clear();
         hasRow = false;
     }
@@ -227,6 +228,15 @@ struct QueryState
     std::vector<unsigned char> outBuf;
     std::vector<Column> cols;
     QHash<QString, int> colIndex;
+    // Names as callers spell them, resolved once: upper-casing or hashing the name
+    // on every row costs more than the fetch itself. Callers pass the same literal
+    // each time, so the data pointer usually matches before any character compare.
+    struct Spelled
+    {
+        QString name;
+        int index;
+    };
+    std::vector<Spelled> spelled;
     IResultSet *cursor = nullptr;
     bool hasRow = false;
 };
@@ -703,7 +713,16 @@ QString Query::fieldName(int index) const
 
 int Query::fieldIndex(const QString &name) const
 {
-    return m_state->colIndex.value(name.toUpper(), -1);
+    QueryState &s = *m_state;
+    for (const QueryState::Spelled &e : s.spelled) {
+        if (e.name.size() == name.size()
+            && (e.name.constData() == name.constData() || e.name == name))
+            return e.index;
+    }
+    const int index = s.colIndex.value(name.toUpper(), -1);
+    if (index >= 0)
+        s.spelled.push_back({name, index});
+    return index;
 }
 
 Field Query::field(int index) const
