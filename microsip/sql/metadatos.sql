@@ -1,0 +1,42 @@
+/*
+  Stand-in Microsip metadata database (System/Metadatos.fdb).
+
+  Run on an empty dialect 3 database whose default character set is NONE.
+  Accented text in this file is Windows-1252.
+  Only the installed version of each Microsip module is kept here. The
+  layouts of both tables are guessed.
+*/
+
+CREATE TABLE SISTEMAS (
+    SISTEMA_ID  INTEGER NOT NULL,
+    NOMBRE      VARCHAR(50) CHARACTER SET ISO8859_1 NOT NULL,
+    CONSTRAINT PK_SISTEMAS PRIMARY KEY (SISTEMA_ID),
+    CONSTRAINT UK_SISTEMAS_NOMBRE UNIQUE (NOMBRE)
+);
+
+/* VERSION_SIS: digits of the version, 72201 for 7.22.1. A module may
+   have several rows, the highest is the one installed. */
+CREATE TABLE VERSIONES_SIS (
+    SISTEMA_ID   INTEGER NOT NULL,
+    VERSION_SIS  VARCHAR(10) NOT NULL,
+    FECHA_HORA   TIMESTAMP DEFAULT CURRENT_TIMESTAMP,
+    CONSTRAINT PK_VERSIONES_SIS PRIMARY KEY (SISTEMA_ID, VERSION_SIS),
+    CONSTRAINT FK_VERSIONES_SIS_SISTEMA FOREIGN KEY (SISTEMA_ID)
+        REFERENCES SISTEMAS (SISTEMA_ID) ON DELETE CASCADE
+);
+
+COMMIT WORK;
+
+INSERT INTO SISTEMAS (SISTEMA_ID, NOMBRE) VALUES (1, 'Microsip - Administración');
+INSERT INTO VERSIONES_SIS (SISTEMA_ID, VERSION_SIS) VALUES (1, '72201');
+
+COMMIT WORK;
+
+CREATE ROLE USUARIO_MICROSIP;
+
+COMMIT WORK;
+
+GRANT ALL ON SISTEMAS TO ROLE USUARIO_MICROSIP;
+GRANT ALL ON VERSIONES_SIS TO ROLE USUARIO_MICROSIP;
+
+COMMIT WORK;
