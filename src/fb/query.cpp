@@ -696,6 +696,8 @@ qint64 Query::execute()
     } catch (const FbException &e) {
         throw detail::makeError(e.getStatus());
     }
+    if (m_autoCommit)
+        m_tr->commitRetaining();
     return m_rowsAffected;
 }
 
@@ -867,8 +869,14 @@ QString Field::toString() const
     const Column &c = s.cols[size_t(m_index)];
     const unsigned char *p = s.outBuf.data() + c.offset;
     switch (c.type) {
-    case SQL_TEXT:
-        return fromWin1252(reinterpret_cast<const char *>(p), c.length);
+    case SQL_TEXT: {
+        unsigned len = c.length;
+        if (m_query->m_trimChars) {
+            while (len > 0 && p[len - 1] == ' ')
+                --len;
+        }
+        return fromWin1252(reinterpret_cast<const char *>(p), len);
+    }
     case SQL_VARYING: {
         unsigned short len;
         std::memcpy(&len, p, 2);

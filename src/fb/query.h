@@ -87,6 +87,12 @@ public:
     QString sql() const { return m_sql; }
     // With false the text goes to the engine as written (PSQL bodies use `:var`).
     void setParamCheck(bool check);
+    // Commits (retaining) the transaction after each statement that execute() runs.
+    void setAutoCommit(bool on) { m_autoCommit = on; }
+    bool autoCommit() const { return m_autoCommit; }
+    // Fields' toString() drops the trailing blanks of CHAR columns.
+    void setTrimChars(bool on) { m_trimChars = on; }
+    bool trimChars() const { return m_trimChars; }
 
     void prepare();
     bool isPrepared() const;
@@ -131,6 +137,8 @@ private:
     Transaction *m_tr = nullptr;
     QString m_sql;
     bool m_paramCheck = true;
+    bool m_autoCommit = false;
+    bool m_trimChars = false;
     bool m_eof = true;
     qint64 m_rowsAffected = 0;
     std::vector<QVariant> m_values;
