@@ -240,3 +240,617 @@ ALTER TABLE LAR_DATOSCLTE ADD FECHA TIMESTAMP,ADD USUARIO VARCHAR(50) CHARACTER 
 COMMIT WORK;
 
 -- Accrual triggers
+/* Accrual of points on Microsip's sale documents.
+
+   Points are earned inside Microsip's own transaction, when a document header is
+   updated: the triggers below read the rules from LAR_REGISTRO (folder
+   PuntosLar/Puntos) and LAR_PUNTOSLINEAS and write LAR_PUNTOS. They have no
+   exception handler on purpose: a broken setting (pesos 0, a factor that isn't a
+   number, two points cards) must stop the document, not lose its points quietly.
+
+   Working types are part of the arithmetic: article points and row values are
+   INTEGER, units NUMERIC(18,5), factor, pesos, totals and points NUMERIC(18,5),
+   the sum of a product line NUMERIC(15,2). Assignments round (halves away from
+   zero); only TRUNC cuts. */
+
+SET TERM ^ ;
+
+/* Point of sale. Microsip inserts the document unapplied and later sets
+   APLICADO = 'S'; a cancellation sets ESTATUS = 'C' on the applied document. */
+CREATE OR ALTER TRIGGER TR_LAR_PUNTOS_DOCTOS_PV_BU FOR DOCTOS_PV
+ACTIVE BEFORE UPDATE POSITION 46
+AS
+  DECLARE VARIABLE v_partida INTEGER;
+  DECLARE VARIABLE v_naturaleza CHAR(1);
+  DECLARE VARIABLE v_activo VARCHAR(100);
+  DECLARE VARIABLE v_no_vtas INTEGER;
+  DECLARE VARIABLE v_ventas INTEGER;
+  DECLARE VARIABLE v_activo_puntos CHAR(1);
+  DECLARE VARIABLE v_art_activo VARCHAR(100);
+  DECLARE VARIABLE v_tarjeta VARCHAR(100);
+  DECLARE VARIABLE v_cliente_tarjeta INTEGER;
+  DECLARE VARIABLE v_articulo_id INTEGER;
+  DECLARE VARIABLE v_unidades NUMERIC(18,5);
+  DECLARE VARIABLE v_puntos_art INTEGER;
+  DECLARE VARIABLE v_entrada_id INTEGER;
+  DECLARE VARIABLE v_valor INTEGER;
+  DECLARE VARIABLE v_articulo_enc INTEGER;
+  DECLARE VARIABLE v_tipo_enc CHAR(1);
+  DECLARE VARIABLE v_importe_activo VARCHAR(100);
+  DECLARE VARIABLE v_factor NUMERIC(18,5);
+  DECLARE VARIABLE v_pesos NUMERIC(18,5);
+  DECLARE VARIABLE v_total NUMERIC(18,5);
+  DECLARE VARIABLE v_puntos NUMERIC(18,5);
+  DECLARE VARIABLE v_linea_activo VARCHAR(100);
+  DECLARE VARIABLE v_linea_id INTEGER;
+  DECLARE VARIABLE v_linea_puntos INTEGER;
+  DECLARE VARIABLE v_linea_importe NUMERIC(15,2);
+  DECLARE VARIABLE v_suma NUMERIC(15,2);
+BEGIN
+  /* Fast path: ordinary edits of a live document cost two comparisons. */
+  IF ((OLD.APLICADO <> NEW.APLICADO OR (NEW.ESTATUS = 'C')) IS NOT TRUE) THEN
+    EXIT;
+  IF ((NEW.APLICADO = 'S' AND (NEW.TIPO_DOCTO = 'V' OR NEW.TIPO_DOCTO = 'D')) IS NOT TRUE) THEN
+    EXIT;
+
+  v_partida = 1;
+
+  /* A cancelled return simply loses its rows, whatever the settings say. */
+  IF (NEW.TIPO_DOCTO = 'D' AND NEW.ESTATUS = 'C') THEN
+  BEGIN
+    DELETE FROM lar_puntos p WHERE p.folio = NEW.folio AND p.tipo_docto = NEW.tipo_docto;
+    EXIT;
+  END
+
+  SELECT r.valor FROM lar_registro r
+   WHERE r.nombre = 'Puntos General Activo' AND r.tipo = 'V'
+     AND r.padre_id = (SELECT f.registro_id FROM lar_registro f
+                        WHERE f.nombre = 'Puntos' AND f.tipo = 'F'
+                          AND f.padre_id = (SELECT p.registro_id FROM lar_registro p
+                                             WHERE p.nombre = 'PuntosLar' AND p.padre_id = 0))
+    INTO :v_activo;
+  IF (v_activo IS DISTINCT FROM 'S') THEN
+    EXIT;
+
+  IF (NEW.TIPO_DOCTO = 'V' AND NEW.ESTATUS <> 'C') THEN
+    v_naturaleza = 'E';
+  ELSE
+    v_naturaleza = 'S';
+
+  /* A document that comes through again replaces what it wrote before. */
+  DELETE FROM LAR_PUNTOS
+   WHERE folio = OLD.folio AND sistema = OLD.sistema_origen AND tipo_docto = OLD.tipo_docto
+     AND naturaleza = :v_naturaleza;
+
+  /* Daily cap: folios with points of this customer at this cashier today. */
+  SELECT r.valor FROM lar_registro r
+   WHERE r.nombre = 'No. de vtas' AND r.tipo = 'V'
+     AND r.padre_id = (SELECT f.registro_id FROM lar_registro f
+                        WHERE f.nombre = 'Puntos' AND f.tipo = 'F'
+                          AND f.padre_id = (SELECT p.registro_id FROM lar_registro p
+                                             WHERE p.nombre = 'PuntosLar' AND p.padre_id = 0))
+    INTO :v_no_vtas;
+  SELECT count(distinct e.folio) FROM doctos_pv d
+         INNER JOIN lar_puntos e ON (e.cliente_id = d.cliente_id) AND (e.folio = d.folio)
+   WHERE e.sistema = 'PV' AND d.tipo_docto = 'V' AND d.fecha = NEW.fecha
+     AND d.cajero_id = NEW.cajero_id AND d.cliente_id = NEW.cliente_id
+    INTO :v_ventas;
+  v_no_vtas = coalesce(v_no_vtas, 0);
+  v_ventas = coalesce(v_ventas, 0);
+  IF (v_no_vtas > 0 AND NEW.TIPO_DOCTO = 'V' AND NEW.ESTATUS = 'N' AND v_ventas >= v_no_vtas) THEN
+    EXIT;
+
+  /* Black list: only an explicit 'N' keeps a customer out. */
+  SELECT l.activo_puntos FROM libres_clientes l WHERE l.cliente_id = NEW.cliente_id
+    INTO :v_activo_puntos;
+  IF (v_activo_puntos = 'N') THEN
+    EXIT;
+
+  SELECT r.valor FROM lar_registro r
+   WHERE r.nombre = 'Puntos Extra Articulos Activo' AND r.tipo = 'V'
+     AND r.padre_id = (SELECT f.registro_id FROM lar_registro f
+                        WHERE f.nombre = 'Puntos' AND f.tipo = 'F'
+                          AND f.padre_id = (SELECT p.registro_id FROM lar_registro p
+                                             WHERE p.nombre = 'PuntosLar' AND p.padre_id = 0))
+    INTO :v_art_activo;
+  SELECT r.valor FROM lar_registro r
+   WHERE r.nombre = 'Tarjeta de puntos' AND r.tipo = 'V'
+     AND r.padre_id = (SELECT f.registro_id FROM lar_registro f
+                        WHERE f.nombre = 'Puntos' AND f.tipo = 'F'
+                          AND f.padre_id = (SELECT p.registro_id FROM lar_registro p
+                                             WHERE p.nombre = 'PuntosLar' AND p.padre_id = 0))
+    INTO :v_tarjeta;
+
+  /* Points card: a key of the role 'Clave Puntos'. Two such keys, or two such
+     roles, are a data error and fail the document. */
+  IF (v_tarjeta = 'S') THEN
+  BEGIN
+    SELECT c.cliente_id FROM claves_clientes c
+     WHERE c.cliente_id = NEW.cliente_id
+       AND c.rol_clave_cli_id = (SELECT r.rol_clave_cli_id FROM roles_claves_clientes r
+                                  WHERE r.nombre = 'Clave Puntos')
+      INTO :v_cliente_tarjeta;
+    IF (v_cliente_tarjeta IS NULL) THEN
+      EXIT;
+  END
+
+  /* By article. An article without a LIBRES_ARTICULOS row keeps the points read
+     for the line before it. */
+  IF (v_art_activo = 'S') THEN
+  BEGIN
+    FOR SELECT d.articulo_id, d.unidades FROM doctos_pv_det d
+         WHERE d.docto_pv_id = NEW.docto_pv_id AND d.posicion > 0
+         ORDER BY d.posicion
+          INTO :v_articulo_id, :v_unidades
+    DO
+    BEGIN
+      SELECT a.puntos FROM libres_articulos a WHERE a.articulo_id = :v_articulo_id
+        INTO :v_puntos_art;
+      /* Once an earning row of the folio has been seen it stays seen. */
+      SELECT first 1 pt.lar_puntos_id FROM lar_puntos pt
+       WHERE pt.folio = NEW.folio AND pt.naturaleza = 'E'
+        INTO :v_entrada_id;
+      IF (v_puntos_art > 0) THEN
+      BEGIN
+        /* With the day's cap full, a document that never earned takes nothing away. */
+        IF (v_entrada_id IS NULL AND v_ventas >= v_no_vtas AND v_no_vtas <> 0) THEN
+          EXIT;
+        v_valor = v_puntos_art * v_unidades;
+        INSERT INTO lar_puntos (lar_puntos_id, cliente_id, docto_id, articulo_id, tipo_docto,
+                                folio, naturaleza, unidades, valor_puntos, sistema, partida)
+        VALUES (gen_id(GEN_LAR_PUNTOS,1), NEW.cliente_id, NEW.docto_pv_id, :v_articulo_id,
+                NEW.tipo_docto, NEW.folio, :v_naturaleza, :v_unidades, :v_valor, 'PV', :v_partida);
+        v_partida = v_partida + 1;
+      END
+    END
+  END
+
+  /* Cancellation: reverse the amount or the line points, whichever kind the
+     first row without article shows, with today's settings. */
+  IF (NEW.ESTATUS = 'C') THEN
+  BEGIN
+    SELECT first 1 x.articulo_id, x.tipo_docto FROM lar_puntos x
+     WHERE x.docto_id = OLD.docto_pv_id AND x.articulo_id IS NULL
+      INTO :v_articulo_enc, :v_tipo_enc;
+
+    IF (v_tipo_enc = 'V') THEN
+    BEGIN
+      v_factor = 0;
+      v_pesos = 0;
+      SELECT r.valor FROM lar_registro r
+       WHERE r.nombre = 'Factor Total Importe Puntos' AND r.tipo = 'V'
+         AND r.padre_id = (SELECT f.registro_id FROM lar_registro f
+                            WHERE f.nombre = 'Puntos' AND f.tipo = 'F'
+                              AND f.padre_id = (SELECT p.registro_id FROM lar_registro p
+                                                 WHERE p.nombre = 'PuntosLar' AND p.padre_id = 0))
+        INTO :v_factor;
+      SELECT r.valor FROM lar_registro r
+       WHERE r.nombre = 'Factor Cantidad Pesos' AND r.tipo = 'V'
+         AND r.padre_id = (SELECT f.registro_id FROM lar_registro f
+                            WHERE f.nombre = 'Puntos' AND f.tipo = 'F'
+                              AND f.padre_id = (SELECT p.registro_id FROM lar_registro p
+                                                 WHERE p.nombre = 'PuntosLar' AND p.padre_id = 0))
+        INTO :v_pesos;
+      IF (v_factor IS NOT NULL AND v_pesos IS NOT NULL) THEN
+      BEGIN
+        v_total = NEW.total_impuestos + NEW.importe_neto;
+        v_puntos = v_total / v_pesos;
+        v_puntos = trunc(v_puntos);
+        v_puntos = v_puntos * v_factor;
+        INSERT INTO lar_puntos (lar_puntos_id, cliente_id, docto_id, articulo_id, tipo_docto,
+                                folio, naturaleza, unidades, valor_puntos, sistema, partida)
+        VALUES (gen_id(GEN_LAR_PUNTOS,1), NEW.cliente_id, NEW.docto_pv_id, NULL,
+                NEW.tipo_docto, NEW.folio, 'S', 0, :v_puntos, 'PV', :v_partida);
+        v_partida = v_partida + 1;
+      END
+    END
+    ELSE IF (v_tipo_enc = 'L') THEN
+    BEGIN
+      FOR SELECT pl.linea_id, pl.puntos, pl.importe FROM lar_puntoslineas pl
+            INTO :v_linea_id, :v_linea_puntos, :v_linea_importe
+      DO
+      BEGIN
+        SELECT Sum(v.unidades * v.precio_unitario_impto) FROM doctos_pv_det v
+               JOIN articulos a ON a.articulo_id = v.articulo_id
+               JOIN lineas_articulos la ON la.linea_articulo_id = a.linea_articulo_id
+         WHERE v.docto_pv_id = NEW.docto_pv_id AND la.linea_articulo_id = :v_linea_id
+          INTO :v_suma;
+        v_puntos = v_suma / v_linea_importe;
+        v_puntos = trunc(v_puntos);
+        v_puntos = v_puntos * v_linea_puntos;
+        IF (v_puntos > 0) THEN
+        BEGIN
+          INSERT INTO lar_puntos (lar_puntos_id, cliente_id, docto_id, articulo_id, tipo_docto,
+                                  folio, naturaleza, unidades, valor_puntos, sistema, partida)
+          VALUES (gen_id(GEN_LAR_PUNTOS,1), NEW.cliente_id, NEW.docto_pv_id, NULL,
+                  'L', NEW.folio, 'S', 0, :v_puntos, 'PV', :v_partida);
+          v_partida = v_partida + 1;
+        END
+      END
+    END
+    EXIT;
+  END
+
+  /* By amount: whole steps of pesos times the factor; a row of 0 is still a row. */
+  SELECT r.valor FROM lar_registro r
+   WHERE r.nombre = 'Puntos Importe Activo' AND r.tipo = 'V'
+     AND r.padre_id = (SELECT f.registro_id FROM lar_registro f
+                        WHERE f.nombre = 'Puntos' AND f.tipo = 'F'
+                          AND f.padre_id = (SELECT p.registro_id FROM lar_registro p
+                                             WHERE p.nombre = 'PuntosLar' AND p.padre_id = 0))
+    INTO :v_importe_activo;
+  IF (v_importe_activo = 'S' AND (NEW.estatus <> 'C')) THEN
+  BEGIN
+    v_factor = 0;
+    v_pesos = 0;
+    SELECT r.valor FROM lar_registro r
+     WHERE r.nombre = 'Factor Total Importe Puntos' AND r.tipo = 'V'
+       AND r.padre_id = (SELECT f.registro_id FROM lar_registro f
+                          WHERE f.nombre = 'Puntos' AND f.tipo = 'F'
+                            AND f.padre_id = (SELECT p.registro_id FROM lar_registro p
+                                               WHERE p.nombre = 'PuntosLar' AND p.padre_id = 0))
+      INTO :v_factor;
+    SELECT r.valor FROM lar_registro r
+     WHERE r.nombre = 'Factor Cantidad Pesos' AND r.tipo = 'V'
+       AND r.padre_id = (SELECT f.registro_id FROM lar_registro f
+                          WHERE f.nombre = 'Puntos' AND f.tipo = 'F'
+                            AND f.padre_id = (SELECT p.registro_id FROM lar_registro p
+                                               WHERE p.nombre = 'PuntosLar' AND p.padre_id = 0))
+      INTO :v_pesos;
+    IF (v_factor IS NOT NULL AND v_pesos IS NOT NULL) THEN
+    BEGIN
+      v_total = NEW.total_impuestos + NEW.importe_neto;
+      v_puntos = v_total / v_pesos;
+      v_puntos = trunc(v_puntos);
+      v_puntos = v_puntos * v_factor;
+      INSERT INTO lar_puntos (lar_puntos_id, cliente_id, docto_id, articulo_id, tipo_docto,
+                              folio, naturaleza, unidades, valor_puntos, sistema, partida)
+      VALUES (gen_id(GEN_LAR_PUNTOS,1), NEW.cliente_id, NEW.docto_pv_id, NULL,
+              NEW.tipo_docto, NEW.folio, :v_naturaleza, 0, :v_puntos, 'PV', :v_partida);
+      v_partida = v_partida + 1;
+    END
+  END
+
+  /* By product line: the lines' amounts with tax, whole steps of IMPORTE times
+     PUNTOS. A line with nothing sold sums NULL and writes nothing. */
+  SELECT r.valor FROM lar_registro r
+   WHERE r.nombre = 'Puntos Importe Linea' AND r.tipo = 'V'
+     AND r.padre_id = (SELECT f.registro_id FROM lar_registro f
+                        WHERE f.nombre = 'Puntos' AND f.tipo = 'F'
+                          AND f.padre_id = (SELECT p.registro_id FROM lar_registro p
+                                             WHERE p.nombre = 'PuntosLar' AND p.padre_id = 0))
+    INTO :v_linea_activo;
+  IF (v_linea_activo = 'S' AND (NEW.estatus <> 'C')) THEN
+  BEGIN
+    FOR SELECT pl.linea_id, pl.puntos, pl.importe FROM lar_puntoslineas pl
+          INTO :v_linea_id, :v_linea_puntos, :v_linea_importe
+    DO
+    BEGIN
+      SELECT Sum(v.unidades * v.precio_unitario_impto) FROM doctos_pv_det v
+             JOIN articulos a ON a.articulo_id = v.articulo_id
+             JOIN lineas_articulos la ON la.linea_articulo_id = a.linea_articulo_id
+       WHERE v.docto_pv_id = NEW.docto_pv_id AND la.linea_articulo_id = :v_linea_id
+        INTO :v_suma;
+      v_puntos = v_suma / v_linea_importe;
+      v_puntos = trunc(v_puntos);
+      v_puntos = v_puntos * v_linea_puntos;
+      IF (v_puntos > 0) THEN
+      BEGIN
+        INSERT INTO lar_puntos (lar_puntos_id, cliente_id, docto_id, articulo_id, tipo_docto,
+                                folio, naturaleza, unidades, valor_puntos, sistema, partida)
+        VALUES (gen_id(GEN_LAR_PUNTOS,1), NEW.cliente_id, NEW.docto_pv_id, NULL,
+                IIF(NEW.tipo_docto = 'D', 'D', 'L'), NEW.folio, :v_naturaleza, 0, :v_puntos,
+                'PV', :v_partida);
+        v_partida = v_partida + 1;
+      END
+    END
+  END
+END
+^
+
+/* A deleted POS document takes all its ledger rows with it. */
+CREATE OR ALTER TRIGGER TR_LAR_PUNTOS_MOD FOR DOCTOS_PV
+ACTIVE BEFORE DELETE POSITION 0
+AS
+BEGIN
+  delete from lar_puntos where docto_id = old.docto_pv_id;
+END
+^
+
+/* Sales module: invoices 'F' and returns 'D'. Same steps as the POS trigger,
+   switched by "Puntos Ventas"; the differences are marked. */
+CREATE OR ALTER TRIGGER TR_LAR_PUNTOS_DOCTOS_VE FOR DOCTOS_VE
+ACTIVE BEFORE UPDATE POSITION 0
+AS
+  DECLARE VARIABLE v_partida INTEGER;
+  DECLARE VARIABLE v_naturaleza CHAR(1);
+  DECLARE VARIABLE v_activo VARCHAR(100);
+  DECLARE VARIABLE v_no_vtas INTEGER;
+  DECLARE VARIABLE v_ventas INTEGER;
+  DECLARE VARIABLE v_activo_puntos CHAR(1);
+  DECLARE VARIABLE v_art_activo VARCHAR(100);
+  DECLARE VARIABLE v_tarjeta VARCHAR(100);
+  DECLARE VARIABLE v_cliente_tarjeta INTEGER;
+  DECLARE VARIABLE v_articulo_id INTEGER;
+  DECLARE VARIABLE v_unidades NUMERIC(18,5);
+  DECLARE VARIABLE v_puntos_art INTEGER;
+  DECLARE VARIABLE v_entrada_id INTEGER;
+  DECLARE VARIABLE v_valor INTEGER;
+  DECLARE VARIABLE v_articulo_enc INTEGER;
+  DECLARE VARIABLE v_tipo_enc CHAR(1);
+  DECLARE VARIABLE v_importe_activo VARCHAR(100);
+  DECLARE VARIABLE v_factor NUMERIC(18,5);
+  DECLARE VARIABLE v_pesos NUMERIC(18,5);
+  DECLARE VARIABLE v_total NUMERIC(18,5);
+  DECLARE VARIABLE v_puntos NUMERIC(18,5);
+  DECLARE VARIABLE v_linea_activo VARCHAR(100);
+  DECLARE VARIABLE v_linea_id INTEGER;
+  DECLARE VARIABLE v_linea_puntos INTEGER;
+  DECLARE VARIABLE v_linea_importe NUMERIC(15,2);
+  DECLARE VARIABLE v_suma NUMERIC(15,2);
+BEGIN
+  IF ((OLD.APLICADO <> NEW.APLICADO OR (NEW.ESTATUS = 'C')) IS NOT TRUE) THEN
+    EXIT;
+  /* Remissions and the module's other document types never earn. */
+  IF ((NEW.APLICADO = 'S' AND (NEW.TIPO_DOCTO = 'F' OR NEW.TIPO_DOCTO = 'D')) IS NOT TRUE) THEN
+    EXIT;
+
+  /* Matches POS returns of the same folio too: returns are matched by folio alone. */
+  IF (NEW.TIPO_DOCTO = 'D' AND NEW.ESTATUS = 'C') THEN
+  BEGIN
+    DELETE FROM lar_puntos p WHERE p.folio = NEW.folio AND p.tipo_docto = NEW.tipo_docto;
+    EXIT;
+  END
+
+  v_partida = 1;
+
+  SELECT r.valor FROM lar_registro r
+   WHERE r.nombre = 'Puntos Ventas' AND r.tipo = 'V'
+     AND r.padre_id = (SELECT f.registro_id FROM lar_registro f
+                        WHERE f.nombre = 'Puntos' AND f.tipo = 'F'
+                          AND f.padre_id = (SELECT p.registro_id FROM lar_registro p
+                                             WHERE p.nombre = 'PuntosLar' AND p.padre_id = 0))
+    INTO :v_activo;
+  IF (v_activo IS DISTINCT FROM 'S') THEN
+    EXIT;
+
+  IF (NEW.TIPO_DOCTO = 'F' AND NEW.ESTATUS <> 'C') THEN
+    v_naturaleza = 'E';
+  ELSE IF (NEW.tipo_docto <> 'R') THEN
+    v_naturaleza = 'S';
+
+  DELETE FROM LAR_PUNTOS
+   WHERE folio = OLD.folio AND sistema = OLD.sistema_origen AND tipo_docto = OLD.tipo_docto
+     AND naturaleza = :v_naturaleza;
+
+  /* Daily cap per customer, whoever issues the invoice; an empty cap is no cap. */
+  SELECT case when r.valor = '' then '0' else r.valor end FROM lar_registro r
+   WHERE r.nombre = 'No. de vtas' AND r.tipo = 'V'
+     AND r.padre_id = (SELECT f.registro_id FROM lar_registro f
+                        WHERE f.nombre = 'Puntos' AND f.tipo = 'F'
+                          AND f.padre_id = (SELECT p.registro_id FROM lar_registro p
+                                             WHERE p.nombre = 'PuntosLar' AND p.padre_id = 0))
+    INTO :v_no_vtas;
+  SELECT count(distinct e.folio) FROM doctos_ve d
+         JOIN lar_puntos e ON (e.cliente_id = d.cliente_id) AND (e.folio = d.folio)
+   WHERE e.sistema = 'VE' AND d.tipo_docto = 'F' AND d.fecha = NEW.fecha
+     AND d.cliente_id = NEW.cliente_id
+    INTO :v_ventas;
+  v_no_vtas = coalesce(v_no_vtas, 0);
+  v_ventas = coalesce(v_ventas, 0);
+  IF (v_no_vtas > 0 AND NEW.TIPO_DOCTO = 'F' AND NEW.ESTATUS = 'N' AND v_ventas >= v_no_vtas) THEN
+    EXIT;
+
+  SELECT l.activo_puntos FROM libres_clientes l WHERE l.cliente_id = NEW.cliente_id
+    INTO :v_activo_puntos;
+  IF (v_activo_puntos = 'N') THEN
+    EXIT;
+
+  SELECT r.valor FROM lar_registro r
+   WHERE r.nombre = 'Puntos Extra Articulos Activo' AND r.tipo = 'V'
+     AND r.padre_id = (SELECT f.registro_id FROM lar_registro f
+                        WHERE f.nombre = 'Puntos' AND f.tipo = 'F'
+                          AND f.padre_id = (SELECT p.registro_id FROM lar_registro p
+                                             WHERE p.nombre = 'PuntosLar' AND p.padre_id = 0))
+    INTO :v_art_activo;
+  SELECT r.valor FROM lar_registro r
+   WHERE r.nombre = 'Tarjeta de puntos' AND r.tipo = 'V'
+     AND r.padre_id = (SELECT f.registro_id FROM lar_registro f
+                        WHERE f.nombre = 'Puntos' AND f.tipo = 'F'
+                          AND f.padre_id = (SELECT p.registro_id FROM lar_registro p
+                                             WHERE p.nombre = 'PuntosLar' AND p.padre_id = 0))
+    INTO :v_tarjeta;
+
+  IF (v_tarjeta = 'S') THEN
+  BEGIN
+    SELECT c.cliente_id FROM claves_clientes c
+     WHERE c.cliente_id = NEW.cliente_id
+       AND c.rol_clave_cli_id = (SELECT r.rol_clave_cli_id FROM roles_claves_clientes r
+                                  WHERE r.nombre = 'Clave Puntos')
+      INTO :v_cliente_tarjeta;
+    IF (v_cliente_tarjeta IS NULL) THEN
+      EXIT;
+  END
+
+  IF (v_art_activo = 'S') THEN
+  BEGIN
+    FOR SELECT d.articulo_id, d.unidades FROM doctos_ve_det d
+         WHERE d.docto_ve_id = NEW.docto_ve_id AND d.posicion > 0
+         ORDER BY d.posicion
+          INTO :v_articulo_id, :v_unidades
+    DO
+    BEGIN
+      SELECT a.puntos FROM libres_articulos a WHERE a.articulo_id = :v_articulo_id
+        INTO :v_puntos_art;
+      SELECT first 1 pt.lar_puntos_id FROM lar_puntos pt
+       WHERE pt.folio = NEW.folio AND pt.naturaleza = 'E'
+        INTO :v_entrada_id;
+      IF (v_puntos_art > 0) THEN
+      BEGIN
+        IF (v_entrada_id IS NULL AND v_ventas >= v_no_vtas AND v_no_vtas <> 0) THEN
+          EXIT;
+        v_valor = v_puntos_art * v_unidades;
+        INSERT INTO lar_puntos (lar_puntos_id, cliente_id, docto_id, articulo_id, tipo_docto,
+                                folio, naturaleza, unidades, valor_puntos, sistema, partida)
+        VALUES (gen_id(GEN_LAR_PUNTOS,1), NEW.cliente_id, NEW.docto_ve_id, :v_articulo_id,
+                NEW.tipo_docto, NEW.folio, :v_naturaleza, :v_unidades, :v_valor, 'VE', :v_partida);
+        v_partida = v_partida + 1;
+      END
+    END
+  END
+
+  /* Cancellation. An invoice may hold one row without article at most: with
+     more, this singleton fails and the invoice can't be cancelled. Amount rows
+     of an invoice are of type 'F', so they are never reversed. */
+  IF (NEW.ESTATUS = 'C') THEN
+  BEGIN
+    select articulo_id, tipo_docto from lar_puntos x
+     where docto_id = old.docto_ve_id and x.articulo_id is null
+      INTO :v_articulo_enc, :v_tipo_enc;
+
+    IF (v_tipo_enc = 'V') THEN
+    BEGIN
+      v_factor = 0;
+      v_pesos = 0;
+      SELECT r.valor FROM lar_registro r
+       WHERE r.nombre = 'Factor Total Importe Puntos' AND r.tipo = 'V'
+         AND r.padre_id = (SELECT f.registro_id FROM lar_registro f
+                            WHERE f.nombre = 'Puntos' AND f.tipo = 'F'
+                              AND f.padre_id = (SELECT p.registro_id FROM lar_registro p
+                                                 WHERE p.nombre = 'PuntosLar' AND p.padre_id = 0))
+        INTO :v_factor;
+      SELECT r.valor FROM lar_registro r
+       WHERE r.nombre = 'Factor Cantidad Pesos' AND r.tipo = 'V'
+         AND r.padre_id = (SELECT f.registro_id FROM lar_registro f
+                            WHERE f.nombre = 'Puntos' AND f.tipo = 'F'
+                              AND f.padre_id = (SELECT p.registro_id FROM lar_registro p
+                                                 WHERE p.nombre = 'PuntosLar' AND p.padre_id = 0))
+        INTO :v_pesos;
+      IF (v_factor IS NOT NULL AND v_pesos IS NOT NULL) THEN
+      BEGIN
+        v_total = NEW.total_impuestos + NEW.importe_neto;
+        v_puntos = v_total / v_pesos;
+        v_puntos = trunc(v_puntos);
+        v_puntos = v_puntos * v_factor;
+        INSERT INTO lar_puntos (lar_puntos_id, cliente_id, docto_id, articulo_id, tipo_docto,
+                                folio, naturaleza, unidades, valor_puntos, sistema, partida)
+        VALUES (gen_id(GEN_LAR_PUNTOS,1), NEW.cliente_id, NEW.docto_ve_id, NULL,
+                NEW.tipo_docto, NEW.folio, 'S', 0, :v_puntos, 'VE', :v_partida);
+        v_partida = v_partida + 1;
+      END
+    END
+    ELSE IF (v_tipo_enc = 'L') THEN
+    BEGIN
+      FOR SELECT pl.linea_id, pl.puntos, pl.importe FROM lar_puntoslineas pl
+            INTO :v_linea_id, :v_linea_puntos, :v_linea_importe
+      DO
+      BEGIN
+        SELECT Sum(v.unidades * v.precio_unitario) FROM doctos_ve_det v
+               JOIN articulos a ON a.articulo_id = v.articulo_id
+               JOIN lineas_articulos la ON la.linea_articulo_id = a.linea_articulo_id
+         WHERE v.docto_ve_id = NEW.docto_ve_id AND la.linea_articulo_id = :v_linea_id
+          INTO :v_suma;
+        v_puntos = v_suma / v_linea_importe;
+        v_puntos = trunc(v_puntos);
+        v_puntos = v_puntos * v_linea_puntos;
+        IF (v_puntos > 0) THEN
+        BEGIN
+          INSERT INTO lar_puntos (lar_puntos_id, cliente_id, docto_id, articulo_id, tipo_docto,
+                                  folio, naturaleza, unidades, valor_puntos, sistema, partida)
+          VALUES (gen_id(GEN_LAR_PUNTOS,1), NEW.cliente_id, NEW.docto_ve_id, NULL,
+                  'L', NEW.folio, 'S', 0, :v_puntos, 'VE', :v_partida);
+          v_partida = v_partida + 1;
+        END
+      END
+    END
+    EXIT;
+  END
+
+  SELECT r.valor FROM lar_registro r
+   WHERE r.nombre = 'Puntos Importe Activo' AND r.tipo = 'V'
+     AND r.padre_id = (SELECT f.registro_id FROM lar_registro f
+                        WHERE f.nombre = 'Puntos' AND f.tipo = 'F'
+                          AND f.padre_id = (SELECT p.registro_id FROM lar_registro p
+                                             WHERE p.nombre = 'PuntosLar' AND p.padre_id = 0))
+    INTO :v_importe_activo;
+  IF (v_importe_activo = 'S') THEN
+  BEGIN
+    v_factor = 0;
+    v_pesos = 0;
+    SELECT r.valor FROM lar_registro r
+     WHERE r.nombre = 'Factor Total Importe Puntos' AND r.tipo = 'V'
+       AND r.padre_id = (SELECT f.registro_id FROM lar_registro f
+                          WHERE f.nombre = 'Puntos' AND f.tipo = 'F'
+                            AND f.padre_id = (SELECT p.registro_id FROM lar_registro p
+                                               WHERE p.nombre = 'PuntosLar' AND p.padre_id = 0))
+      INTO :v_factor;
+    SELECT r.valor FROM lar_registro r
+     WHERE r.nombre = 'Factor Cantidad Pesos' AND r.tipo = 'V'
+       AND r.padre_id = (SELECT f.registro_id FROM lar_registro f
+                          WHERE f.nombre = 'Puntos' AND f.tipo = 'F'
+                            AND f.padre_id = (SELECT p.registro_id FROM lar_registro p
+                                               WHERE p.nombre = 'PuntosLar' AND p.padre_id = 0))
+      INTO :v_pesos;
+    IF (v_factor IS NOT NULL AND v_pesos IS NOT NULL) THEN
+    BEGIN
+      v_total = NEW.total_impuestos + NEW.importe_neto;
+      v_puntos = v_total / v_pesos;
+      v_puntos = trunc(v_puntos);
+      v_puntos = v_puntos * v_factor;
+      INSERT INTO lar_puntos (lar_puntos_id, cliente_id, docto_id, articulo_id, tipo_docto,
+                              folio, naturaleza, unidades, valor_puntos, sistema, partida)
+      VALUES (gen_id(GEN_LAR_PUNTOS,1), NEW.cliente_id, NEW.docto_ve_id, NULL,
+              NEW.tipo_docto, NEW.folio, :v_naturaleza, 0, :v_puntos, 'VE', :v_partida);
+      v_partida = v_partida + 1;
+    END
+  END
+
+  /* By product line on invoices the base is the price without tax. */
+  SELECT r.valor FROM lar_registro r
+   WHERE r.nombre = 'Puntos Importe Linea' AND r.tipo = 'V'
+     AND r.padre_id = (SELECT f.registro_id FROM lar_registro f
+                        WHERE f.nombre = 'Puntos' AND f.tipo = 'F'
+                          AND f.padre_id = (SELECT p.registro_id FROM lar_registro p
+                                             WHERE p.nombre = 'PuntosLar' AND p.padre_id = 0))
+    INTO :v_linea_activo;
+  IF (v_linea_activo = 'S') THEN
+  BEGIN
+    FOR SELECT pl.linea_id, pl.puntos, pl.importe FROM lar_puntoslineas pl
+          INTO :v_linea_id, :v_linea_puntos, :v_linea_importe
+    DO
+    BEGIN
+      SELECT Sum(v.unidades * v.precio_unitario) FROM doctos_ve_det v
+             JOIN articulos a ON a.articulo_id = v.articulo_id
+             JOIN lineas_articulos la ON la.linea_articulo_id = a.linea_articulo_id
+       WHERE v.docto_ve_id = NEW.docto_ve_id AND la.linea_articulo_id = :v_linea_id
+        INTO :v_suma;
+      v_puntos = v_suma / v_linea_importe;
+      v_puntos = trunc(v_puntos);
+      v_puntos = v_puntos * v_linea_puntos;
+      IF (v_puntos > 0) THEN
+      BEGIN
+        INSERT INTO lar_puntos (lar_puntos_id, cliente_id, docto_id, articulo_id, tipo_docto,
+                                folio, naturaleza, unidades, valor_puntos, sistema, partida)
+        VALUES (gen_id(GEN_LAR_PUNTOS,1), NEW.cliente_id, NEW.docto_ve_id, NULL,
+                IIF(NEW.tipo_docto = 'D', 'D', 'L'), NEW.folio, :v_naturaleza, 0, :v_puntos,
+                'VE', :v_partida);
+        v_partida = v_partida + 1;
+      END
+    END
+  END
+END
+^
+
+/* Feeds the replication queue lar_sync_id, which belongs to another product.
+   Where that table doesn't exist this trigger can't be created, and the upgrade
+   passes over it. Any failure here is swallowed so the ledger write goes on. */
+CREATE OR ALTER TRIGGER TR_SYNC_LAR_PUNTOS_INS FOR LAR_PUNTOS
+ACTIVE BEFORE INSERT OR UPDATE POSITION 445
+AS
+BEGIN
+  insert into lar_sync_id (tabla_id,id,d_nombre1,d_tipo,lar_origen) values(1023,new.lar_puntos_id,new.folio,'U',rdb$get_context('USER_SESSION', 'lar_origen'));
+  when any do exit;
+END
+^
+
+SET TERM ; ^
