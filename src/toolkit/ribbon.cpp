@@ -1,0 +1,234 @@
+#include "ribbon.h"
+
+#include <QAction>
+#include <QEvent>
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QStackedWidget>
+#include <QTabBar>
+#include <QVBoxLayout>
+
+namespace lar {
+
+RibbonBoton::RibbonBoton(QAction *accion, bool grande, QWidget *parent)
+    : QToolButton(parent)
+    , m_grande(grande)
+{
+    if (accion)
+        setDefaultAction(accion);
+    setAutoRaise(true);
+    setToolButtonStyle(grande ? Qt::ToolButtonTextUnderIcon : Qt::ToolButtonTextBesideIcon);
+    setIconSize(grande ? QSize(32, 32) : QSize(16, 16));
+    if (grande)
+        setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Expanding);
+    else
+        setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+}
+
+RibbonGrupo::RibbonGrupo(const QString &titulo, QWidget *parent)
+    : QFrame(parent)
+    , m_titulo(titulo)
+{
+    setFrameShape(QFrame::StyledPanel);
+    auto *v = new QVBoxLayout(this);
+    v->setContentsMargins(4, 4, 4, 2);
+    v->setSpacing(2);
+    m_filas = new QHBoxLayout;
+    m_filas->setSpacing(2);
+    v->addLayout(m_filas, 1);
+    auto *pie = new QLabel(titulo, this);
+    pie->setAlignment(Qt::AlignCenter);
+    pie->setObjectName(QStringLiteral("tituloGrupo"));
+    pie->setStyleSheet(QStringLiteral("color: #555;"));
+    v->addWidget(pie);
+}
+
+RibbonBoton *RibbonGrupo::agregaBoton(const QString &nombre, QAction *accion, bool grande)
+{
+    auto *b = new RibbonBoton(accion, grande, this);
+    b->setObjectName(nombre);
+    return coloca(b);
+}
+
+RibbonBoton *RibbonGrupo::agregaBoton(const QString &nombre,
+                                      const QString &texto,
+                                      const QIcon &icono,
+                                      bool grande)
+{
+    auto *b = new RibbonBoton(nullptr, grande, this);
+    b->setObjectName(nombre);
+    b->setText(texto);
+    b->setIcon(icono);
+    return coloca(b);
+}
+
+RibbonBoton *RibbonGrupo::coloca(RibbonBoton *b)
+{
+    if (b->esGrande()) {
+        m_filas->addWidget(b);
+        m_chicos = nullptr;
+        return b;
+    }
+    // Small entries fill columns of three, as a ribbon lays them out.
+    if (!m_chicos || m_numChicos % 3 == 0) {
+        if (!m_chicos) {
+            m_chicos = new QGridLayout;
+            m_chicos->setSpacing(0);
+            m_filas->addLayout(m_chicos);
+            m_numChicos = 0;
+        }
+    }
+    m_chicos->addWidget(b, m_numChicos % 3, m_numChicos / 3);
+    ++m_numChicos;
+    return b;
+}
+
+QList<RibbonBoton *> RibbonGrupo::botones() const
+{
+    return findChildren<RibbonBoton *>(QString(), Qt::FindDirectChildrenOnly);
+}
+
+RibbonTab::RibbonTab(const QString &titulo, QWidget *parent)
+    : QWidget(parent)
+    , m_titulo(titulo)
+    , m_layout(new QHBoxLayout(this))
+{
+    m_layout->setContentsMargins(2, 2, 2, 2);
+    m_layout->setSpacing(4);
+    m_layout->addStretch(1);
+}
+
+RibbonGrupo *RibbonTab::agregaGrupo(const QString &nombre, const QString &titulo)
+{
+    auto *g = new RibbonGrupo(titulo, this);
+    g->setObjectName(nombre);
+    m_layout->insertWidget(m_layout->count() - 1, g);
+    return g;
+}
+
+QList<RibbonGrupo *> RibbonTab::grupos() const
+{
+    return findChildren<RibbonGrupo *>(QString(), Qt::FindDirectChildrenOnly);
+}
+
+Ribbon::Ribbon(QWidget *parent)
+    : QWidget(parent)
+    , m_barra(new QTabBar(this))
+    , m_panel(new QFrame(this))
+    , m_pila(new QStackedWidget(m_panel))
+    , m_layout(new QVBoxLayout(this))
+{
+    m_layout->setContentsMargins(0, 0, 0, 0);
+    m_layout->setSpacing(0);
+    m_barra->setDrawBase(true);
+    m_barra->setExpanding(false);
+    m_barra->setObjectName(QStringLiteral("barraTabs"));
+    m_layout->addWidget(m_barra);
+    m_panel->setObjectName(QStringLiteral("panelGrupos"));
+    m_panel->setFrameShape(QFrame::StyledPanel);
+    auto *pl = new QVBoxLayout(m_panel);
+    pl->setContentsMargins(0, 0, 0, 0);
+    pl->addWidget(m_pila);
+    m_panel->setFixedHeight(96);
+    m_layout->addWidget(m_panel);
+    m_panel->installEventFilter(this);
+
+    connect(m_barra, &QTabBar::currentChanged, this, [this](int i) {
+        m_pila->setCurrentIndex(i);
+        emit tabActivaCambio(i);
+    });
+    connect(m_barra, &QTabBar::tabBarClicked, this, [this](int i) {
+        if (i >= 0)
+            muestraTab(i);
+    });
+    connect(m_barra, &QTabBar::tabBarDoubleClicked, this, [this](int i) {
+        if (i >= 0)
+            setColapsado(!m_colapsado);
+    });
+}
+
+RibbonTab *Ribbon::agregaTab(const QString &nombre, const QString &titulo)
+{
+    auto *t = new RibbonTab(titulo, m_pila);
+    t->setObjectName(nombre);
+    m_pila->addWidget(t);
+    m_barra->addTab(titulo);
+    m_tabs.append(t);
+    return t;
+}
+
+QList<RibbonTab *> Ribbon::tabs() const
+{
+    return m_tabs;
+}
+
+RibbonTab *Ribbon::tabActiva() const
+{
+    return m_tabs.value(m_barra->currentIndex());
+}
+
+void Ribbon::setTabActiva(RibbonTab *tab)
+{
+    const int i = int(m_tabs.indexOf(tab));
+    if (i >= 0)
+        m_barra->setCurrentIndex(i);
+}
+
+void Ribbon::setColapsado(bool colapsado)
+{
+    if (m_colapsado == colapsado)
+        return;
+    m_colapsado = colapsado;
+    if (colapsado) {
+        m_layout->removeWidget(m_panel);
+        m_panel->setWindowFlags(Qt::Popup);
+        m_panel->hide();
+    } else {
+        m_panel->hide();
+        m_panel->setWindowFlags(Qt::Widget);
+        m_layout->addWidget(m_panel);
+        m_panel->show();
+    }
+}
+
+void Ribbon::muestraTab(int indice)
+{
+    m_barra->setCurrentIndex(indice);
+    if (!m_colapsado)
+        return;
+    ajustaPanel();
+    m_panel->show();
+    m_panel->raise();
+}
+
+bool Ribbon::desplegado() const
+{
+    return m_panel->isVisible();
+}
+
+void Ribbon::ajustaPanel()
+{
+    const QPoint origen = m_barra->mapToGlobal(QPoint(0, m_barra->height()));
+    m_panel->setGeometry(QRect(origen, QSize(qMax(width(), 200), m_panel->height())));
+}
+
+bool Ribbon::eventFilter(QObject *obj, QEvent *ev)
+{
+    // A dropped-down tab folds up again as soon as one of its entries is pressed.
+    if (obj == m_panel && ev->type() == QEvent::Show && m_colapsado) {
+        const QList<RibbonBoton *> botones = m_panel->findChildren<RibbonBoton *>();
+        for (RibbonBoton *b : botones) {
+            if (!b->property("_ribbonCierra").toBool()) {
+                b->setProperty("_ribbonCierra", true);
+                connect(b, &QAbstractButton::released, this, [this] {
+                    if (m_colapsado)
+                        m_panel->hide();
+                });
+            }
+        }
+    }
+    return QWidget::eventFilter(obj, ev);
+}
+
+} // namespace lar
