@@ -1,5 +1,7 @@
 #include "sesion.h"
 
+#include <QCoreApplication>
+
 namespace lar {
 
 Sesion::Sesion()
@@ -14,6 +16,11 @@ Sesion::Sesion()
     m_qReg = creaQuery(false, QStringLiteral("qReg"));
     m_qRegUpd = creaQuery(false, QStringLiteral("qRegUpd"));
     m_qQuery = creaQuery(false, QStringLiteral("qQuery"));
+    terminaAplicacion = [] {
+        // Queued, so that it also ends a loop that isn't running yet.
+        if (QCoreApplication *app = QCoreApplication::instance())
+            QMetaObject::invokeMethod(app, [] { QCoreApplication::exit(0); }, Qt::QueuedConnection);
+    };
 }
 
 Sesion::~Sesion()

@@ -9,6 +9,7 @@
 #include <QString>
 
 #include <array>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -83,6 +84,11 @@ public:
     QHash<QString, bool> ProcCache;
     // "7.22.1", set by the Microsip version test.
     QString VersionMicrosip;
+    // Full path of "Puntos.ini", set by RutaIni.
+    QString IniPuntos;
+    // Ends the application (a refused Microsip version). Defaults to quitting the
+    // event loops from the next turn of the loop; tests replace it to observe it.
+    std::function<void()> terminaAplicacion;
 
     // Disconnects company, configuration and metadata, in that order.
     void desconecta();
