@@ -713,6 +713,52 @@ QString Query::fieldName(int index) const
     return m_state->cols[size_t(index)].name;
 }
 
+FieldInfo Query::fieldInfo(int index) const
+{
+    if (index < 0 || size_t(index) >= m_state->cols.size())
+        throw Error::usage(QStringLiteral("No existe la columna %1").arg(index));
+    const Column &c = m_state->cols[size_t(index)];
+    FieldInfo f;
+    switch (c.type) {
+    case SQL_TEXT:
+    case SQL_VARYING:
+        f.kind = FieldInfo::Kind::String;
+        f.size = int(c.length);
+        break;
+    case SQL_SHORT:
+    case SQL_LONG:
+    case SQL_INT64:
+        f.kind = c.scale == 0 ? FieldInfo::Kind::Integer : FieldInfo::Kind::Decimal;
+        f.scale = -c.scale;
+        break;
+    case SQL_FLOAT:
+    case SQL_DOUBLE:
+    case SQL_D_FLOAT:
+        f.kind = FieldInfo::Kind::Float;
+        break;
+    case SQL_TYPE_DATE:
+        f.kind = FieldInfo::Kind::Date;
+        break;
+    case SQL_TYPE_TIME:
+        f.kind = FieldInfo::Kind::Time;
+        break;
+    case SQL_TIMESTAMP:
+        f.kind = FieldInfo::Kind::DateTime;
+        break;
+    case SQL_BOOLEAN:
+        f.kind = FieldInfo::Kind::Boolean;
+        break;
+    case SQL_BLOB:
+        f.kind = c.subType == 1 ? FieldInfo::Kind::Text : FieldInfo::Kind::Blob;
+        break;
+    default:
+        f.kind = FieldInfo::Kind::String;
+        f.size = int(c.length);
+        break;
+    }
+    return f;
+}
+
 int Query::fieldIndex(const QString &name) const
 {
     QueryState &s = *m_state;

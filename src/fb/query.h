@@ -29,6 +29,16 @@ struct ParsedSql
 };
 ParsedSql parseParams(const QString &sql);
 
+// What a result column holds: enough to lay out a copy of the result elsewhere
+// (a memory table takes type, size and scale from it).
+struct FieldInfo
+{
+    enum class Kind { Integer, Float, Decimal, String, Date, Time, DateTime, Boolean, Text, Blob };
+    Kind kind = Kind::String;
+    int size = 0;  // characters of CHAR/VARCHAR
+    int scale = 0; // decimals of NUMERIC/DECIMAL
+};
+
 // A view on one column of the current row of a query.
 class Field
 {
@@ -121,6 +131,7 @@ public:
     QString fieldName(int index) const;
     // -1 when there's no such column; names compare case-insensitively.
     int fieldIndex(const QString &name) const;
+    FieldInfo fieldInfo(int index) const;
     Field field(int index) const;
     Field field(const QString &name) const;
     Field operator[](const QString &name) const { return field(name); }

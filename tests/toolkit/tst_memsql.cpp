@@ -1,0 +1,204 @@
+// The in-memory SQL over registered memory tables: the statements the screens
+// run, the subset's edges, and its refusals.
+
+#include "toolkit/memsql.h"
+#include "toolkit/memtable.h"
+
+#include <QTest>
+
+using lar::FieldType;
+using lar::MemTable;
+
+class TestMemSql : public QObject
+{
+    Q_OBJECT
+
+private:
+    MemTable m_det;     // the capture lines, registered as "tabla"
+    MemTable m_kardex2; // history lines, registered as "Detalle"
+    lar::MemSql m_sql;
+
+    // One value of a one-row result, NULL as an invalid variant.
+    QVariant scalar(const QString &sql)
+    {
+        MemTable &r = m_sql.open(sql);
+        if (r.recordCount() != 1)
+            return QStringLiteral("%1 filas").arg(r.recordCount());
+        return r.field(0).value();
+    }
+
+private slots:
+    void initTestCase()
+    {
+        m_det.addField(QStringLiteral("articulo_id"), FieldType::Integer);
+        m_det.addField(QStringLiteral("clave"), FieldType::String, 20);
+        m_det.addField(QStringLiteral("Unidades"), FieldType::Integer);
+        m_det.addField(QStringLiteral("CostoUltimaCompra"), FieldType::Float);
+        m_det.addField(QStringLiteral("Importe"), FieldType::Currency, 2);
+        m_det.open();
+        m_det.appendRecord({10, "A10", 2, 1.5, "10.10"});
+        m_det.appendRecord({11, "B11", 1, 2.25, "0.20"});
+        m_det.appendRecord({10, "A10", 3, 1.5, "5.05"});
+        m_det.appendRecord({12, "O'Brien", QVariant(), QVariant(), QVariant()});
+        m_sql.registerTable(QStringLiteral("tabla"), &m_det);
+
+        m_kardex2.addField(QStringLiteral("puntos"), FieldType::Integer);
+        m_kardex2.addField(QStringLiteral("articulo"), FieldType::String, 50);
+        m_kardex2.addField(QStringLiteral("partida"), FieldType::Integer);
+        m_kardex2.addField(QStringLiteral("folio"), FieldType::String, 9);
+        m_kardex2.open();
+        m_kardex2.appendRecord({50, "Taza", 2, "P1"});
+        m_kardex2.appendRecord({30, "Gorra", 1, "P1"});
+        m_kardex2.appendRecord({70, "Playera", 1, "P2"});
+        m_sql.registerTable(QStringLiteral("Detalle"), &m_kardex2);
+    }
+
+    void scalars_data()
+    {
+        QTest::addColumn<QString>("sql");
+        QTest::addColumn<QVariant>("expected");
+        // The statements of the capture, word for word.
+        QTest::newRow("stock check")
+            << "SELECT sum(unidades) as unid FROM tabla WHERE articulo_id = 10" << QVariant(5LL);
+        QTest::newRow("stock check, no line")
+            << "SELECT sum(unidades) as unid FROM tabla WHERE articulo_id = 99" << QVariant();
+        QTest::newRow("other articles, id quoted")
+            << "Select count(*)  FROM tabla where articulo_id <> '10'" << QVariant(2LL);
+        QTest::newRow("ticket units, id quoted")
+            << "Select Sum(Unidades)  FROM tabla where articulo_id = '11'" << QVariant(1LL);
+        // The subset around them.
+        QTest::newRow("count of none")
+            << "select count(*) from tabla where articulo_id > 100" << QVariant(0LL);
+        QTest::newRow("count skips nulls") << "select count(unidades) from tabla" << QVariant(3LL);
+        QTest::newRow("sum of a float")
+            << "select sum(CostoUltimaCompra) from TABLA" << QVariant(5.25);
+        QTest::newRow("sum of money is exact")
+            << "select sum(importe) from tabla" << QVariant::fromValue(fb::Decimal(1535, 2));
+        QTest::newRow("min of text") << "select min(clave) from tabla" << QVariant("A10");
+        QTest::newRow("max with condition")
+            << "select max(unidades) from tabla where clave <> 'A10'" << QVariant(1LL);
+        QTest::newRow("and binds before or") << "select count(*) from tabla where articulo_id = 11 "
+                                                "or articulo_id = 10 and unidades = 3"
+                                             << QVariant(2LL);
+        QTest::newRow("parentheses") << "select count(*) from tabla where (articulo_id = 11 or "
+                                        "articulo_id = 10) and unidades = 3"
+                                     << QVariant(1LL);
+        QTest::newRow("null compares false")
+            << "select count(*) from tabla where unidades <> 2" << QVariant(2LL);
+        QTest::newRow("doubled quote")
+            << "select count(*) from tabla where clave = 'O''Brien'" << QVariant(1LL);
+        QTest::newRow("trailing blanks")
+            << "select count(*) from tabla where clave = 'A10  '" << QVariant(2LL);
+        QTest::newRow("negative and decimal")
+            << "select count(*) from tabla where importe >= -1 and importe < 5.06" << QVariant(2LL);
+        QTest::newRow("column against column")
+            << "select count(*) from tabla where unidades >= articulo_id" << QVariant(0LL);
+        QTest::newRow("text case counts")
+            << "select count(*) from tabla where clave = 'a10'" << QVariant(0LL);
+    }
+
+    void scalars()
+    {
+        QFETCH(QString, sql);
+        QFETCH(QVariant, expected);
+        const QVariant got = scalar(sql);
+        QCOMPARE(got.isNull(), expected.isNull());
+        if (expected.metaType() == QMetaType::fromType<fb::Decimal>())
+            QCOMPARE(got.value<fb::Decimal>(), expected.value<fb::Decimal>());
+        else if (!expected.isNull())
+            QCOMPARE(got.toString(), expected.toString());
+    }
+
+    void resultNames()
+    {
+        MemTable &r
+            = m_sql.open(QStringLiteral("SELECT sum(unidades) as unid, count(*) FROM tabla"));
+        QCOMPARE(r.fieldDef(0).name, QStringLiteral("unid"));
+        QCOMPARE(r.fieldDef(1).name, QStringLiteral("COUNT"));
+        QCOMPARE(m_sql.fieldByName(QStringLiteral("UNID")).asInteger(), 6);
+    }
+
+    void rows()
+    {
+        // The history export, word for word.
+        const QString folio = QStringLiteral("P1");
+        MemTable &r = m_sql.open(
+            QStringLiteral("SELECT puntos,articulo,partida FROM Detalle WHERE folio= '") + folio
+            + u'\'');
+        QCOMPARE(r.fieldCount(), 3);
+        QCOMPARE(r.recordCount(), 2);
+        QCOMPARE(r.fieldByName(QStringLiteral("articulo")).asString(), QStringLiteral("Taza"));
+        r.next();
+        QCOMPARE(r.fieldByName(QStringLiteral("puntos")).asInteger(), 30);
+
+        m_sql.open(QStringLiteral("select articulo from detalle order by partida, puntos desc"));
+        QStringList order;
+        for (r.first(); !r.eof(); r.next())
+            order << r.field(0).asString();
+        QCOMPARE(order, (QStringList{"Playera", "Gorra", "Taza"}));
+
+        MemTable &all
+            = m_sql.open(QStringLiteral("select * from detalle where puntos > 40 order by 1;"));
+        QCOMPARE(all.fieldCount(), 4);
+        QCOMPARE(all.recordCount(), 2);
+        QCOMPARE(all.fieldByName(QStringLiteral("folio")).asString(), QStringLiteral("P1"));
+    }
+
+    void rowsInSightOnly()
+    {
+        m_kardex2.setOnFilterRecord(
+            [](MemTable &t) { return t.fieldByName(QStringLiteral("folio")).asString() == u"P2"; });
+        m_kardex2.setFiltered(true);
+        QCOMPARE(scalar(QStringLiteral("select count(*) from detalle")).toInt(), 1);
+        m_kardex2.setFiltered(false);
+        QCOMPARE(scalar(QStringLiteral("select count(*) from detalle")).toInt(), 3);
+    }
+
+    void refusals_data()
+    {
+        QTest::addColumn<QString>("sql");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("group by") << "select articulo_id, count(*) from tabla group by articulo_id"
+                                  << "no se pueden mezclar campos con sum, count, min o max";
+        QTest::newRow("trailing clause") << "select count(*) from tabla group by articulo_id"
+                                         << "no se admite 'group' (sólo SELECT";
+        QTest::newRow("unknown table") << "select count(*) from mDet"
+                                       << "la tabla mDet no está registrada";
+        QTest::newRow("unknown field") << "select sum(cantidad) from tabla"
+                                       << "no existe el campo cantidad en la tabla tabla";
+        QTest::newRow("not a select") << "delete from tabla"
+                                      << "se esperaba SELECT y se encontró 'delete'";
+        QTest::newRow("other function") << "select avg(unidades) from tabla"
+                                        << "no se admite la función avg";
+        QTest::newRow("like") << "select count(*) from tabla where clave like 'A%'"
+                              << "se esperaba un operador de comparación";
+        QTest::newRow("unclosed text") << "select count(*) from tabla where clave = 'A10"
+                                       << "falta la comilla que cierra el texto (posición 42)";
+        QTest::newRow("unclosed parenthesis") << "select count(*) from tabla where (articulo_id = 1"
+                                              << "se esperaba ')' y terminó la consulta";
+        QTest::newRow("text that is no number")
+            << "select count(*) from tabla where articulo_id = 'x'"
+            << "'x' no es un número";
+        QTest::newRow("sum of text") << "select sum(clave) from tabla"
+                                     << "sum necesita un campo numérico";
+        QTest::newRow("join") << "select count(*) from tabla, detalle"
+                              << "no se admite ','";
+    }
+
+    void refusals()
+    {
+        QFETCH(QString, sql);
+        QFETCH(QString, message);
+        try {
+            m_sql.open(sql);
+            QFAIL("the statement ran");
+        } catch (const lar::MemSqlError &e) {
+            QVERIFY2(e.message().startsWith(QStringLiteral("Error en la consulta en memoria: ")),
+                     qPrintable(e.message()));
+            QVERIFY2(e.message().contains(message), qPrintable(e.message()));
+        }
+    }
+};
+
+QTEST_MAIN(TestMemSql)
+#include "tst_memsql.moc"

@@ -1,0 +1,421 @@
+// Memory tables: order, filter, bookmarks, editing, loading from Firebird, the
+// grid model, display formats and the in-memory SQL.
+
+#include "fb/database.h"
+#include "fb/query.h"
+#include "fb/transaction.h"
+#include "support/testenv.h"
+#include "toolkit/displayformat.h"
+#include "toolkit/memgrid.h"
+#include "toolkit/memsql.h"
+#include "toolkit/memtable.h"
+
+#include <QSignalSpy>
+#include <QTest>
+
+using lar::FieldType;
+using lar::MemTable;
+
+namespace {
+
+// id, nombre, grupo, importe: rows in the order given.
+void fill(MemTable &t, const QList<QVariantList> &rows)
+{
+    if (t.fieldCount() == 0) {
+        t.addField(QStringLiteral("id"), FieldType::Integer);
+        t.addField(QStringLiteral("nombre"), FieldType::String, 20);
+        t.addField(QStringLiteral("grupo"), FieldType::String, 5);
+        t.addField(QStringLiteral("importe"), FieldType::Currency, 2);
+    }
+    t.open();
+    for (const QVariantList &r : rows)
+        t.appendRecord(r);
+}
+
+QList<int> ids(MemTable &t)
+{
+    QList<int> out;
+    const auto b = t.bookmark();
+    for (t.first(); !t.eof(); t.next())
+        out << t.fieldByName(QStringLiteral("id")).asInteger();
+    t.gotoBookmark(b);
+    return out;
+}
+
+const QList<QVariantList> kRows = {
+    {1, "pera", "B", "10.50"},
+    {2, "Manzana", "A", "3"},
+    {3, "uva", "B", "7.25"},
+    {4, "anona", "A", "-1.10"},
+    {5, "Zapote", "C", "0"},
+};
+
+} // namespace
+
+class TestMemTable : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void indexOrder()
+    {
+        MemTable t;
+        fill(t, kRows);
+        QCOMPARE(ids(t), (QList<int>{1, 2, 3, 4, 5}));
+
+        // Ties keep the order in which rows came in.
+        t.setIndexFieldNames(QStringLiteral("GRUPO"));
+        QCOMPARE(ids(t), (QList<int>{2, 4, 1, 3, 5}));
+        t.setIndexFieldNames(QStringLiteral("grupo;nombre"));
+        QCOMPARE(ids(t), (QList<int>{4, 2, 1, 3, 5}));
+        // Strings sort without regard to case.
+        t.setIndexFieldNames(QStringLiteral("nombre"));
+        QCOMPARE(ids(t), (QList<int>{4, 2, 1, 3, 5}));
+        t.addIndex(QStringLiteral("iImporte"), QStringLiteral("importe"), true);
+        t.setIndexName(QStringLiteral("iImporte"));
+        QCOMPARE(ids(t), (QList<int>{1, 3, 2, 5, 4}));
+
+        // A row appended while sorted lands by its key; a tie goes after the others.
+        t.setIndexFieldNames(QStringLiteral("grupo"));
+        t.appendRecord({6, "mango", "A", "1"});
+        QCOMPARE(t.fieldByName(QStringLiteral("id")).asInteger(), 6);
+        QCOMPARE(t.recNo(), 2);
+        QCOMPARE(ids(t), (QList<int>{2, 4, 6, 1, 3, 5}));
+
+        // An edit that changes the key moves the row, and it stays current.
+        t.locate(QStringLiteral("id"), 2);
+        t.edit();
+        t.fieldByName(QStringLiteral("grupo")).setValue(QStringLiteral("C"));
+        t.post();
+        QCOMPARE(t.fieldByName(QStringLiteral("id")).asInteger(), 2);
+        QCOMPARE(ids(t), (QList<int>{4, 6, 1, 3, 2, 5}));
+
+        // Back to the order of entry; insert() puts the row before the current one.
+        t.setIndexFieldNames(QString());
+        t.locate(QStringLiteral("id"), 3);
+        t.insert();
+        t.fieldByName(QStringLiteral("id")).setValue(7);
+        t.post();
+        QCOMPARE(ids(t), (QList<int>{1, 2, 7, 3, 4, 5, 6}));
+        QVERIFY_THROWS_EXCEPTION(lar::MemTableError,
+                                 t.setIndexFieldNames(QStringLiteral("noexiste")));
+    }
+
+    void filterAndLocate()
+    {
+        MemTable t;
+        fill(t, kRows);
+        QString grupo = QStringLiteral("B");
+        t.setOnFilterRecord([&](MemTable &m) {
+            return m.fieldByName(QStringLiteral("grupo")).asString() == grupo;
+        });
+        QCOMPARE(t.recordCount(), 5); // a filter acts only while Filtered
+        t.setFiltered(true);
+        QCOMPARE(ids(t), (QList<int>{1, 3}));
+
+        QVERIFY(!t.locate(QStringLiteral("id"), 2)); // hidden rows aren't found
+        QVERIFY(t.locate(
+            QStringLiteral("nombre"), QStringLiteral("UVA"), lar::LocateOptions{true, false}));
+        QCOMPARE(t.fieldByName(QStringLiteral("id")).asInteger(), 3);
+        QVERIFY(!t.locate(QStringLiteral("nombre"), QStringLiteral("UVA")));
+        QVERIFY(t.locate(QStringLiteral("grupo;nombre"),
+                         QVariantList{"B", "pe"},
+                         lar::LocateOptions{false, true}));
+        QCOMPARE(t.fieldByName(QStringLiteral("id")).asInteger(), 1);
+        // A key that can't be an integer finds nothing instead of failing.
+        QVERIFY(!t.locate(QStringLiteral("id"), QStringLiteral("x")));
+
+        // Refresh: the current row stays while it is in sight, else the first one is current.
+        t.locate(QStringLiteral("id"), 3);
+        grupo = QStringLiteral("A");
+        t.refresh();
+        QCOMPARE(ids(t), (QList<int>{2, 4}));
+        QCOMPARE(t.recNo(), 0);
+        grupo = QStringLiteral("Z");
+        t.refresh();
+        QVERIFY(t.isEmpty());
+        QVERIFY(t.eof() && t.bof());
+        QCOMPARE(t.fieldByName(QStringLiteral("id")).value(), QVariant());
+
+        // An edit that takes the row out of the filter takes it out of sight.
+        grupo = QStringLiteral("B");
+        t.refresh();
+        t.first();
+        t.edit();
+        t.fieldByName(QStringLiteral("grupo")).setValue(QStringLiteral("C"));
+        t.post();
+        QCOMPARE(ids(t), (QList<int>{3}));
+        t.setFiltered(false);
+        QCOMPARE(t.recordCount(), 5);
+    }
+
+    void bookmarks()
+    {
+        MemTable t;
+        fill(t, kRows);
+        t.locate(QStringLiteral("id"), 4);
+        const MemTable::Bookmark b = t.bookmark();
+        t.setIndexFieldNames(QStringLiteral("nombre"));
+        t.last();
+        QVERIFY(t.gotoBookmark(b));
+        QCOMPARE(t.fieldByName(QStringLiteral("id")).asInteger(), 4);
+        QCOMPARE(t.recNo(), 0);
+
+        t.setOnFilterRecord(
+            [](MemTable &m) { return m.fieldByName(QStringLiteral("id")).asInteger() != 4; });
+        t.setFiltered(true);
+        QVERIFY(!t.bookmarkValid(b));
+        QVERIFY(!t.gotoBookmark(b));
+        t.setFiltered(false);
+        QVERIFY(t.bookmarkValid(b));
+
+        QVERIFY(t.gotoBookmark(b));
+        t.deleteRecord();
+        QVERIFY(!t.bookmarkValid(b));
+        QCOMPARE(t.recordCount(), 4);
+        // The row after the deleted one becomes current.
+        QCOMPARE(t.fieldByName(QStringLiteral("id")).asInteger(), 2);
+    }
+
+    void editing()
+    {
+        MemTable t;
+        fill(t, kRows);
+        auto nombre = t.fieldByName(QStringLiteral("nombre"));
+        QVERIFY_THROWS_EXCEPTION(lar::MemTableError, nombre.setValue(QStringLiteral("x")));
+
+        t.first();
+        t.edit();
+        nombre = QStringLiteral("cambiado");
+        QCOMPARE(nombre.asString(), QStringLiteral("cambiado")); // the buffer while editing
+        t.cancel();
+        QCOMPARE(nombre.asString(), QStringLiteral("pera"));
+
+        t.append();
+        t.fieldByName(QStringLiteral("id")).setValue(9);
+        t.cancel();
+        QCOMPARE(t.recordCount(), 5);
+
+        // Moving away posts the edit.
+        t.first();
+        t.edit();
+        nombre = QStringLiteral("un nombre mucho más largo que veinte");
+        t.next();
+        t.first();
+        QCOMPARE(nombre.asString(), QStringLiteral("un nombre mucho más ")); // cut to the size
+
+        // Conversions: text to the field's type, bad text refused.
+        t.edit();
+        t.fieldByName(QStringLiteral("importe")).setValue(QStringLiteral("12.345"));
+        QCOMPARE(t.fieldByName(QStringLiteral("importe")).asCurrency(), fb::Decimal(1235, 2));
+        t.fieldByName(QStringLiteral("importe")).setValue(0.125);
+        QCOMPARE(t.fieldByName(QStringLiteral("importe")).asCurrency().toString(),
+                 QStringLiteral("0.13"));
+        QVERIFY_THROWS_EXCEPTION(
+            lar::MemTableError,
+            t.fieldByName(QStringLiteral("id")).setValue(QStringLiteral("doce")));
+        t.fieldByName(QStringLiteral("id")).setValue(QString());
+        QVERIFY(t.fieldByName(QStringLiteral("id")).isNull());
+        t.cancel();
+
+        // eof/bof as a loop expects them.
+        int n = 0;
+        for (t.first(); !t.eof(); t.next())
+            ++n;
+        QCOMPARE(n, 5);
+        t.last();
+        QCOMPARE(t.moveBy(-14), -4);
+        QVERIFY(t.bof());
+        QCOMPARE(t.moveBy(14), 4);
+        QVERIFY(t.eof());
+    }
+
+    void batchedLoadSignalsOnce()
+    {
+        MemTable t;
+        fill(t, {});
+        t.setIndexFieldNames(QStringLiteral("nombre"));
+        QSignalSpy data(&t, &MemTable::dataChanged);
+        t.disableControls();
+        for (int i = 0; i < 2000; ++i)
+            t.appendRecord({i, QStringLiteral("n%1").arg(1999 - i, 4, 10, QChar(u'0')), "A", i});
+        QCOMPARE(data.count(), 0);
+        t.enableControls();
+        QCOMPARE(data.count(), 1);
+        t.first();
+        QCOMPARE(t.fieldByName(QStringLiteral("id")).asInteger(), 1999);
+        QCOMPARE(t.recordCount(), 2000);
+    }
+
+    void loadFromFirebird()
+    {
+        fb::Database db;
+        lartest::createDatabase(db, lartest::tempPath(QStringLiteral("memtable.fdb")));
+        fb::Transaction tr(&db);
+        fb::Query q(&db, &tr);
+        q.setSql(
+            QStringLiteral("create table t (id integer, clave varchar(20), limite numeric(15,2),"
+                           " factor double precision, fecha date, creado timestamp,"
+                           " activo boolean, estatus char(1))"));
+        q.execute();
+        tr.commit();
+        q.setSql(QStringLiteral("insert into t values (1, 'Añejo^A1', 1500.75, 0.5, '2024-02-29',"
+                                " '2024-03-01 10:20:30', true, 'A')"));
+        q.execute();
+        q.setSql(QStringLiteral("insert into t (id) values (2)"));
+        q.execute();
+        tr.commit();
+
+        q.setSql(QStringLiteral("select * from t order by id"));
+        q.open();
+        MemTable m;
+        m.copyStructure(q);
+        QCOMPARE(m.fieldCount(), 8);
+        QCOMPARE(m.fieldDef(0).type, FieldType::Integer);
+        QCOMPARE(m.fieldDef(1).type, FieldType::String);
+        QCOMPARE(m.fieldDef(1).size, 20);
+        QCOMPARE(m.fieldDef(2).type, FieldType::Currency);
+        QCOMPARE(m.fieldDef(2).size, 2);
+        QCOMPARE(m.fieldDef(3).type, FieldType::Float);
+        QCOMPARE(m.fieldDef(4).type, FieldType::Date);
+        QCOMPARE(m.fieldDef(5).type, FieldType::DateTime);
+        QCOMPARE(m.fieldDef(6).type, FieldType::Boolean);
+        m.open();
+        QCOMPARE(m.loadFromQuery(q), 2);
+        q.close();
+        tr.commit();
+
+        m.first();
+        QCOMPARE(m.fieldByName(QStringLiteral("CLAVE")).asString(), QStringLiteral("Añejo^A1"));
+        QCOMPARE(m.fieldByName(QStringLiteral("limite")).asCurrency(), fb::Decimal(150075, 2));
+        QCOMPARE(m.fieldByName(QStringLiteral("fecha")).asDate(), QDate(2024, 2, 29));
+        QCOMPARE(m.fieldByName(QStringLiteral("creado")).asDateTime(),
+                 QDateTime(QDate(2024, 3, 1), QTime(10, 20, 30)));
+        QVERIFY(m.fieldByName(QStringLiteral("activo")).asBoolean());
+        m.next();
+        QVERIFY(m.fieldByName(QStringLiteral("limite")).isNull());
+        QVERIFY(m.fieldByName(QStringLiteral("clave")).isNull());
+        QCOMPARE(m.fieldByName(QStringLiteral("limite")).asCurrency(), fb::Decimal(0, 4));
+        db.dropDatabase();
+    }
+
+    void gridFollowsTable()
+    {
+        MemTable t;
+        fill(t, kRows);
+        t.fieldDef(t.fieldIndex(QStringLiteral("importe"))).displayFormat
+            = QStringLiteral("#,0.00;-#,0.00");
+        lar::MemGrid g;
+        auto *m = g.memModel();
+        m->addColumn(QStringLiteral("nombre"), QStringLiteral("Nombre"), 100);
+        m->addColumn(QStringLiteral("importe"), QStringLiteral("Importe"), 80);
+        m->addColumn(QStringLiteral("id"), QString(), 0);
+        g.setTable(&t);
+        QCOMPARE(m->rowCount(), 5);
+        QCOMPARE(m->index(3, 1).data().toString(), QStringLiteral("-1.10"));
+        QCOMPARE(m->index(0, 1).data().toString(), QStringLiteral("10.50"));
+        QCOMPARE(m->headerData(2, Qt::Horizontal).toString(), QStringLiteral("id"));
+        QVERIFY(g.isColumnHidden(2));
+
+        t.locate(QStringLiteral("id"), 3);
+        QCOMPARE(g.currentIndex().row(), 2);
+        g.setCurrentIndex(m->index(4, 0));
+        QCOMPARE(t.fieldByName(QStringLiteral("id")).asInteger(), 5);
+        // Re-sorting keeps the grid on the same row of the table.
+        t.setIndexFieldNames(QStringLiteral("nombre"));
+        QCOMPARE(t.recNo(), 4);
+        QCOMPARE(g.currentIndex().row(), 4);
+        QCOMPARE(m->index(0, 0).data().toString(), QStringLiteral("anona"));
+
+        // A check-box column writes back into the table.
+        MemTable c;
+        c.addField(QStringLiteral("id"), FieldType::Integer);
+        c.addField(QStringLiteral("Activo"), FieldType::Boolean);
+        c.open();
+        c.appendRecord({1, false});
+        c.appendRecord({2, false});
+        lar::MemTableModel cm;
+        cm.addColumn(QStringLiteral("Activo"));
+        cm.column(0).checkBox = true;
+        cm.column(0).editable = true;
+        cm.setTable(&c);
+        QVERIFY(cm.flags(cm.index(1, 0)) & Qt::ItemIsUserCheckable);
+        QVERIFY(cm.setData(cm.index(1, 0), Qt::Checked, Qt::CheckStateRole));
+        QCOMPARE(c.recNo(), 1);
+        QVERIFY(c.fieldByName(QStringLiteral("activo")).asBoolean());
+        QCOMPARE(cm.index(1, 0).data(Qt::CheckStateRole).toInt(), int(Qt::Checked));
+        QCOMPARE(cm.index(0, 0).data(Qt::CheckStateRole).toInt(), int(Qt::Unchecked));
+    }
+
+    void displayFormat_data()
+    {
+        QTest::addColumn<QString>("format");
+        QTest::addColumn<QString>("value");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("thousands") << ",0;-,0"
+                                   << "1234567.4"
+                                   << "1,234,567";
+        QTest::newRow("thousands negative") << ",0;-,0"
+                                            << "-1234.5"
+                                            << "-1,235";
+        QTest::newRow("money") << "#,0.00;-#,0.00"
+                               << "1234.5"
+                               << "1,234.50";
+        QTest::newRow("money small negative") << "#,0.00;-#,0.00"
+                                              << "-0.5"
+                                              << "-0.50";
+        QTest::newRow("money zero") << "#,0.00;-#,0.00"
+                                    << "0"
+                                    << "0.00";
+        QTest::newRow("rounds half away") << "0;-0"
+                                          << "-2.5"
+                                          << "-3";
+        QTest::newRow("negative without sign") << "0;,0"
+                                               << "-5"
+                                               << "5";
+        QTest::newRow("one section negative") << "0.0"
+                                              << "-3.25"
+                                              << "-3.3";
+        QTest::newRow("optional digits") << "#.##"
+                                         << "0.5"
+                                         << ".5";
+        QTest::newRow("millions with decimals") << ",0.00;-,0.00"
+                                                << "1000000"
+                                                << "1,000,000.00";
+        QTest::newRow("rounds to zero") << "0;-0"
+                                        << "-0.4"
+                                        << "0";
+        QTest::newRow("zero section") << "0.00;-0.00;cero"
+                                      << "0.001"
+                                      << "cero";
+        QTest::newRow("literal text") << "$#,0.00 'MXN'"
+                                      << "1500"
+                                      << "$1,500.00 MXN";
+        QTest::newRow("no format") << ""
+                                   << "12.50"
+                                   << "12.50";
+    }
+
+    void displayFormat()
+    {
+        QFETCH(QString, format);
+        QFETCH(QString, value);
+        QFETCH(QString, expected);
+        QCOMPARE(lar::formatFloat(format, *fb::Decimal::fromString(value)), expected);
+        if (!format.isEmpty())
+            QCOMPARE(lar::formatFloat(format, value.toDouble()), expected);
+    }
+
+    void displayFormatDouble()
+    {
+        // The double nearest 2.675 is a hair below it; shown as written it rounds up.
+        QCOMPARE(lar::formatFloat(QStringLiteral("0.00"), 2.675), QStringLiteral("2.68"));
+        QCOMPARE(lar::formatFloat(QStringLiteral("0.00"), 1.0049999999), QStringLiteral("1.00"));
+        QCOMPARE(lar::formatFloat(QStringLiteral(",0.00"), 123456789012.345),
+                 QStringLiteral("123,456,789,012.35"));
+        QCOMPARE(lar::formatFloat(QStringLiteral("0.00"), 1e-30), QStringLiteral("0.00"));
+    }
+};
+
+QTEST_MAIN(TestMemTable)
+#include "tst_memtable.moc"
