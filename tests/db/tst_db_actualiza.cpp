@@ -1,0 +1,425 @@
+// The schema upgrade on real stand-in Microsip databases: a new company, a repeat
+// run, a newer schema refused (headless and through the dialog), a configuration
+// database without the report store, broken statements and steps, and the same
+// scripts run by isql-fb.
+
+#include "core/registro.h"
+#include "core/sesion.h"
+#include "db/actualizadb.h"
+#include "db/dbscript.h"
+#include "fb/database.h"
+#include "fb/query.h"
+#include "fb/transaction.h"
+#include "support/entornoprueba.h"
+#include "support/guionmensajes.h"
+#include "support/testenv.h"
+
+#include <QApplication>
+#include <QPlainTextEdit>
+#include <QProcess>
+#include <QPushButton>
+#include <QStandardPaths>
+#include <QTest>
+
+namespace {
+
+const QStringList kLineas = {QStringLiteral("Inicia"),
+                             QStringLiteral(" - Se crearon las tablas"),
+                             QStringLiteral(" - Se insertaron los datos"),
+                             QStringLiteral(" - Se crearon los índices"),
+                             QStringLiteral(" - Se crearon los procedimientos"),
+                             QStringLiteral(" - Se dieron permisos"),
+                             QString(),
+                             QStringLiteral("* Terminado *")};
+
+// Log lines without their time ("10:42: " or "10:42 AM: ").
+QStringList sinHora(const QStringList &lineas)
+{
+    QStringList out;
+    for (const QString &l : lineas) {
+        const qsizetype i = l.indexOf(QStringLiteral(": "));
+        out << (l.isEmpty() ? l : l.mid(i + 2));
+    }
+    return out;
+}
+
+QStringList filas(fb::Database &db, const QString &sql)
+{
+    fb::Transaction tr(&db);
+    fb::Query q(&db, &tr);
+    q.setTrimChars(true);
+    q.setSql(sql);
+    QStringList out;
+    for (q.open(); !q.eof(); q.next()) {
+        QStringList campos;
+        for (int i = 0; i < q.fieldCount(); ++i)
+            campos << (q.field(i).isNull() ? QStringLiteral("<null>")
+                                           : q.field(i).toString().trimmed());
+        out << campos.join(u'|');
+    }
+    q.close();
+    tr.commit();
+    return out;
+}
+
+// What the upgrade leaves in a company database: objects, columns, grants and the
+// seed rows (ids left out: they come from Microsip's sequence).
+QStringList estado(fb::Database &db)
+{
+    QStringList out;
+    const QStringList consultas = {
+        "select 'R', rdb$relation_name from rdb$relations where coalesce(rdb$system_flag,0)=0",
+        "select 'P', rdb$procedure_name from rdb$procedures where coalesce(rdb$system_flag,0)=0",
+        "select 'T', rdb$trigger_name, rdb$relation_name, rdb$trigger_type, rdb$trigger_sequence "
+        "from rdb$triggers where coalesce(rdb$system_flag,0)=0",
+        "select 'G', rdb$generator_name from rdb$generators where coalesce(rdb$system_flag,0)=0",
+        "select 'I', i.rdb$relation_name, iif(i.rdb$index_name starting 'RDB$', '', "
+        "i.rdb$index_name), i.rdb$unique_flag, (select list(trim(x.rdb$field_name)) from (select "
+        "s.rdb$field_name from rdb$index_segments s where s.rdb$index_name = i.rdb$index_name "
+        "order by s.rdb$field_position) x) from rdb$indices i where "
+        "coalesce(i.rdb$system_flag,0)=0",
+        "select 'C', r.rdb$relation_name, r.rdb$field_name, f.rdb$field_type, "
+        "f.rdb$field_length, f.rdb$field_scale from rdb$relation_fields r join rdb$fields f on "
+        "f.rdb$field_name = r.rdb$field_source where coalesce(r.rdb$system_flag,0)=0",
+        "select 'U', rdb$user, rdb$user_type, rdb$privilege, rdb$relation_name from "
+        "rdb$user_privileges where rdb$relation_name starting 'LAR_' or rdb$relation_name = "
+        "'CALC_ACUMS_ARTALM'",
+        "select 'MS', clave, titulo, depende from lar_menusistema",
+        "select 'MB', clave, tag, titulo, sistema from lar_menubotones",
+        "select 'MD', tag, lugar, titulo from lar_menubotondef",
+        "select 'CI', nombre, nombre_abrev, naturaleza, folio_autom, tipo from conceptos_in",
+        "select 'RC', nombre, es_ppal, es_gln from roles_claves_clientes",
+        "select 'AT', nombre, nombre_columna, clave_objeto, posicion, tipo, longitud, escala, "
+        "valor_minimo, valor_maximo, valor_default_numerico, valor_default_caracter, requerido "
+        "from atributos"};
+    for (const QString &c : consultas)
+        out << filas(db, c);
+    out.sort();
+    return out;
+}
+
+} // namespace
+
+class TestActualiza : public QObject
+{
+    Q_OBJECT
+
+private:
+    // A fresh stand-in Microsip for one case, with the replication queue so that
+    // every trigger of the scripts has its table.
+    static std::unique_ptr<lartest::EntornoPrueba> entorno(const QStringList &empresas = {"DEMO"})
+    {
+        lartest::OpcionesPrueba op;
+        op.larSync = true;
+        op.empresas = empresas;
+        return std::make_unique<lartest::EntornoPrueba>(op);
+    }
+
+    // Upgrades (headless) and returns the log.
+    QStringList actualiza(lar::Sesion &s, lar::ActualizaDB *a = nullptr, bool *hecho = nullptr)
+    {
+        QStringList log;
+        lar::ActualizaDB propio(s);
+        lar::ActualizaDB &act = a ? *a : propio;
+        act.setBitacora([&log](const QString &l) { log << l; });
+        const bool ok = act.Actualiza();
+        if (hecho)
+            *hecho = ok;
+        return log;
+    }
+
+    QString version(lar::Sesion &s)
+    {
+        QString v;
+        lar::Registro(s, {}, {}, {}, true, v, QStringLiteral("PuntosLar_DB"));
+        return v;
+    }
+
+private slots:
+    void nuevaEmpresa()
+    {
+        const auto e = entorno();
+        lar::Sesion s;
+        e->conectaSesion(s);
+        QVERIFY(!lar::ExisteTabla(s, QStringLiteral("LAR_REGISTRO")));
+
+        bool hecho = false;
+        const QStringList log = actualiza(s, nullptr, &hecho);
+        QVERIFY(hecho);
+        QCOMPARE(sinHora(log), kLineas);
+        // Each non-empty line is "<short time>: text".
+        const QString hora = QLocale().toString(QTime::currentTime(), QLocale::ShortFormat);
+        QVERIFY2(log.first().startsWith(hora.left(2)), qPrintable(log.first()));
+        QCOMPARE(version(s), QStringLiteral("000040"));
+
+        for (const char *t : {"LAR_MENUBOTONDEF",
+                              "LAR_MENUBOTONES",
+                              "LAR_MENUSISTEMA",
+                              "LAR_PERMISOS",
+                              "LAR_REGISTRO",
+                              "LAR_PUNTOS",
+                              "LAR_REPORTE_CLIENTE",
+                              "LAR_REPORTES",
+                              "LAR_DATOSCLTE",
+                              "LAR_AVISO_REINICIO",
+                              "LAR_REINICIO_PUNTOS",
+                              "LAR_PUNTOSLINEAS"})
+            QVERIFY2(lar::ExisteTabla(s, QString::fromLatin1(t)), t);
+        for (const char *p : {"LAR_CALC_DISP_ARTALM",
+                              "LAR_CALC_ARTALM",
+                              "LAR_CALC_ARTALM1",
+                              "LAR_EXISTARTS",
+                              "LAR_EXIS_TOTAVTA",
+                              "LAR_GET_MOVTOS_VENTA_VEN_VE"})
+            QVERIFY2(lar::ExisteProcedimiento(s, QString::fromLatin1(p)), p);
+        const QList<std::pair<const char *, const char *>> campos
+            = {{"LIBRES_ARTICULOS", "PUNTOS"},
+               {"LIBRES_ARTICULOS", "VALOR_PUNTOS"},
+               {"LIBRES_CLIENTES", "ACTIVO_PUNTOS"},
+               {"LIBRES_CLIENTES", "EMPLEADO_PUNTOS"},
+               {"LAR_PUNTOS", "FECHA"},
+               {"LAR_PUNTOS", "PARTIDA"},
+               {"LAR_MENUBOTONES", "SISTEMA"},
+               {"LAR_DATOSCLTE", "FECHA"},
+               {"LAR_DATOSCLTE", "USUARIO"}};
+        for (const auto &[t, c] : campos)
+            QVERIFY2(lar::ExisteCampo(s, QString::fromLatin1(t), QString::fromLatin1(c)), c);
+
+        const QStringList objetos = estado(s.fbDatabase());
+        for (const char *o : {"T|TR_LAR_REGISTRO|LAR_REGISTRO|1|0",
+                              "T|TR_LAR_REINICIO_PUNTOS|LAR_REINICIO_PUNTOS|1|0",
+                              "T|TR_LAR_AVISO_REINICIO|LAR_AVISO_REINICIO|1|0",
+                              "G|GEN_LAR_PUNTOS",
+                              "G|GEN_LAR_REGISTRO",
+                              "I|LAR_REGISTRO|LAR_REGISTRO_K1|1|PADRE_ID,NOMBRE",
+                              "I|LAR_PUNTOS|LAR_PUNTOS_IDX1|0|CLIENTE_ID",
+                              "I|LAR_PUNTOS|LAR_PUNTOS_IDX2|0|DOCTO_ID",
+                              "C|LAR_DATOSCLTE|NOMBRE|37|200|0",
+                              // Grants go to the role that Microsip's users hold (type 13).
+                              "U|USUARIO_MICROSIP|13|I|LAR_PUNTOS",
+                              "U|USUARIO_MICROSIP|13|X|LAR_CALC_DISP_ARTALM"})
+            QVERIFY2(objetos.contains(QString::fromLatin1(o)), o);
+        QVERIFY(!objetos.contains(QStringLiteral("R|LAR_FACART")));
+        QVERIFY(filas(s.fbDatabase(),
+                      "select 1 from rdb$user_privileges where rdb$user = 'USUARIO_MICROSIP' and "
+                      "rdb$relation_name in ('LAR_AVISO_REINICIO','LAR_REINICIO_PUNTOS')")
+                    .isEmpty());
+
+        // Seed rows, accents included, read back through the client layer.
+        QCOMPARE(filas(s.fbDatabase(), "select titulo from lar_menusistema order by clave"),
+                 QStringList({"Sistema", "Reportes", "Catálogos", "Operación"}));
+        QCOMPARE(filas(s.fbDatabase(),
+                       "select titulo from lar_menubotones where tag in (10, 72) order by tag"),
+                 QStringList({"Configuración del sistema", "Artículos con puntos"}));
+        QCOMPARE(filas(s.fbDatabase(), "select count(*) from lar_menubotones where sistema='LVN'"),
+                 QStringList{"10"});
+        QCOMPARE(filas(s.fbDatabase(), "select count(*) from lar_menubotondef"), QStringList{"28"});
+        QCOMPARE(filas(s.fbDatabase(),
+                       "select count(*) from conceptos_in where nombre='Salida por puntos'"),
+                 QStringList{"1"});
+        QCOMPARE(filas(s.fbDatabase(),
+                       "select nombre_columna, clave_objeto from atributos where "
+                       "nombre_columna in ('PUNTOS','VALOR_PUNTOS','ACTIVO_PUNTOS',"
+                       "'EMPLEADO_PUNTOS') order by 1"),
+                 QStringList({"ACTIVO_PUNTOS|CLIENTES",
+                              "EMPLEADO_PUNTOS|CLIENTES",
+                              "PUNTOS|ARTICULOS",
+                              "VALOR_PUNTOS|ARTICULOS"}));
+
+        // The report folders: LarvenosPV / Traspasos / Formas and LarvenosPV / Puntos / Formas.
+        QCOMPARE(filas(s.fbConfig(),
+                       "select a.name || '/' || b.name || '/' || c.name from rb_folder a join "
+                       "rb_folder b on b.parent_id = a.folder_id join rb_folder c on c.parent_id "
+                       "= b.folder_id where a.parent_id = 0 order by 1"),
+                 QStringList({"LarvenosPV/Puntos/Formas", "LarvenosPV/Traspasos/Formas"}));
+        QCOMPARE(filas(s.fbConfig(), "select count(*) from rb_folder"), QStringList{"5"});
+    }
+
+    void dosVecesMismoEstado()
+    {
+        const auto e = entorno();
+        lar::Sesion s;
+        e->conectaSesion(s);
+        const QStringList log1 = actualiza(s);
+        const QStringList estado1 = estado(s.fbDatabase());
+        const QStringList registro1
+            = filas(s.fbDatabase(), "select nombre, tipo, valor from lar_registro");
+        const QStringList carpetas1
+            = filas(s.fbConfig(), "select folder_id, name, parent_id from rb_folder");
+
+        const QStringList log2 = actualiza(s);
+        QCOMPARE(sinHora(log2), sinHora(log1));
+        QCOMPARE(estado(s.fbDatabase()), estado1);
+        QCOMPARE(filas(s.fbDatabase(), "select nombre, tipo, valor from lar_registro"), registro1);
+        QCOMPARE(filas(s.fbConfig(), "select folder_id, name, parent_id from rb_folder"),
+                 carpetas1);
+    }
+
+    // A newer schema is refused before anything runs: no log, no script, no folder.
+    void versionNuevaRechazada()
+    {
+        const auto e = entorno();
+        lar::Sesion s;
+        e->conectaSesion(s);
+        actualiza(s);
+        QString v = QStringLiteral("000041");
+        lar::Registro(s, {}, {}, {}, false, v, QStringLiteral("PuntosLar_DB"));
+        s.TransInicia();
+        s.Query().setSql(QStringLiteral("DROP INDEX LAR_PUNTOS_IDX1"));
+        s.Query().execute();
+        s.UpdateCommit();
+        s.ConfigInicia();
+        fb::Query borra(&s.fbConfig(), &s.fbConfigTrans());
+        borra.setSql(QStringLiteral("delete from rb_folder"));
+        borra.execute();
+        s.ConfigCommit();
+        const QStringList antes = estado(s.fbDatabase());
+
+        lartest::GuionMensajes guion;
+        bool hecho = true;
+        QVERIFY(actualiza(s, nullptr, &hecho).isEmpty());
+        QVERIFY(!hecho);
+        QCOMPARE(guion.cajas().size(), 1);
+        QCOMPARE(guion.cajas()[0].texto,
+                 QStringLiteral("La base de datos no es compatible, es necesario actualizar el "
+                                "sistema Puntos Larvenos "));
+        QCOMPARE(guion.cajas()[0].titulo, QStringLiteral("Aviso del sistema"));
+
+        // The same through the dialog, pressing bInicia.
+        guion.limpia();
+        lar::TfDBScript dlg(s);
+        dlg.show();
+        QCOMPARE(dlg.windowTitle(), QStringLiteral("Base de datos"));
+        QTest::mouseClick(dlg.findChild<QPushButton *>(QStringLiteral("bInicia")), Qt::LeftButton);
+        QCOMPARE(guion.textos(),
+                 QStringList{"La base de datos no es compatible, es necesario actualizar el "
+                             "sistema Puntos Larvenos "});
+        QVERIFY(dlg.findChild<QPlainTextEdit *>(QStringLiteral("vLog"))->toPlainText().isEmpty());
+        QVERIFY(dlg.bInicia()->isEnabled());
+        QVERIFY(!QApplication::overrideCursor());
+
+        QCOMPARE(version(s), QStringLiteral("000041"));
+        QCOMPARE(estado(s.fbDatabase()), antes);
+        QCOMPARE(filas(s.fbConfig(), "select count(*) from rb_folder"), QStringList{"0"});
+    }
+
+    // The dialog's run: hourglass and bInicia disabled while the log grows, both
+    // back at the end; the memo holds the log.
+    void dialogo()
+    {
+        const auto e = entorno();
+        lar::Sesion s;
+        e->conectaSesion(s);
+        lartest::GuionMensajes guion;
+        lar::TfDBScript dlg(s);
+        dlg.show();
+        QVERIFY(dlg.findChild<QWidget *>(QStringLiteral("tabDB")));
+        int vistas = 0, ocupado = 0;
+        connect(dlg.vLog(), &QPlainTextEdit::textChanged, &dlg, [&] {
+            ++vistas;
+            if (!dlg.bInicia()->isEnabled() && QApplication::overrideCursor()
+                && QApplication::overrideCursor()->shape() == Qt::WaitCursor)
+                ++ocupado;
+        });
+        QTest::mouseClick(dlg.bInicia(), Qt::LeftButton);
+        QVERIFY(guion.cajas().isEmpty());
+        QVERIFY(vistas >= kLineas.size());
+        QCOMPARE(ocupado, vistas);
+        QVERIFY(dlg.bInicia()->isEnabled());
+        QVERIFY(!QApplication::overrideCursor());
+        QCOMPARE(sinHora(dlg.vLog()->toPlainText().split(u'\n')), kLineas);
+        QCOMPARE(version(s), QStringLiteral("000040"));
+    }
+
+    void configuracionSinRbFolder()
+    {
+        const auto e = entorno();
+        lar::Sesion s;
+        e->conectaSesion(s);
+        s.fbConfig().disconnect();
+        lartest::createDatabase(s.fbConfig(), lartest::tempPath(QStringLiteral("ConfigVacia.fdb")));
+        const QStringList log = sinHora(actualiza(s));
+        QCOMPARE(log.mid(0, kLineas.size()), kLineas);
+        QCOMPARE(log.size(), kLineas.size() + 2);
+        QCOMPARE(log[kLineas.size()],
+                 QStringLiteral("Error al crear las carpetas para los reportes:"));
+        QVERIFY2(log.last().contains(QStringLiteral("RB_FOLDER")), qPrintable(log.last()));
+        QCOMPARE(version(s), QStringLiteral("000040"));
+    }
+
+    // A broken statement is passed over in silence; a step whose commit fails is
+    // rolled back, its message logged, and the following steps still run.
+    void erroresDeSentenciaYDePaso()
+    {
+        const auto e = entorno();
+        lar::Sesion s;
+        e->conectaSesion(s);
+        lar::ActualizaDB a(s);
+        QString indices = lar::ActualizaDB::textoScript(QStringLiteral("sIndices"));
+        const qsizetype at = indices.indexOf(QStringLiteral("CREATE INDEX LAR_PUNTOS_IDX1"));
+        QVERIFY(at > 0);
+        indices.insert(at, QStringLiteral("CREATE INDEXX MAL ON;\n\n"));
+        a.setScript(QStringLiteral("sIndices"), indices);
+        QStringList log = sinHora(actualiza(s, &a));
+        QCOMPARE(log, kLineas);
+        QVERIFY(lar::ExisteTabla(s, QStringLiteral("LAR_PUNTOS")));
+        const QStringList objetos = estado(s.fbDatabase());
+        QVERIFY(objetos.contains(QStringLiteral("I|LAR_PUNTOS|LAR_PUNTOS_IDX1|0|CLIENTE_ID")));
+        QVERIFY(objetos.contains(QStringLiteral("I|LAR_PUNTOS|LAR_PUNTOS_IDX2|0|DOCTO_ID")));
+
+        // A unique index over duplicate titles fails only when the step commits.
+        lar::ActualizaDB a2(s);
+        a2.setScript(QStringLiteral("sDatos"),
+                     QStringLiteral("CREATE TABLE LAR_PRUEBA (N INTEGER);\n"
+                                    "CREATE UNIQUE INDEX LAR_MAL ON LAR_MENUBOTONDEF (TITULO);\n"));
+        log = sinHora(actualiza(s, &a2));
+        QCOMPARE(log.size(), kLineas.size() + 1);
+        QCOMPARE(log.mid(0, 2), kLineas.mid(0, 2));
+        QVERIFY2(!log[2].isEmpty() && !kLineas.contains(log[2]), qPrintable(log[2]));
+        QCOMPARE(log.mid(3), kLineas.mid(2));
+        QVERIFY(!lar::ExisteTabla(s, QStringLiteral("LAR_PRUEBA")));
+        QCOMPARE(version(s), QStringLiteral("000040"));
+    }
+
+    // isql-fb runs the same scripts to the same objects and rows.
+    void mismoResultadoQueIsql()
+    {
+        const QString isql = QStandardPaths::findExecutable(QStringLiteral("isql-fb"));
+        if (isql.isEmpty())
+            QSKIP("isql-fb no está instalado");
+        const auto e = entorno({"PROGRAMA", "ISQL"});
+        for (const QString &nombre : lar::ActualizaDB::nombresScripts()) {
+            const QString archivo = lartest::tempPath(nombre + QStringLiteral(".sql"));
+            QFile f(archivo);
+            QVERIFY(f.open(QIODevice::WriteOnly));
+            f.write(lar::ActualizaDB::bytesScript(nombre));
+            f.close();
+            QProcess p;
+            p.start(isql,
+                    {QStringLiteral("-q"),
+                     QStringLiteral("-user"),
+                     QStringLiteral("SYSDBA"),
+                     e->rutaEmpresa(QStringLiteral("ISQL")),
+                     QStringLiteral("-i"),
+                     archivo});
+            QVERIFY(p.waitForFinished(120000));
+        }
+
+        lar::Sesion s;
+        e->conectaSesion(s, QStringLiteral("PROGRAMA"));
+        actualiza(s);
+        fb::Database db;
+        e->conectaEmpresa(db, QStringLiteral("ISQL"));
+        const QStringList esperado = estado(s.fbDatabase());
+        const QStringList obtenido = estado(db);
+        for (const QString &l : esperado)
+            QVERIFY2(obtenido.contains(l), qPrintable(QStringLiteral("falta con isql: ") + l));
+        for (const QString &l : obtenido)
+            QVERIFY2(esperado.contains(l), qPrintable(QStringLiteral("sobra con isql: ") + l));
+        QCOMPARE(filas(db, "select titulo from lar_menusistema where clave = 5"),
+                 QStringList{"Catálogos"});
+    }
+};
+
+QTEST_MAIN(TestActualiza)
+#include "tst_db_actualiza.moc"
