@@ -1,11 +1,11 @@
 #include "registro.h"
 
 #include "sesion.h"
+#include "toolkit/memgrid.h"
+#include "toolkit/memtable.h"
 #include "toolkit/mensajes.h"
 
-#include <QComboBox>
 #include <QDir>
-#include <QStandardItemModel>
 
 namespace lar {
 
@@ -287,30 +287,33 @@ int RegistroMicrosip(Sesion &s,
 }
 
 void CargaCatalogo(Sesion &s,
-                   QComboBox *control,
+                   LookupCombo *control,
                    const QString &tabla,
                    const QString &clave,
                    const QString &nombre)
 {
-    auto *modelo = new QStandardItemModel(0, 2, control);
-    modelo->setHorizontalHeaderLabels({QStringLiteral("Clave"), QStringLiteral("Nombre")});
+    auto *mem = new MemTable(control);
+    mem->setObjectName(QStringLiteral("mCatalogo"));
+    mem->addField(QStringLiteral("Clave"), FieldType::Integer);
+    mem->addField(QStringLiteral("Nombre"), FieldType::String, 30);
+    mem->open();
     fb::Query q(&s.fbDatabase(), &s.fbViewTrans());
     q.setTrimChars(true);
     q.setSql(QStringLiteral("SELECT ") + clave + u',' + nombre + QStringLiteral("\nFROM ") + tabla
              + QStringLiteral("\nORDER BY 2"));
-    for (q.open(); !q.eof(); q.next()) {
-        const int id = q.field(0).toInt();
-        auto *itemClave = new QStandardItem;
-        itemClave->setData(id, Qt::DisplayRole);
-        auto *itemNombre = new QStandardItem(q.field(1).toString().left(30));
-        itemNombre->setData(id, Qt::UserRole);
-        modelo->appendRow({itemClave, itemNombre});
-    }
+    q.open();
+    mem->loadFromQuery(q);
     q.close();
-    // The combo deletes a previous model that it owns.
-    control->setModel(modelo);
-    control->setModelColumn(1);
-    control->setCurrentIndex(modelo->rowCount() > 0 ? 0 : -1);
+
+    MemTable *anterior = control->lookupTable();
+    control->setLookup(mem, QStringLiteral("Clave"), QStringLiteral("Nombre"));
+    if (anterior && anterior->parent() == control
+        && anterior->objectName() == u"mCatalogo") // one of ours: nobody else holds it
+        delete anterior;
+    if (!mem->isEmpty()) {
+        mem->first();
+        control->setCurrentIndex(0);
+    }
 }
 
 } // namespace lar

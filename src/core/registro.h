@@ -3,10 +3,9 @@
 #include <QChar>
 #include <QString>
 
-class QComboBox;
-
 namespace lar {
 
+class LookupCombo;
 class Sesion;
 
 // The schema version this program expects in the root value PuntosLar_DB; compared
@@ -76,11 +75,11 @@ int RegistroMicrosip(Sesion &s,
                      bool forzar,
                      const QString &valor);
 
-// Fills a lookup control from a Microsip catalogue: rows (Clave, Nombre) ordered
-// by name, names cut to 30 characters, the first row selected. The combo shows
-// the name; its item data is the key.
+// Fills a lookup control from a Microsip catalogue: a memory table (Clave integer,
+// Nombre 30 characters, owned by the control) with the rows ordered by name; the
+// control shows Nombre, stands for Clave, and has the first row chosen.
 void CargaCatalogo(Sesion &s,
-                   QComboBox *control,
+                   LookupCombo *control,
                    const QString &tabla,
                    const QString &clave,
                    const QString &nombre);

@@ -1,0 +1,250 @@
+// Generators, document ids, the activity log and the folio and text helpers.
+
+#include "core/ids.h"
+#include "core/sesion.h"
+#include "db/actualizadb.h"
+#include "fb/database.h"
+#include "fb/query.h"
+#include "fb/transaction.h"
+#include "support/entornoprueba.h"
+#include "support/testenv.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <QRegularExpression>
+#include <QTest>
+
+class TestIds : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<lartest::EntornoPrueba> m_e;
+    std::unique_ptr<lar::Sesion> m_s;
+
+    QStringList generadores()
+    {
+        fb::Transaction tr(&m_s->fbDatabase());
+        fb::Query q(&m_s->fbDatabase(), &tr);
+        q.setSql(QStringLiteral("select trim(rdb$generator_name) from rdb$generators"));
+        QStringList out;
+        for (q.open(); !q.eof(); q.next())
+            out << q.field(0).toString();
+        return out;
+    }
+
+private slots:
+    void initTestCase()
+    {
+        m_e = std::make_unique<lartest::EntornoPrueba>();
+        lar::ActualizaEmpresa(m_e->rutaEmpresa(), m_e->entorno().rutaConfig(), m_e->parametros());
+        m_s = std::make_unique<lar::Sesion>();
+        m_e->conectaSesion(*m_s);
+    }
+
+    void cleanupTestCase() { m_s.reset(); }
+
+    void getNextID_data()
+    {
+        QTest::addColumn<QString>("nombre");
+        QTest::addColumn<int>("incremento");
+        QTest::addColumn<int>("primero");
+        QTest::addColumn<int>("segundo");
+        // A missing generator is created; a taking call leaves it at 1, a peek at 0.
+        QTest::newRow("nuevo, toma") << "PRUEBA_UNO" << 1 << 1 << 2;
+        QTest::newRow("nuevo, mira") << "PRUEBA_CERO" << 0 << 1 << 1;
+        QTest::newRow("nuevo, de cinco") << "PRUEBA_CINCO" << 5 << 1 << 6;
+    }
+
+    void getNextID()
+    {
+        QFETCH(QString, nombre);
+        QFETCH(int, incremento);
+        QFETCH(int, primero);
+        QFETCH(int, segundo);
+        QVERIFY(!generadores().contains(QStringLiteral("GEN_LAR_") + nombre));
+        QCOMPARE(lar::GetNextID(*m_s, nombre, incremento), primero);
+        QVERIFY(generadores().contains(QStringLiteral("GEN_LAR_") + nombre));
+        QCOMPARE(lar::GetNextID(*m_s, nombre, incremento), segundo);
+    }
+
+    void getNextIDExistente()
+    {
+        const int a = lar::GetNextID(*m_s, QStringLiteral("PUNTOS"), 1);
+        QCOMPARE(lar::GetNextID(*m_s, QStringLiteral("PUNTOS"), 0), a + 1);
+        QCOMPARE(lar::GetNextID(*m_s, QStringLiteral("PUNTOS"), 0), a + 1);
+        QCOMPARE(lar::GetNextID(*m_s, QStringLiteral("PUNTOS"), 1), a + 1);
+        m_s->UpdateCommit();
+    }
+
+    // Creating a generator commits fbUpdateTrans, and the caller's pending work with it.
+    void getNextIDConfirmaLoPendiente()
+    {
+        m_s->TransInicia();
+        fb::Query &q = m_s->qUpdate();
+        q.setSql(QStringLiteral(
+            "insert into lar_puntoslineas (linea_id, puntos, importe) values (77, 1, 1)"));
+        q.execute();
+        QCOMPARE(lar::GetNextID(*m_s, QStringLiteral("PENDIENTE"), 1), 1);
+        m_s->UpdateRollback();
+        q.setSql(QStringLiteral("select count(*) from lar_puntoslineas where linea_id = 77"));
+        q.open();
+        QCOMPARE(q.field(0).toInt(), 1);
+        q.close();
+        m_s->UpdateCommit();
+    }
+
+    void getNextFolioDoc()
+    {
+        const int a = lar::GetNextFolioDoc(*m_s, true);
+        QCOMPARE(lar::GetNextFolioDoc(*m_s, false), a);
+        QCOMPARE(lar::GetNextFolioDoc(*m_s, true), a + 1);
+        m_s->UpdateCommit();
+    }
+
+    void guardaLog()
+    {
+        const QString datos = lartest::tempPath(QStringLiteral("bitacora"));
+        QDir().mkpath(datos);
+        qputenv("LARVENOS_DATOS", datos.toLocal8Bit());
+        lar::GuardaLog(QStringLiteral("Aviso enviado a Ana Núñez"));
+        lar::GuardaLog(QStringLiteral("segunda"));
+        QFile f(datos + QStringLiteral("/logs/LarPuntos.txt"));
+        QVERIFY(f.open(QIODevice::ReadOnly));
+        const QStringList lineas = QString::fromUtf8(f.readAll()).split(u'\n', Qt::SkipEmptyParts);
+        QCOMPARE(lineas.size(), 2);
+        static const QRegularExpression forma(
+            QStringLiteral("^(\\d\\d)/(\\d\\d)/\\d{4} (\\d\\d):\\d\\d (AM|PM)  (.*)$"));
+        const QRegularExpressionMatch m = forma.match(lineas[0]);
+        QVERIFY2(m.hasMatch(), qPrintable(lineas[0]));
+        QVERIFY(m.captured(3).toInt() >= 1 && m.captured(3).toInt() <= 12);
+        QCOMPARE(m.captured(5), QStringLiteral("Aviso enviado a Ana Núñez"));
+        QVERIFY(lineas[1].endsWith(QStringLiteral("PM  segunda"))
+                || lineas[1].endsWith(QStringLiteral("AM  segunda")));
+
+        // A folder that can't be made: the line is lost without a word.
+        qputenv("LARVENOS_DATOS", QByteArray("/proc/no-existe/larvenos"));
+        lar::GuardaLog(QStringLiteral("perdida"));
+        QVERIFY(!QFile::exists(QStringLiteral("/proc/no-existe/larvenos/logs/LarPuntos.txt")));
+        qunsetenv("LARVENOS_DATOS");
+    }
+
+    void folios_data()
+    {
+        QTest::addColumn<QString>("funcion");
+        QTest::addColumn<QString>("folio");
+        QTest::addColumn<int>("ancho");
+        QTest::addColumn<QString>("esperado");
+        QTest::newRow("siguiente con prefijo") << "Siguiente"
+                                               << "A00099" << 6 << "A00100";
+        QTest::newRow("siguiente sin prefijo") << "Siguiente"
+                                               << "000099" << 6 << "000100";
+        QTest::newRow("siguiente crece") << "Siguiente"
+                                         << "A99" << 2 << "A100";
+        QTest::newRow("siguiente a nueve") << "Siguiente"
+                                           << "PV000123" << 9 << "PV0000124";
+        QTest::newRow("siguiente vacio") << "Siguiente"
+                                         << "" << 3 << "001";
+        QTest::newRow("normaliza blanco") << "Normaliza"
+                                          << "AB 0012" << 0 << "AB0012";
+        QTest::newRow("normaliza ceros") << "Normaliza"
+                                         << "PV000120" << 0 << "PV120";
+        QTest::newRow("normaliza minusculas") << "Normaliza"
+                                              << "pv0012" << 0 << "pv0012";
+        QTest::newRow("normaliza saltos") << "Normaliza"
+                                          << "0012\r\n"
+                                          << 0 << "12";
+        QTest::newRow("numero") << "Numero"
+                                << "PV000123" << 0 << "123";
+        QTest::newRow("numero vacio") << "Numero"
+                                      << "" << 0 << "0";
+        QTest::newRow("numero solo prefijo") << "Numero"
+                                             << "PV" << 0 << "0";
+        QTest::newRow("rellena") << "Rellena"
+                                 << "PV123" << 9 << "PV0000123";
+        QTest::newRow("rellena sin cortar") << "Rellena"
+                                            << "PV1234567890" << 9 << "PV1234567890";
+        QTest::newRow("rellena minusculas") << "Rellena"
+                                            << "a1" << 4 << "00a1";
+    }
+
+    void folios()
+    {
+        QFETCH(QString, funcion);
+        QFETCH(QString, folio);
+        QFETCH(int, ancho);
+        QFETCH(QString, esperado);
+        QString r;
+        if (funcion == u"Siguiente")
+            r = lar::FolioSiguiente(folio, ancho);
+        else if (funcion == u"Normaliza")
+            r = lar::FolioNormaliza(folio);
+        else if (funcion == u"Numero")
+            r = QString::number(lar::FolioNumero(folio));
+        else
+            r = lar::FolioRellena(folio, ancho);
+        QCOMPARE(r, esperado);
+    }
+
+    void excelColumna_data()
+    {
+        QTest::addColumn<QString>("letras");
+        QTest::addColumn<int>("columna");
+        QTest::newRow("A") << "A" << 1;
+        QTest::newRow("Z") << "Z" << 26;
+        QTest::newRow("AA") << "AA" << 27;
+        QTest::newRow("AZ") << "AZ" << 52;
+        QTest::newRow("BA") << "BA" << 53;
+        QTest::newRow("XFD") << "XFD" << 16384;
+        QTest::newRow("minuscula") << "a" << 0;
+        QTest::newRow("vacio") << "" << 0;
+        QTest::newRow("con cifra") << "A1" << 0;
+        QTest::newRow("con blanco") << "A " << 0;
+    }
+
+    void excelColumna()
+    {
+        QFETCH(QString, letras);
+        QFETCH(int, columna);
+        QCOMPARE(lar::ExcelColumna(letras), columna);
+    }
+
+    void divide_data()
+    {
+        QTest::addColumn<QString>("texto");
+        QTest::addColumn<QString>("separador");
+        QTest::addColumn<QStringList>("piezas");
+        QTest::newRow("palabras") << "tornillo de  acero"
+                                  << " " << QStringList{"TORNILLO", "DE", "", "ACERO"};
+        QTest::newRow("ultima vacia") << "uno,dos,"
+                                      << "," << QStringList{"UNO", "DOS"};
+        QTest::newRow("primera vacia") << ",x"
+                                       << "," << QStringList{"", "X"};
+        QTest::newRow("solo a-z") << "ñandú"
+                                  << " " << QStringList{"ñANDú"};
+        QTest::newRow("separador largo") << "a--b--"
+                                         << "--" << QStringList{"A", "B"};
+        QTest::newRow("vacio") << ""
+                               << " " << QStringList{};
+    }
+
+    void divide()
+    {
+        QFETCH(QString, texto);
+        QFETCH(QString, separador);
+        QFETCH(QStringList, piezas);
+        QStringList lista{QStringLiteral("previo")};
+        lar::Divide(lista, texto, separador);
+        QCOMPARE(lista, piezas);
+    }
+
+    void versionArchivo()
+    {
+        static const QRegularExpression cuatro(QStringLiteral("^\\d+\\.\\d+\\.\\d+\\.\\d+$"));
+        QVERIFY(cuatro.match(lar::VersionArchivo()).hasMatch());
+    }
+};
+
+QTEST_MAIN(TestIds)
+#include "tst_core_ids.moc"

@@ -1,0 +1,337 @@
+// The settings tree, the object tests, the version checks, Microsip's registry and
+// the catalogue loader, on an upgraded stand-in company.
+
+#include "core/registro.h"
+#include "core/sesion.h"
+#include "db/actualizadb.h"
+#include "fb/database.h"
+#include "fb/query.h"
+#include "fb/transaction.h"
+#include "support/entornoprueba.h"
+#include "support/guionmensajes.h"
+#include "support/testenv.h"
+#include "toolkit/memgrid.h"
+#include "toolkit/memtable.h"
+
+#include <QDir>
+#include <QTest>
+
+class TestRegistro : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<lartest::EntornoPrueba> m_e;
+    std::unique_ptr<lar::Sesion> m_s;
+
+    lar::Sesion &nuevaSesion()
+    {
+        m_s.reset();
+        m_s = std::make_unique<lar::Sesion>();
+        m_e->conectaSesion(*m_s);
+        return *m_s;
+    }
+
+    // Runs a statement outside the session's transactions.
+    static void ejecuta(fb::Database &db, const QString &sql, const QVariantList &params = {})
+    {
+        fb::Transaction tr(&db);
+        fb::Query q(&db, &tr);
+        q.setSql(sql);
+        for (int i = 0; i < params.size(); ++i)
+            q.bind(i, params[i]);
+        q.execute();
+        tr.commit();
+    }
+
+    static QStringList filas(fb::Database &db, const QString &sql)
+    {
+        fb::Transaction tr(&db);
+        fb::Query q(&db, &tr);
+        q.setSql(sql);
+        QStringList out;
+        for (q.open(); !q.eof(); q.next()) {
+            QStringList c;
+            for (int i = 0; i < q.fieldCount(); ++i)
+                c << (q.field(i).isNull() ? QStringLiteral("<null>") : q.field(i).toTrimmed());
+            out << c.join(u'|');
+        }
+        return out;
+    }
+
+    QStringList arbol()
+    {
+        return filas(m_s->fbDatabase(),
+                     QStringLiteral("select nombre, tipo, padre_id, valor from lar_registro "
+                                    "order by registro_id"));
+    }
+
+    void ponVersion(const QString &v)
+    {
+        QString valor = v;
+        lar::Registro(*m_s, {}, {}, {}, false, valor, QStringLiteral("PuntosLar_DB"));
+    }
+
+private slots:
+    void initTestCase()
+    {
+        m_e = std::make_unique<lartest::EntornoPrueba>();
+        lar::ActualizaEmpresa(m_e->rutaEmpresa(), m_e->entorno().rutaConfig(), m_e->parametros());
+    }
+
+    void init()
+    {
+        nuevaSesion();
+        ejecuta(m_s->fbDatabase(), QStringLiteral("delete from lar_registro"));
+    }
+
+    void cleanupTestCase() { m_s.reset(); }
+
+    void primeraLecturaCreaLaRuta()
+    {
+        lar::Sesion &s = *m_s;
+        QString v = QStringLiteral("basura");
+        const int id = lar::Registro(s,
+                                     {},
+                                     QStringLiteral("PuntosLar"),
+                                     QStringLiteral("Puntos"),
+                                     true,
+                                     v,
+                                     QStringLiteral("Clave"));
+        QVERIFY(v.isEmpty());
+        const QStringList rows = arbol();
+        QCOMPARE(rows.size(), 3);
+        QCOMPARE(rows[0], QStringLiteral("PuntosLar|F|0|<null>"));
+        const QString idRaiz = filas(
+            s.fbDatabase(), "select registro_id from lar_registro where nombre='PuntosLar'")[0];
+        const QString idPuntos = filas(
+            s.fbDatabase(), "select registro_id from lar_registro where nombre='Puntos'")[0];
+        QCOMPARE(rows[1], QStringLiteral("Puntos|F|%1|<null>").arg(idRaiz));
+        QCOMPARE(rows[2], QStringLiteral("Clave|V|%1|").arg(idPuntos)); // empty, not NULL
+        QCOMPARE(s.RegistroCache.value(QStringLiteral("PuntosLar*Puntos*")), idPuntos.toInt());
+
+        // A new session finds the same rows and adds none.
+        lar::Sesion &s2 = nuevaSesion();
+        QCOMPARE(lar::Registro(s2,
+                               {},
+                               QStringLiteral("PuntosLar"),
+                               QStringLiteral("Puntos"),
+                               true,
+                               v,
+                               QStringLiteral("Clave")),
+                 id);
+        QCOMPARE(arbol(), rows);
+        lar::GuardaRegistro(s2, QStringLiteral("Clave"), QStringLiteral("Sí, 5"));
+        QCOMPARE(lar::LeeRegistro(s2, QStringLiteral("Clave")), QStringLiteral("Sí, 5"));
+    }
+
+    // Folder ids stay cached for the whole session, even when the rows go away.
+    void cacheDeCarpetas()
+    {
+        lar::GuardaRegistro(*m_s, QStringLiteral("Clave"), QStringLiteral("7"));
+        ejecuta(m_s->fbDatabase(), QStringLiteral("delete from lar_registro where tipo = 'F'"));
+        QCOMPARE(lar::LeeRegistro(*m_s, QStringLiteral("Clave")), QStringLiteral("7"));
+        QVERIFY(filas(m_s->fbDatabase(), "select 1 from lar_registro where tipo='F'").isEmpty());
+
+        nuevaSesion();
+        QCOMPARE(lar::LeeRegistro(*m_s, QStringLiteral("Clave")), QString());
+        QCOMPARE(filas(m_s->fbDatabase(), "select count(*) from lar_registro where tipo='F'"),
+                 QStringList{"2"});
+    }
+
+    // A write through folders not yet cached stores its text in their VALOR too,
+    // and a write over an existing row overwrites its TIPO.
+    void valorEnCarpetasYTipo()
+    {
+        QCOMPARE(lar::LeeRegistro(*m_s, QStringLiteral("Clave")), QString());
+        nuevaSesion();
+        lar::GuardaRegistro(*m_s, QStringLiteral("Clave"), QStringLiteral("abc"));
+        lar::GuardaRegistro(*m_s, QStringLiteral("Clave"), QStringLiteral("def"));
+        QCOMPARE(
+            filas(m_s->fbDatabase(),
+                  "select nombre, valor from lar_registro where tipo='F' order by registro_id"),
+            QStringList({"PuntosLar|abc", "Puntos|abc"}));
+        QCOMPARE(lar::LeeRegistro(*m_s, QStringLiteral("Clave")), QStringLiteral("def"));
+
+        QString uno = QStringLiteral("1");
+        lar::Registro(*m_s, {}, {}, {}, false, uno, QStringLiteral("PuntosLar"));
+        QCOMPARE(filas(m_s->fbDatabase(),
+                       "select tipo, valor from lar_registro where nombre='PuntosLar'"),
+                 QStringList{"V|1"});
+        QVERIFY(!m_s->RegistroCache.contains(QStringLiteral("**")));
+    }
+
+    void verificaDB_data()
+    {
+        QTest::addColumn<QString>("valor"); // "-": no key at all
+        QTest::addColumn<bool>("silencioso");
+        QTest::addColumn<bool>("esperado");
+        QTest::addColumn<QString>("mensaje");
+        const QString viejo
+            = QStringLiteral("Es necesario actualizar la base de datos para continuar");
+        const QString nuevo = QStringLiteral(
+            "La base de datos no es compatible, debe actualizar el sistema Larvenos");
+        QTest::newRow("igual") << "000040" << false << true << QString();
+        QTest::newRow("con blancos") << "000040  " << false << false << nuevo;
+        QTest::newRow("vieja") << "000039" << false << false << viejo;
+        QTest::newRow("nueva") << "000041" << false << false << nuevo;
+        QTest::newRow("sin clave") << "-" << false << false << viejo;
+        QTest::newRow("silencioso") << "000041" << true << false << QString();
+    }
+
+    void verificaDB()
+    {
+        QFETCH(QString, valor);
+        QFETCH(bool, silencioso);
+        QFETCH(bool, esperado);
+        QFETCH(QString, mensaje);
+        if (valor != u"-")
+            ponVersion(valor);
+        lartest::GuionMensajes guion;
+        bool terminada = false;
+        m_s->terminaAplicacion = [&] {
+            terminada = true;
+        };
+        QCOMPARE(lar::VerificaDB(*m_s, silencioso), esperado);
+        QCOMPARE(guion.textos(), mensaje.isEmpty() ? QStringList() : QStringList{mensaje});
+        for (const lar::CajaMensaje &c : guion.cajas())
+            QCOMPARE(c.titulo, QStringLiteral("Aviso del sistema"));
+        QVERIFY(!terminada);
+        // The read of a missing key leaves it, empty.
+        QCOMPARE(
+            filas(m_s->fbDatabase(), "select valor from lar_registro where nombre='PuntosLar_DB'"),
+            QStringList{valor == u"-" ? QString() : valor.trimmed()});
+        QCOMPARE(m_s->VersionMicrosip, QStringLiteral("7.22.1"));
+    }
+
+    void verificaDBSinEsquema()
+    {
+        const lartest::EntornoPrueba limpio;
+        lar::Sesion s;
+        limpio.conectaSesion(s);
+        lartest::GuionMensajes guion;
+        QVERIFY(!lar::VerificaDB(s, true));
+        QVERIFY(guion.cajas().isEmpty());
+        QVERIFY(!lar::VerificaDB(s, false));
+        QCOMPARE(guion.textos(),
+                 QStringList{"Es necesario actualizar la base de datos para continuar"});
+    }
+
+    void versionMicrosip_data()
+    {
+        QTest::addColumn<QString>("versionSis");
+        QTest::addColumn<bool>("aceptada");
+        QTest::addColumn<QString>("texto");
+        QTest::newRow("7.22.1") << "72201" << true << "7.22.1";
+        QTest::newRow("7.22.99") << "72299" << true << "7.22.99";
+        QTest::newRow("7.10.5") << "71005" << true << "7.10.5";
+        QTest::newRow("7.30.0") << "73000" << false << "7.30.0";
+    }
+
+    void versionMicrosip()
+    {
+        QFETCH(QString, versionSis);
+        QFETCH(bool, aceptada);
+        QFETCH(QString, texto);
+        ponVersion(QStringLiteral("000040"));
+        ejecuta(m_s->fbMetadatos(),
+                QStringLiteral("update versiones_sis set version_sis = ?"),
+                {versionSis});
+        lartest::GuionMensajes guion;
+        int terminada = 0;
+        m_s->terminaAplicacion = [&] {
+            ++terminada;
+        };
+        // Quiet or not, a refused Microsip is told and ends the program.
+        QCOMPARE(lar::VerificaDB(*m_s, true), aceptada);
+        QCOMPARE(m_s->VersionMicrosip, texto);
+        QCOMPARE(terminada, aceptada ? 0 : 1);
+        QCOMPARE(guion.textos(),
+                 aceptada ? QStringList()
+                          : QStringList{"Puntos Larvenos 2026 no es compatible con la versión de "
+                                        "Microsip "
+                                        + texto});
+        ejecuta(m_s->fbMetadatos(),
+                QStringLiteral("update versiones_sis set version_sis = '72201'"));
+    }
+
+    void existenObjetos()
+    {
+        lar::Sesion &s = *m_s;
+        QVERIFY(lar::ExisteTabla(s, QStringLiteral(" lar_ registro\r\n")));
+        QVERIFY(!lar::ExisteTabla(s, QStringLiteral("LAR_NADA")));
+        QVERIFY(lar::ExisteCampo(s, QStringLiteral("LAR_REGISTRO"), QStringLiteral("VALOR")));
+        QVERIFY(!lar::ExisteCampo(s, QStringLiteral("lar_registro"), QStringLiteral("valor")));
+        QVERIFY(lar::ExisteProcedimiento(s, QStringLiteral("lar_calc_artalm1 ")));
+
+        // The answer is kept for the session, also a negative one.
+        QVERIFY(!lar::ExisteProcedimiento(s, QStringLiteral("LAR_NUEVO")));
+        ejecuta(
+            s.fbDatabase(),
+            QStringLiteral("create procedure LAR_NUEVO returns (n integer) as begin n = 1; end"));
+        QVERIFY(!lar::ExisteProcedimiento(s, QStringLiteral("LAR_NUEVO")));
+        QVERIFY(lar::ExisteProcedimiento(nuevaSesion(), QStringLiteral("LAR_NUEVO")));
+        ejecuta(m_s->fbDatabase(), QStringLiteral("drop procedure LAR_NUEVO"));
+    }
+
+    void registroMicrosip()
+    {
+        lar::Sesion &s = *m_s;
+        s.ConfigInicia();
+        const int usuario = lar::RegistroMicrosip(s, "PEPE", 0, "L", false, QString());
+        QVERIFY(usuario > 0);
+        QCOMPARE(lar::RegistroMicrosip(s, "PEPE", 0, "L", false, QString()), usuario);
+        const int microsip = lar::RegistroMicrosip(s, "Microsip", usuario, "L", false, QString());
+        const int empresa = lar::RegistroMicrosip(s, "Empresa", microsip, "V", true, "5");
+        QCOMPARE(lar::RegistroMicrosip(s, "Empresa", microsip, "V", true, "7"), empresa);
+        QCOMPARE(lar::RegistroMicrosip(s, "Empresa", microsip, "V", false, "9"), empresa);
+        s.ConfigCommit();
+        // What TfConecta reads back as the user's last company.
+        QCOMPARE(filas(s.fbConfig(),
+                       "select valor from registry where nombre='Empresa' and padre_id= (select "
+                       "elemento_id from registry where nombre='Microsip' and padre_id= (select "
+                       "elemento_id from registry where nombre='PEPE' and padre_id=0))"),
+                 QStringList{"7"});
+    }
+
+    void cargaCatalogo()
+    {
+        lar::Sesion &s = *m_s;
+        const QString largo = QStringLiteral("Bodega de materiales de construcción pesada");
+        for (const QString &n :
+             {QStringLiteral("Zona sur"), QStringLiteral("Almacén central"), largo})
+            ejecuta(s.fbDatabase(),
+                    QStringLiteral("insert into almacenes (almacen_id, nombre) values (-1, ?)"),
+                    {n});
+        lar::LookupCombo combo;
+        for (int vez = 0; vez < 2; ++vez) {
+            lar::CargaCatalogo(s, &combo, "ALMACENES", "ALMACEN_ID", "NOMBRE");
+            QCOMPARE(combo.count(), 3);
+        }
+        QCOMPARE(combo.findChildren<lar::MemTable *>().size(), 1);
+        QCOMPARE(combo.currentIndex(), 0);
+        QCOMPARE(combo.itemText(0), QStringLiteral("Almacén central"));
+        QCOMPARE(combo.itemText(1), largo.left(30));
+        QCOMPARE(combo.itemText(2), QStringLiteral("Zona sur"));
+        combo.setCurrentIndex(2);
+        QCOMPARE(filas(s.fbDatabase(), "select almacen_id from almacenes where nombre='Zona sur'"),
+                 QStringList{combo.keyValue().toString()});
+        ejecuta(s.fbDatabase(), QStringLiteral("delete from almacenes"));
+        lar::CargaCatalogo(s, &combo, "ALMACENES", "ALMACEN_ID", "NOMBRE");
+        QCOMPARE(combo.count(), 0);
+        QCOMPARE(combo.currentIndex(), -1);
+    }
+
+    void rutaIni()
+    {
+        const QString dir = lartest::tempPath(QStringLiteral("datos/LarvenosPV"));
+        qputenv("LARVENOS_DATOS", dir.toLocal8Bit());
+        QCOMPARE(lar::RutaIni(*m_s), dir + QStringLiteral("/Puntos.ini"));
+        QCOMPARE(m_s->IniPuntos, dir + QStringLiteral("/Puntos.ini"));
+        QVERIFY(QDir(dir).exists());
+        qunsetenv("LARVENOS_DATOS");
+    }
+};
+
+QTEST_MAIN(TestRegistro)
+#include "tst_core_registro.moc"
