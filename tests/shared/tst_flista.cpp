@@ -1,0 +1,494 @@
+// The pickers driven as a user would, offscreen: typing, keys, clicks, the
+// multi-choice popup, and MuestraLista on the stand-in Microsip.
+
+#include "core/sesion.h"
+#include "fb/query.h"
+#include "shared/flista.h"
+#include "shared/listas.h"
+#include "support/entornoprueba.h"
+#include "support/guionmensajes.h"
+#include "toolkit/memgrid.h"
+#include "toolkit/memtable.h"
+#include "toolkit/radiogroup.h"
+#include "toolkit/wordsearch.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPushButton>
+#include <QScreen>
+#include <QTest>
+#include <QTimer>
+
+using lar::FieldType;
+using lar::MemTable;
+
+namespace {
+
+// Runs `accion` on the picker once it is up, then closes it if it still is.
+template<class Llamada>
+int conLista(const std::function<void(lar::TFLista &)> &accion,
+             Llamada llamada,
+             bool *corrio = nullptr)
+{
+    QTimer::singleShot(0, [=] {
+        auto *f = qobject_cast<lar::TFLista *>(QApplication::activeModalWidget());
+        if (!f)
+            return;
+        if (corrio)
+            *corrio = true;
+        accion(*f);
+        if (f->isVisible())
+            f->reject();
+    });
+    return llamada();
+}
+
+// The customer list of the screens: id, clave, nombre, LimCredito; Filtered.
+void clientes(MemTable &t, int relleno = 0)
+{
+    t.addField(QStringLiteral("id"), FieldType::Integer);
+    t.addField(QStringLiteral("clave"), FieldType::String, 300);
+    t.addField(QStringLiteral("nombre"), FieldType::String, 200);
+    t.addField(QStringLiteral("LimCredito"), FieldType::Currency, 2);
+    t.open();
+    t.appendRecord({1, "C-001^ALT7", "ANA PÉREZ", 100});
+    t.appendRecord({2, "C-002", "JUAN ANAYA", 0});
+    t.appendRecord({3, "C-003", "MARIA ANANA", 0});
+    for (int i = 0; i < relleno; ++i)
+        t.appendRecord({100 + i,
+                        QStringLiteral("R-%1").arg(i),
+                        QStringLiteral("RELLENO %1").arg(i, 3, 10, QChar(u'0')),
+                        0});
+    t.setFiltered(true);
+}
+
+const QStringList kColsClientes{QStringLiteral("clave,,&Clave,100"),
+                                QStringLiteral("nombre,,&Nombre,500")};
+
+} // namespace
+
+class TestFLista : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<lartest::EntornoPrueba> m_env;
+    lar::Sesion m_sesion;
+
+private slots:
+    void init()
+    {
+        lar::ListaCols.clear();
+        lar::ListaBusquedaIni = -1;
+        lar::ListaValor1 = QStringLiteral("antes1");
+        lar::ListaValor2 = QStringLiteral("antes2");
+    }
+
+    void typingFiltersAndAccepting()
+    {
+        MemTable t;
+        clientes(t);
+        t.first();
+        lar::ListaCols = kColsClientes;
+        bool corrio = false;
+        const int r = conLista(
+            [&](lar::TFLista &f) {
+                QCOMPARE(f.windowTitle(), QStringLiteral("Listado de clientes"));
+                QCOMPARE(f.Busqueda->items(), (QStringList{"&Clave", "&Nombre"}));
+                QCOMPARE(f.Busqueda->itemIndex(), 1); // two items: the second
+                QCOMPARE(f.CampoBusca, QStringLiteral("nombre"));
+                QCOMPARE(f.IdxBusca, 2);
+                QCOMPARE(f.Lista->memModel()->headerData(0, Qt::Horizontal).toString(),
+                         QStringLiteral("Clave"));
+                // 100 + 1 + 500 + 1 + 45, centred on the screen.
+                const QRect pantalla = f.screen()->geometry();
+                QCOMPARE(f.width(), std::min(647, pantalla.width()));
+                QCOMPARE(f.x(), pantalla.left() + pantalla.width() / 2 - f.width() / 2);
+                QCOMPARE(t.indexFieldNames(), QStringLiteral("nombre"));
+                QVERIFY(f.Aceptar->isEnabled());
+
+                QTest::keyClicks(f.Busca, QStringLiteral("an an"));
+                QCOMPARE(t.recordCount(), 2); // JUAN ANAYA, MARIA ANANA: AN twice
+                QCOMPARE(f.pintor()->words(), (QStringList{"AN", "AN"}));
+                QCOMPARE(f.pintor()->field(), 2);
+                // Each word is sought in what the previous one left.
+                f.Busca->setText(QStringLiteral("ana ana"));
+                QVERIFY(t.isEmpty());
+                QVERIFY(!f.Aceptar->isEnabled());
+
+                // Two blanks empty the list and Aceptar goes off; a double click does nothing.
+                f.Busca->setText(QStringLiteral("ana  p"));
+                QVERIFY(t.isEmpty());
+                QVERIFY(!f.Aceptar->isEnabled());
+                QTest::mouseClick(f.Lista->viewport(), Qt::LeftButton, {}, QPoint(20, 5));
+                QTest::mouseDClick(f.Lista->viewport(), Qt::LeftButton, {}, QPoint(20, 5));
+                QVERIFY(f.isVisible());
+                f.Busca->setText(QStringLiteral("ana p"));
+                QCOMPARE(t.recordCount(), 1);
+                QVERIFY(f.Aceptar->isEnabled());
+
+                // A trailing blank adds no word.
+                f.Busca->setText(QStringLiteral("juan "));
+                QCOMPARE(t.recordCount(), 1);
+                QTest::mouseClick(f.Aceptar, Qt::LeftButton);
+            },
+            [&] { return lar::MuestraListaDS(t, QStringLiteral("Listado de clientes")); },
+            &corrio);
+        QVERIFY(corrio);
+        QCOMPARE(r, 1);
+        // The caller's table: on the chosen row, every row back in sight, the index kept.
+        QCOMPARE(t.fieldByName(QStringLiteral("id")).asInteger(), 2);
+        QCOMPARE(t.recordCount(), 3);
+        QVERIFY(!t.hasFilter());
+        QCOMPARE(t.indexFieldNames(), QStringLiteral("nombre"));
+        QCOMPARE(lar::ListaValor1, QStringLiteral("2"));
+        QCOMPARE(lar::ListaValor2, QStringLiteral("C-002"));
+    }
+
+    void cancelLeavesThePair()
+    {
+        MemTable t;
+        clientes(t);
+        lar::ListaCols = kColsClientes;
+        const int r = conLista(
+            [&](lar::TFLista &f) {
+                QTest::keyClicks(f.Busca, QStringLiteral("maria"));
+                QTest::mouseClick(f.Cancelar, Qt::LeftButton);
+            },
+            [&] { return lar::MuestraListaDS(t, QStringLiteral("x")); });
+        QCOMPARE(r, 2);
+        QCOMPARE(lar::ListaValor1, QStringLiteral("antes1"));
+        QCOMPARE(lar::ListaValor2, QStringLiteral("antes2"));
+        QVERIFY(!t.hasFilter());
+        QCOMPARE(t.recordCount(), 3);
+    }
+
+    void keysMoveTheRow()
+    {
+        MemTable t;
+        clientes(t, 40);
+        lar::ListaCols = kColsClientes;
+        QList<int> filas;
+        conLista(
+            [&](lar::TFLista &f) {
+                auto tecla = [&](Qt::Key k) {
+                    QTest::keyClick(f.Busca, k);
+                    filas << t.recNo();
+                };
+                tecla(Qt::Key_Home);
+                tecla(Qt::Key_PageDown);
+                tecla(Qt::Key_PageDown);
+                tecla(Qt::Key_PageUp);
+                tecla(Qt::Key_Down);
+                tecla(Qt::Key_Up);
+                tecla(Qt::Key_End);
+                tecla(Qt::Key_PageDown);
+                tecla(Qt::Key_Up);
+                QCOMPARE(f.Lista->currentIndex().row(), t.recNo()); // the grid follows
+                tecla(Qt::Key_Left);                                // stays with the box
+                QCOMPARE(f.Busca->cursorPosition(), 0);
+            },
+            [&] { return lar::MuestraListaDS(t, QStringLiteral("x")); });
+        QCOMPARE(filas, (QList<int>{0, 14, 28, 14, 15, 14, 42, 42, 41, 41}));
+    }
+
+    void doubleClickAccepts()
+    {
+        MemTable t;
+        clientes(t);
+        lar::ListaCols = kColsClientes;
+        const int r = conLista(
+            [&](lar::TFLista &f) {
+                f.Busca->setText(QStringLiteral("pérez"));
+                const QRect celda = f.Lista->visualRect(f.Lista->memModel()->index(0, 1));
+                // A real double click: press, release, then the second press.
+                QTest::mouseClick(f.Lista->viewport(), Qt::LeftButton, {}, celda.center());
+                QTest::mouseDClick(f.Lista->viewport(), Qt::LeftButton, {}, celda.center());
+            },
+            [&] { return lar::MuestraListaDS(t, QStringLiteral("x")); });
+        QCOMPARE(r, 1);
+        QCOMPARE(t.fieldByName(QStringLiteral("id")).asInteger(), 1);
+    }
+
+    void searchColumnChoice()
+    {
+        MemTable t;
+        clientes(t);
+        // The one-shot wins over the caller's choice and is used up.
+        lar::ListaCols = kColsClientes;
+        lar::ListaBusquedaIni = 0;
+        conLista(
+            [&](lar::TFLista &f) {
+                QCOMPARE(f.Busqueda->itemIndex(), 0);
+                QCOMPARE(f.CampoBusca, QStringLiteral("clave"));
+                // Keys joined by '^' are found by any of them.
+                QTest::keyClicks(f.Busca, QStringLiteral("alt"));
+                QCOMPARE(t.recordCount(), 1);
+                // Another radio item empties the box and runs the show step again.
+                f.Busqueda->setItemIndex(1);
+                QVERIFY(f.Busca->text().isEmpty());
+                QCOMPARE(f.CampoBusca, QStringLiteral("nombre"));
+                QCOMPARE(t.indexFieldNames(), QStringLiteral("nombre"));
+                QCOMPARE(t.recordCount(), 3);
+            },
+            [&] { return lar::MuestraListaDS(t, QStringLiteral("x"), QString(), 1); });
+        QCOMPARE(lar::ListaBusquedaIni, -1);
+
+        // One searchable column: item 0. No searchable column: no box at all.
+        lar::ListaCols = {QStringLiteral("nombre,,&Nombre,400"), QStringLiteral("id,-,Id,50")};
+        conLista(
+            [&](lar::TFLista &f) {
+                QCOMPARE(f.Busqueda->count(), 1);
+                QCOMPARE(f.Busqueda->itemIndex(), 0);
+                QVERIFY(f.Busca->isVisible());
+            },
+            [&] { return lar::MuestraListaDS(t, QStringLiteral("x")); });
+        lar::ListaCols = {QStringLiteral("nombre,-,&Nombre,400")};
+        conLista(
+            [&](lar::TFLista &f) {
+                QCOMPARE(f.Busqueda->count(), 0);
+                QVERIFY(!f.Busca->isEnabled());
+                QVERIFY(!f.Busca->isVisible());
+                QVERIFY(!f.Busqueda->isVisible());
+                QCOMPARE(f.width(), 401 + 45);
+            },
+            [&] { return lar::MuestraListaDS(t, QStringLiteral("x")); });
+
+        // An empty spec list shows nothing and is a cancel.
+        lar::ListaCols.clear();
+        lar::ListaBusquedaIni = 1;
+        bool corrio = false;
+        QCOMPARE(conLista([](lar::TFLista &) {},
+                          [&] { return lar::MuestraListaDS(t, QStringLiteral("x")); },
+                          &corrio),
+                 2);
+        QVERIFY(!corrio);
+        QCOMPARE(lar::ListaBusquedaIni, -1);
+        QTest::qWait(1); // let the unused timer go
+    }
+
+    void unfilteredTableSeeks()
+    {
+        MemTable t;
+        clientes(t, 5);
+        t.setFiltered(false);
+        lar::ListaCols = kColsClientes;
+        conLista(
+            [&](lar::TFLista &f) {
+                QTest::keyClicks(f.Busca, QStringLiteral("ma"));
+                QCOMPARE(t.recordCount(), 8); // nothing hidden
+                QCOMPARE(t.fieldByName(QStringLiteral("nombre")).asString(),
+                         QStringLiteral("MARIA ANANA"));
+                QTest::keyClicks(f.Busca, QStringLiteral("z"));
+                QCOMPARE(t.recNo(), 3); // the next name after "MAZ"
+                f.Busca->setText(QStringLiteral("z"));
+                QCOMPARE(t.recNo(), 7); // past the last name: the last row
+            },
+            [&] { return lar::MuestraListaDS(t, QStringLiteral("x")); });
+    }
+
+    void emptyTableOpens()
+    {
+        MemTable t;
+        clientes(t);
+        t.emptyTable();
+        lar::ListaCols = kColsClientes;
+        bool corrio = false;
+        conLista([&](lar::TFLista &f) { QVERIFY(!f.Aceptar->isEnabled()); },
+                 [&] { return lar::MuestraListaDS(t, QStringLiteral("x")); },
+                 &corrio);
+        QVERIFY(corrio);
+    }
+
+    void multiChoicePopup()
+    {
+        MemTable t;
+        t.addField(QStringLiteral("id"), FieldType::Integer);
+        t.addField(QStringLiteral("Activo"), FieldType::Boolean);
+        t.addField(QStringLiteral("Clave"), FieldType::String, 20);
+        t.addField(QStringLiteral("Nombre"), FieldType::String, 100);
+        t.open();
+        t.appendRecord({1, false, "C-1", "ANA PÉREZ"});
+        t.appendRecord({2, false, "C-2", "JUAN ANAYA"});
+        t.appendRecord({3, true, "C-3", "PEDRO GÓMEZ"});
+        t.appendRecord({4, false, "C-4", "ANABEL RUIZ"});
+        t.setFiltered(true);
+        auto activos = [&] {
+            QList<int> ids;
+            for (int i = 0; i < t.totalCount(); ++i) {
+                if (t.valueOfAnyRow(i, 1).toBool())
+                    ids << t.valueOfAnyRow(i, 0).toInt();
+            }
+            std::sort(ids.begin(), ids.end());
+            return ids;
+        };
+
+        lar::ListaCols = {QStringLiteral("Activo,,Activo,50"),
+                          QStringLiteral("Clave,,Clave,100"),
+                          QStringLiteral("Nombre,,Nombre,300")};
+        const int r = conLista(
+            [&](lar::TFLista &base) {
+                auto &f = static_cast<lar::TFListaCh &>(base);
+                QVERIFY(f.cxGrid->isVisible());
+                QVERIFY(!f.Lista->isVisible());
+                // The first spec only names the check column.
+                QCOMPARE(f.Busqueda->items(), (QStringList{"Clave", "Nombre"}));
+                QCOMPARE(f.CampoBusca, QStringLiteral("Nombre"));
+                QCOMPARE(f.PopupMenu1->actions().size(), 3);
+                QCOMPARE(f.SeleccionarTodo->text(), QStringLiteral("Seleccionar todo"));
+                QCOMPARE(f.InvertirSeleccion->text(), QStringLiteral("Invertir selección"));
+                QCOMPARE(f.BorrarSeleccion->text(), QStringLiteral("Borrar selección"));
+
+                QTest::keyClicks(f.Busca, QStringLiteral("ana"));
+                QCOMPARE(t.recordCount(), 3); // ANA PÉREZ, ANABEL RUIZ, JUAN ANAYA
+                t.setRecNo(1);
+                const int id = t.fieldByName(QStringLiteral("id")).asInteger();
+                f.SeleccionarTodo->trigger();
+                QCOMPARE(activos(), (QList<int>{1, 2, 3, 4}));
+                QCOMPARE(t.fieldByName(QStringLiteral("id")).asInteger(),
+                         id); // back where it started
+                f.BorrarSeleccion->trigger();
+                QCOMPARE(activos(), (QList<int>{3})); // only the rows in sight
+                auto *m = f.cxGrid->memModel();
+                QVERIFY(m->setData(m->index(0, 0), Qt::Checked, Qt::CheckStateRole));
+                f.InvertirSeleccion->trigger();
+                QCOMPARE(activos().size(), 3);
+                QVERIFY(!activos().contains(t.valueAt(0, 0).toInt()));
+                QTest::mouseClick(f.Aceptar, Qt::LeftButton);
+            },
+            [&] {
+                return lar::MuestraListaCh(t, QStringLiteral("Lista de clientes"), QString(), true);
+            });
+        QCOMPARE(r, 1);
+        QVERIFY(!t.hasFilter());
+        QCOMPARE(t.recordCount(), 4);
+        QCOMPARE(activos().size(), 3); // the ticks stay in the caller's table
+
+        // Without check boxes: the plain grid, columns from every spec.
+        conLista(
+            [&](lar::TFLista &base) {
+                auto &f = static_cast<lar::TFListaCh &>(base);
+                QVERIFY(!f.cxGrid->isVisible());
+                QCOMPARE(f.Lista->memModel()->columnCount(), 3);
+                QCOMPARE(f.Busqueda->count(), 3);
+            },
+            [&] { return lar::MuestraListaCh(t, QStringLiteral("x"), QString(), false); });
+    }
+
+    // --- MuestraLista on the stand-in Microsip ---------------------------------------------
+
+    void initTestCase()
+    {
+        m_env = std::make_unique<lartest::EntornoPrueba>();
+        m_env->conectaSesion(m_sesion);
+        fb::Query q(&m_sesion.fbDatabase(), &m_sesion.fbUpdateTrans());
+        for (const QString &c : {QStringLiteral("101, 'ANA PÉREZ', 'A'"),
+                                 QStringLiteral("102, 'JUAN ANAYA', 'A'"),
+                                 QStringLiteral("103, 'BAJA UNO', 'B'"),
+                                 QStringLiteral("104, 'ZACARÍAS NÚÑEZ', 'A'")}) {
+            q.setSql(QStringLiteral("INSERT INTO CLIENTES (CLIENTE_ID, NOMBRE, ESTATUS) VALUES (")
+                     + c + u')');
+            q.execute();
+        }
+        q.setSql(QStringLiteral("INSERT INTO ROLES_CLAVES_CLIENTES (ROL_CLAVE_CLI_ID, NOMBRE) "
+                                "VALUES (9001, 'Prueba')"));
+        q.execute();
+        q.setSql(QStringLiteral("INSERT INTO CLAVES_CLIENTES VALUES (201, 101, 'C-001', 9001)"));
+        q.execute();
+        q.setSql(QStringLiteral("INSERT INTO CLAVES_CLIENTES VALUES (202, 101, 'ALT7', 9001)"));
+        q.execute();
+        m_sesion.UpdateCommit();
+    }
+
+    void muestraListaMemoryPath()
+    {
+        lar::ListaCols
+            = {QStringLiteral("nombre,,&Nombre,300"),
+               QStringLiteral("cliente_id,-,&Id,-1"),
+               QStringLiteral(
+                   "(select count(*) from claves_clientes k where k.cliente_id = c.cliente_id)"
+                   " claves,--,CLAVES,50")};
+        const int r = conLista(
+            [&](lar::TFLista &f) {
+                QVERIFY(!f.EnConsulta);
+                MemTable *mem = f.dataSet();
+                QCOMPARE(mem->objectName(), QStringLiteral("Mem"));
+                QCOMPARE(mem->recordCount(), 4);
+                QCOMPARE(f.Busqueda->count(), 1);
+                QCOMPARE(f.CampoBusca, QStringLiteral("nombre"));
+                // The -1 column is in the select list and takes no room.
+                QVERIFY(f.Campos.contains(QStringLiteral("cliente_id")));
+                QVERIFY(f.Lista->isColumnHidden(1));
+                QTest::keyClicks(f.Busca, QStringLiteral("ana"));
+                QCOMPARE(mem->recordCount(), 2);
+                QCOMPARE(f.Lista->memModel()->index(0, 0).data().toString(),
+                         QStringLiteral("ANA PÉREZ"));
+                // "--" binds the column to the caption's name.
+                QCOMPARE(f.Lista->memModel()->index(0, 2).data().toString(), QStringLiteral("2"));
+                QTest::keyClick(f.Busca, Qt::Key_Down);
+                QTest::mouseClick(f.Aceptar, Qt::LeftButton);
+            },
+            [&] {
+                return lar::MuestraLista(
+                    m_sesion, QStringLiteral("clientes c"), QStringLiteral("Clientes"));
+            });
+        QCOMPARE(r, 1);
+        QCOMPARE(lar::ListaValor1, QStringLiteral("JUAN ANAYA"));
+        QCOMPARE(lar::ListaValor2, QStringLiteral("102"));
+        QCOMPARE(lar::ListaClave, lar::ListaValor1);
+        QCOMPARE(lar::ListaNombre, lar::ListaValor2);
+
+        // Cancelled, the second pair still takes the first.
+        lar::ListaValor1 = QStringLiteral("v1");
+        conLista([](lar::TFLista &f) { f.reject(); },
+                 [&] {
+                     return lar::MuestraLista(
+                         m_sesion, QStringLiteral("clientes c"), QStringLiteral("x"));
+                 });
+        QCOMPARE(lar::ListaClave, QStringLiteral("v1"));
+    }
+
+    void muestraListaLivePath()
+    {
+        lar::ListaCols
+            = {QStringLiteral("cliente_id,,&Id,60"), QStringLiteral("nombre,,&Nombre,300")};
+        const int r = conLista(
+            [&](lar::TFLista &f) {
+                QVERIFY(f.EnConsulta);
+                QCOMPARE(f.dataSet()->recordCount(), 3);
+                QCOMPARE(f.Numericos, QStringList{"CLIENTE_ID"});
+                QTest::keyClicks(f.Busca, QStringLiteral("an%ju"));
+                QCOMPARE(f.FiltroConsulta,
+                         QStringLiteral("nombre LIKE '%AN%JU%' OR nombre LIKE '%JU%AN%'"));
+                QCOMPARE(f.dataSet()->recordCount(), 3); // the query isn't filtered
+                f.QueryFiltrada = true;
+                f.Busca->setText(QStringLiteral("an%ju"));
+                f.BuscaChange();
+                QCOMPARE(f.dataSet()->recordCount(), 1);
+                QTest::mouseClick(f.Aceptar, Qt::LeftButton);
+            },
+            [&] {
+                return lar::MuestraLista(m_sesion,
+                                         QStringLiteral("clientes"),
+                                         QStringLiteral("Clientes"),
+                                         QStringLiteral("estatus = 'A'"));
+            });
+        QCOMPARE(r, 1);
+        QCOMPARE(lar::ListaClave, QStringLiteral("102"));
+        QCOMPARE(lar::ListaNombre, QStringLiteral("JUAN ANAYA"));
+    }
+
+    void muestraListaBadField()
+    {
+        // A field the table lacks fails in the data layer, before anything shows.
+        lar::ListaCols = {QStringLiteral("no_existe,,X,100")};
+        QVERIFY_THROWS_EXCEPTION(
+            fb::Error,
+            lar::MuestraLista(m_sesion, QStringLiteral("clientes"), QStringLiteral("x")));
+    }
+};
+
+QTEST_MAIN(TestFLista)
+#include "tst_flista.moc"

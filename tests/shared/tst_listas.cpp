@@ -1,0 +1,337 @@
+// The pickers' rules that need no window: column specs, the live filter text, the
+// search-column choice; and the loaders of the in-memory lists, on Firebird.
+
+#include "core/sesion.h"
+#include "fb/query.h"
+#include "shared/listas.h"
+#include "support/entornoprueba.h"
+#include "toolkit/memgrid.h"
+#include "toolkit/memtable.h"
+
+#include <QTest>
+
+using lar::FieldType;
+using lar::MemTable;
+
+class TestListas : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<lartest::EntornoPrueba> m_env;
+    lar::Sesion m_sesion;
+
+    void exec(const QString &sql)
+    {
+        fb::Query q(&m_sesion.fbDatabase(), &m_sesion.fbUpdateTrans());
+        q.setSql(sql);
+        q.execute();
+    }
+
+private slots:
+    void parseColLista_data()
+    {
+        QTest::addColumn<QString>("spec");
+        QTest::addColumn<QString>("campo");
+        QTest::addColumn<QString>("busqueda");
+        QTest::addColumn<QString>("titulo");
+        QTest::addColumn<QString>("tituloRejilla");
+        QTest::addColumn<int>("ancho");
+        QTest::addColumn<bool>("porTitulo");
+        QTest::newRow("usual") << "clave,,&Clave,100"
+                               << "clave"
+                               << "clave"
+                               << "&Clave"
+                               << "Clave" << 100 << false;
+        QTest::newRow("accelerator inside") << "titulo,,Tit&ulo,300"
+                                            << "titulo"
+                                            << "titulo"
+                                            << "Tit&ulo"
+                                            << "Titulo" << 300 << false;
+        QTest::newRow("every & goes from the grid") << "a,,&A&&b,10"
+                                                    << "a"
+                                                    << "a"
+                                                    << "&A&&b"
+                                                    << "Ab" << 10 << false;
+        QTest::newRow("own search field") << "nombre,nombre_busq,,200"
+                                          << "nombre"
+                                          << "nombre_busq"
+                                          << "nombre"
+                                          << "nombre" << 200 << false;
+        QTest::newRow("dash: no search") << "tag,-,&Tag,70"
+                                         << "tag"
+                                         << ""
+                                         << "&Tag"
+                                         << "Tag" << 70 << false;
+        QTest::newRow("two dashes: bound by caption")
+            << "(select 1 from rdb$database) uno,--,UNO,50"
+            << "(select 1 from rdb$database) uno"
+            << ""
+            << "UNO"
+            << "UNO" << 50 << true;
+        QTest::newRow("width -1 takes no room") << "id,,Id,-1"
+                                                << "id"
+                                                << "id"
+                                                << "Id"
+                                                << "Id" << 0 << false;
+        QTest::newRow("width 0 is 100") << "id,,Id,0"
+                                        << "id"
+                                        << "id"
+                                        << "Id"
+                                        << "Id" << 100 << false;
+        QTest::newRow("width missing") << "nombre,,&Nombre"
+                                       << "nombre"
+                                       << "nombre"
+                                       << "&Nombre"
+                                       << "Nombre" << 100 << false;
+        QTest::newRow("field alone") << "nombre"
+                                     << "nombre"
+                                     << "nombre"
+                                     << "nombre"
+                                     << "nombre" << 100 << false;
+        QTest::newRow("blank width field") << "nombre,,,"
+                                           << "nombre"
+                                           << "nombre"
+                                           << "nombre"
+                                           << "nombre" << 100 << false;
+    }
+
+    void parseColLista()
+    {
+        QFETCH(QString, spec);
+        const lar::ColLista c = lar::ParseColLista(spec);
+        QTEST(c.campo, "campo");
+        QTEST(c.busqueda, "busqueda");
+        QTEST(c.titulo, "titulo");
+        QTEST(c.tituloRejilla(), "tituloRejilla");
+        QTEST(c.ancho, "ancho");
+        QTEST(c.porTitulo, "porTitulo");
+    }
+
+    void parseColListaBadWidth()
+    {
+        // The width is all the text after the third comma.
+        QVERIFY_THROWS_EXCEPTION(lar::MemTableError,
+                                 lar::ParseColLista(QStringLiteral("a,,A,12,5")));
+        QVERIFY_THROWS_EXCEPTION(lar::MemTableError,
+                                 lar::ParseColLista(QStringLiteral("a,,A,ancho")));
+    }
+
+    void condicionLike_data()
+    {
+        QTest::addColumn<QString>("texto");
+        QTest::addColumn<bool>("mayusculas");
+        QTest::addColumn<QString>("condicion");
+        QTest::addColumn<QStringList>("partes");
+        QTest::newRow("two parts, both orders")
+            << "A%B" << true << "nombre LIKE '%A%B%' OR nombre LIKE '%B%A%'"
+            << QStringList{"A", "B"};
+        QTest::newRow("upper-cased")
+            << "ana" << true << "nombre LIKE '%ANA%'" << QStringList{"ANA"};
+        QTest::newRow("case kept") << "ana" << false << "nombre LIKE '%ana%'" << QStringList{"ana"};
+        QTest::newRow("three parts keep the others' order")
+            << "a%b%c" << true
+            << "nombre LIKE '%A%B%C%' OR nombre LIKE '%B%A%C%' OR nombre LIKE '%C%A%B%'"
+            << QStringList{"A", "B", "C"};
+        QTest::newRow("blanks are not separators")
+            << "ana per" << true << "nombre LIKE '%ANA PER%'" << QStringList{"ANA PER"};
+        QTest::newRow("quote goes in as typed")
+            << "o'b" << true << "nombre LIKE '%O'B%'" << QStringList{"O'B"};
+        QTest::newRow("empty text") << "" << true << "" << QStringList{};
+    }
+
+    void condicionLike()
+    {
+        QFETCH(QString, texto);
+        QFETCH(bool, mayusculas);
+        QTEST(lar::CondicionLike(QStringLiteral("nombre"),
+                                 texto,
+                                 QStringLiteral("LIKE"),
+                                 mayusculas,
+                                 QStringLiteral("%")),
+              "condicion");
+        QTEST(lar::ListaPartesLike, "partes");
+    }
+
+    void busquedaInicial_data()
+    {
+        QTest::addColumn<int>("items");
+        QTest::addColumn<int>("busqueda");
+        QTest::addColumn<int>("ini");
+        QTest::addColumn<int>("expected");
+        QTest::newRow("none") << 0 << -1 << -1 << -1;
+        QTest::newRow("one item: the first") << 1 << -1 << -1 << 0;
+        QTest::newRow("two: the second") << 2 << -1 << -1 << 1;
+        QTest::newRow("three: the second") << 3 << -1 << -1 << 1;
+        QTest::newRow("caller's choice") << 3 << 0 << -1 << 0;
+        QTest::newRow("one-shot wins over the caller") << 3 << 2 << 0 << 0;
+        QTest::newRow("one-shot on one item") << 1 << -1 << 0 << 0;
+        QTest::newRow("out of range is brought in") << 2 << 5 << -1 << 1;
+    }
+
+    void busquedaInicial()
+    {
+        QFETCH(int, items);
+        QFETCH(int, busqueda);
+        QFETCH(int, ini);
+        lar::ListaBusquedaIni = ini;
+        QTEST(lar::BusquedaInicial(items, busqueda), "expected");
+        lar::ListaBusquedaIni = -1;
+    }
+
+    // --- Loaders on the stand-in Microsip --------------------------------------------------
+
+    void initTestCase()
+    {
+        m_env = std::make_unique<lartest::EntornoPrueba>();
+        m_env->instalaExtension();
+        m_env->conectaSesion(m_sesion);
+        exec(QStringLiteral("INSERT INTO ROLES_CLAVES_CLIENTES (ROL_CLAVE_CLI_ID, NOMBRE, ES_PPAL)"
+                            " VALUES (9001, 'Prueba principal', 'S')"));
+        exec(QStringLiteral("INSERT INTO ROLES_CLAVES_CLIENTES (ROL_CLAVE_CLI_ID, NOMBRE, ES_PPAL)"
+                            " VALUES (9002, 'Prueba alterna', 'N')"));
+        const QStringList clientes{"101, 'ANA PÉREZ', 'A', 1500.50",
+                                   "102, 'JUAN ANAYA', 'A', 0",
+                                   "103, 'BAJA UNO', 'B', 0",
+                                   "104, 'ZACARÍAS NÚÑEZ', 'A', 10"};
+        for (const QString &c : clientes)
+            exec(QStringLiteral(
+                     "INSERT INTO CLIENTES (CLIENTE_ID, NOMBRE, ESTATUS, LIMITE_CREDITO) VALUES (")
+                 + c + u')');
+        const QStringList claves{"201, 101, 'c-001', 9001",
+                                 "202, 101, 'alt7', 9002",
+                                 "203, 102, 'C-002', 9001",
+                                 "204, 103, 'C-003', 9001"};
+        for (const QString &c : claves)
+            exec(QStringLiteral(
+                     "INSERT INTO CLAVES_CLIENTES (CLAVE_CLIENTE_ID, CLIENTE_ID, CLAVE_CLIENTE,"
+                     " ROL_CLAVE_CLI_ID) VALUES (")
+                 + c + u')');
+        for (const QString &c : {QStringLiteral("101, 'S', 'S'"),
+                                 QStringLiteral("102, 'S', 'N'"),
+                                 QStringLiteral("104, 'N', 'S'")})
+            exec(
+                QStringLiteral("UPDATE OR INSERT INTO LIBRES_CLIENTES (CLIENTE_ID, EMPLEADO_PUNTOS,"
+                               " ACTIVO_PUNTOS) VALUES (")
+                + c + u')');
+        exec(QStringLiteral("INSERT INTO EMPLEADOS (EMPLEADO_ID, NUMERO, NOMBRE_COMPLETO, ESTATUS)"
+                            " VALUES (301, 17, 'PEDRO GÓMEZ', 'A')"));
+        exec(QStringLiteral("INSERT INTO EMPLEADOS (EMPLEADO_ID, NUMERO, NOMBRE_COMPLETO, ESTATUS)"
+                            " VALUES (302, 18, 'DADO DE BAJA', 'B')"));
+        exec(QStringLiteral("DELETE FROM ALMACENES"));
+        exec(QStringLiteral(
+            "INSERT INTO ALMACENES (ALMACEN_ID, NOMBRE) VALUES (401, 'ZONA NORTE')"));
+        exec(QStringLiteral("INSERT INTO ALMACENES (ALMACEN_ID, NOMBRE)"
+                            " VALUES (402, 'ALMACÉN GENERAL DE LA MATRIZ PRINCIPAL')"));
+        m_sesion.UpdateCommit();
+    }
+
+    void cargaClientes()
+    {
+        // The redemption screen's table: id, clave, nombre, LimCredito.
+        MemTable m;
+        m.addField(QStringLiteral("id"), FieldType::Integer);
+        m.addField(QStringLiteral("clave"), FieldType::String, 300);
+        m.addField(QStringLiteral("nombre"), FieldType::String, 200);
+        m.addField(QStringLiteral("LimCredito"), FieldType::Currency, 2);
+        fb::Query *q = m_sesion.creaQuery(true, QStringLiteral("qListas"));
+        lar::CargaListaCat(QStringLiteral("clientes"), m, *q);
+
+        QVERIFY(!q->isOpen());
+        QCOMPARE(m.recordCount(), 3); // status 'A' only
+        QCOMPARE(m.indexName(), QStringLiteral("iNombre"));
+        QStringList indices;
+        for (const auto &d : m.indexDefs())
+            indices << d.name + u':' + d.fields.join(u';');
+        QCOMPARE(indices, (QStringList{"iNombre:nombre", "iClave:clave"}));
+
+        QStringList nombres;
+        for (m.first(); !m.eof(); m.next())
+            nombres << m.fieldByName(QStringLiteral("nombre")).asString();
+        QCOMPARE(nombres, (QStringList{"ANA PÉREZ", "JUAN ANAYA", "ZACARÍAS NÚÑEZ"}));
+
+        QVERIFY(m.locate(QStringLiteral("id"), 101));
+        // All the customer's keys, upper-cased, in one text.
+        QStringList keys = m.fieldByName(QStringLiteral("clave")).asString().split(u'^');
+        keys.sort();
+        QCOMPARE(keys, (QStringList{"ALT7", "C-001"}));
+        QCOMPARE(m.fieldByName(QStringLiteral("LimCredito")).asCurrency(), fb::Decimal(150050, 2));
+        QVERIFY(m.locate(QStringLiteral("id"), 104));
+        QVERIFY(m.fieldByName(QStringLiteral("clave")).isNull()); // no keys at all
+
+        // The report screens' table lays its fields out differently and has no limit.
+        MemTable r;
+        r.addField(QStringLiteral("ID"), FieldType::Integer);
+        r.addField(QStringLiteral("Nombre"), FieldType::String, 200);
+        r.addField(QStringLiteral("CLAVE"), FieldType::String, 20);
+        lar::CargaListaCat(QStringLiteral("clientes"), r, *q);
+        r.first();
+        QCOMPARE(r.fieldByName(QStringLiteral("Nombre")).asString(), QStringLiteral("ANA PÉREZ"));
+        QCOMPARE(r.fieldByName(QStringLiteral("ID")).asInteger(), 101);
+
+        // Loading again replaces the rows; an unknown kind leaves the table alone.
+        lar::CargaListaCat(QStringLiteral("clientes"), m, *q);
+        QCOMPARE(m.recordCount(), 3);
+        lar::CargaListaCat(QStringLiteral("Clientes"), m, *q);
+        QCOMPARE(m.recordCount(), 3);
+        MemTable vacia;
+        lar::CargaListaCat(QStringLiteral("articulos"), vacia, *q);
+        QVERIFY(!vacia.isActive());
+    }
+
+    void cargaEmpleadosYClientesPE()
+    {
+        fb::Query *q = m_sesion.creaQuery(true, QStringLiteral("qListas2"));
+        MemTable pe; // with no fields of its own it gets the four
+        lar::CargaListaCat(QStringLiteral("clientesPE"), pe, *q);
+        QCOMPARE(pe.fieldCount(), 4);
+        QCOMPARE(pe.recordCount(), 1);
+        pe.first();
+        QCOMPARE(pe.fieldByName(QStringLiteral("id")).asInteger(), 101);
+
+        MemTable e;
+        lar::CargaListaCat(QStringLiteral("empleados"), e, *q);
+        QCOMPARE(e.recordCount(), 1);
+        e.first();
+        QCOMPARE(e.fieldByName(QStringLiteral("id")).asInteger(), 301);
+        QCOMPARE(e.fieldByName(QStringLiteral("clave")).asString(), QStringLiteral("17"));
+        QCOMPARE(e.fieldByName(QStringLiteral("nombre")).asString(), QStringLiteral("PEDRO GÓMEZ"));
+        QCOMPARE(e.indexName(), QStringLiteral("iNombre"));
+    }
+
+    void llenaComboYMem()
+    {
+        fb::Query *q = m_sesion.creaQuery(true, QStringLiteral("qListas3"));
+        MemTable m;
+        lar::LookupCombo combo;
+        lar::LlenaCombo(QStringLiteral("almacenes"),
+                        QStringLiteral("almacen_id"),
+                        QStringLiteral("nombre"),
+                        *q,
+                        m,
+                        &combo);
+        QCOMPARE(m.fieldCount(), 2);
+        QCOMPARE(m.fieldDef(1).size, 30);
+        QCOMPARE(m.fieldDef(0).displayLabel, QStringLiteral("almacen_id"));
+        // Ordered by name, the combo on the first row, names cut to 30 characters.
+        QCOMPARE(combo.count(), 2);
+        QCOMPARE(combo.currentText(), QStringLiteral("ALMACÉN GENERAL DE LA MATRIZ P"));
+        QCOMPARE(combo.keyValue().toInt(), 402);
+        combo.setKeyValue(401);
+        QCOMPARE(combo.currentText(), QStringLiteral("ZONA NORTE"));
+
+        MemTable a;
+        lar::LlenaMem(QStringLiteral("almacenes"),
+                      QStringLiteral("almacen_id"),
+                      QStringLiteral("nombre"),
+                      *q,
+                      a);
+        QCOMPARE(a.recordCount(), 2);
+        QCOMPARE(a.recNo(), 0);
+        QVERIFY(a.locate(QStringLiteral("almacen_id"), 401));
+        QCOMPARE(a.fieldByName(QStringLiteral("nombre")).asString(), QStringLiteral("ZONA NORTE"));
+    }
+};
+
+QTEST_MAIN(TestListas)
+#include "tst_listas.moc"
