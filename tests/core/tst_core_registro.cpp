@@ -59,13 +59,6 @@ private:
         return out;
     }
 
-    QStringList arbol()
-    {
-        return filas(m_s->fbDatabase(),
-                     QStringLiteral("select nombre, tipo, padre_id, valor from lar_registro "
-                                    "order by registro_id"));
-    }
-
     void ponVersion(const QString &v)
     {
         QString valor = v;
@@ -89,38 +82,25 @@ private slots:
 
     void primeraLecturaCreaLaRuta()
     {
-        lar::Sesion &s = *m_s;
         QString v = QStringLiteral("basura");
-        const int id = lar::Registro(s,
-                                     {},
-                                     QStringLiteral("PuntosLar"),
-                                     QStringLiteral("Puntos"),
-                                     true,
-                                     v,
-                                     QStringLiteral("Clave"));
+        const int id = lar::Registro(*m_s, {}, "PuntosLar", "Puntos", true, v, "Clave");
         QVERIFY(v.isEmpty());
-        const QStringList rows = arbol();
-        QCOMPARE(rows.size(), 3);
-        QCOMPARE(rows[0], QStringLiteral("PuntosLar|F|0|<null>"));
-        const QString idRaiz = filas(
-            s.fbDatabase(), "select registro_id from lar_registro where nombre='PuntosLar'")[0];
-        const QString idPuntos = filas(
-            s.fbDatabase(), "select registro_id from lar_registro where nombre='Puntos'")[0];
-        QCOMPARE(rows[1], QStringLiteral("Puntos|F|%1|<null>").arg(idRaiz));
-        QCOMPARE(rows[2], QStringLiteral("Clave|V|%1|").arg(idPuntos)); // empty, not NULL
-        QCOMPARE(s.RegistroCache.value(QStringLiteral("PuntosLar*Puntos*")), idPuntos.toInt());
+        // Created in path order, each under the one before; the value empty, not NULL.
+        const QString arbol = QStringLiteral(
+            "select r.nombre, r.tipo, coalesce(p.nombre, '-'), r.valor from lar_registro r left "
+            "join lar_registro p on p.registro_id = r.padre_id order by r.registro_id");
+        const QStringList rows = filas(m_s->fbDatabase(), arbol);
+        QCOMPARE(
+            rows,
+            QStringList({"PuntosLar|F|-|<null>", "Puntos|F|PuntosLar|<null>", "Clave|V|Puntos|"}));
+        QCOMPARE(QString::number(m_s->RegistroCache.value(QStringLiteral("PuntosLar*Puntos*"))),
+                 filas(m_s->fbDatabase(),
+                       "select registro_id from lar_registro where nombre='Puntos'")[0]);
 
         // A new session finds the same rows and adds none.
         lar::Sesion &s2 = nuevaSesion();
-        QCOMPARE(lar::Registro(s2,
-                               {},
-                               QStringLiteral("PuntosLar"),
-                               QStringLiteral("Puntos"),
-                               true,
-                               v,
-                               QStringLiteral("Clave")),
-                 id);
-        QCOMPARE(arbol(), rows);
+        QCOMPARE(lar::Registro(s2, {}, "PuntosLar", "Puntos", true, v, "Clave"), id);
+        QCOMPARE(filas(s2.fbDatabase(), arbol), rows);
         lar::GuardaRegistro(s2, QStringLiteral("Clave"), QStringLiteral("Sí, 5"));
         QCOMPARE(lar::LeeRegistro(s2, QStringLiteral("Clave")), QStringLiteral("Sí, 5"));
     }
