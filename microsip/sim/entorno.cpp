@@ -153,7 +153,11 @@ private:
     void creaBase(fb::Database &db, const QString &ruta)
     {
         db.setDatabaseName(ruta);
-        QStringList params{QStringLiteral("lc_ctype=None"), QStringLiteral("user_name=SYSDBA")};
+        // Without synchronous writes: a stand-in is built for tests and demos, where
+        // the flushes of every DDL commit would cost seconds per environment.
+        QStringList params{QStringLiteral("lc_ctype=None"),
+                           QStringLiteral("user_name=SYSDBA"),
+                           QStringLiteral("force_write=0")};
         if (!m_e.passwordSysdba().isEmpty())
             params << QStringLiteral("password=") + m_e.passwordSysdba();
         db.setParams(params);

@@ -95,6 +95,8 @@ std::vector<unsigned char> Database::buildDpb(bool create, int pageSize) const
                 dpb->insertString(st, isc_dpb_sql_role_name, value.constData());
             else if (key == u"num_buffers")
                 dpb->insertInt(st, isc_dpb_num_buffers, value.toInt());
+            else if (key == u"force_write")
+                dpb->insertInt(st, isc_dpb_force_write, value.toInt());
             else {
                 dpb->dispose();
                 throw Error::usage(QStringLiteral("Parámetro de conexión desconocido: %1").arg(p));

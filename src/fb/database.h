@@ -15,7 +15,8 @@ struct DatabaseHandle;
 // text form ("lc_ctype=None", "user_name=...", "password=...",
 // "sql_role_name=USUARIO_MICROSIP") and a database name. A name with "host:" in
 // front goes to that server; a plain path opens the file in-process with the
-// embedded engine.
+// embedded engine. Tools may add "num_buffers=N" and "force_write=0|1" (the
+// owner switches the database's synchronous writes).
 class Database
 {
 public:
