@@ -1,0 +1,17 @@
+#include "core/fmain.h"
+#include "db/dbscript.h"
+
+#include <QApplication>
+
+int main(int argc, char *argv[])
+{
+    QApplication app(argc, argv);
+    // The title of the application in the task bar and its dialogs.
+    QApplication::setApplicationName(QStringLiteral("Larvenos Punto de Venta"));
+    lar::TfMain::FabricaActualizaDB() = [](lar::TfMain &m) -> QDialog * {
+        return new lar::TfDBScript(m.sesion(), &m);
+    };
+    lar::TfMain principal;
+    principal.show();
+    return QApplication::exec();
+}

@@ -1,0 +1,84 @@
+#pragma once
+
+// Helpers of the core GUI suites: answering the modal dialogs of a flow that runs
+// inside the window's own event handlers, and a stand-in Microsip prepared for it.
+
+#include "core/registro.h"
+#include "core/sesion.h"
+#include "fb/query.h"
+#include "support/entornoprueba.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QPointer>
+#include <QTimer>
+#include <QWidget>
+
+#include <functional>
+
+namespace lartest {
+
+// Runs `accion` once, on the first visible window of type T that appears within
+// 20 s (a modal dialog shown by the code under test).
+template<class T>
+QPointer<QTimer> alAparecer(std::function<void(T *)> accion)
+{
+    auto *t = new QTimer;
+    auto reloj = std::make_shared<QElapsedTimer>();
+    reloj->start();
+    QObject::connect(t, &QTimer::timeout, t, [t, reloj, accion] {
+        const QWidgetList ventanas = QApplication::topLevelWidgets();
+        for (QWidget *w : ventanas) {
+            if (auto *v = qobject_cast<T *>(w); v && v->isVisible()) {
+                t->stop();
+                t->deleteLater();
+                accion(v);
+                return;
+            }
+        }
+        if (reloj->elapsed() > 20000) {
+            t->stop();
+            t->deleteLater();
+        }
+    });
+    t->start(10);
+    return t;
+}
+
+// Points the profile folders at the environment, as the program reads them.
+inline void usaPerfiles(const microsip::Entorno &e)
+{
+    qputenv("LARVENOS_COMMON_APPDATA", e.carpetaComun().toUtf8());
+    qputenv("LARVENOS_LOCAL_APPDATA", e.carpetaLocal().toUtf8());
+}
+
+// The extension at the current version, with rights rows (module, user, bits).
+struct Derecho
+{
+    int modulo;
+    QString usuario;
+    int acceso;
+};
+
+inline void preparaExtension(const EntornoPrueba &env,
+                             const QList<Derecho> &derechos,
+                             const QString &empresa = QStringLiteral("DEMO"))
+{
+    env.instalaExtension(empresa);
+    lar::Sesion s;
+    env.conectaSesion(s, empresa);
+    QString version = lar::VersionEsquema();
+    lar::Registro(s, {}, {}, {}, false, version, QStringLiteral("PuntosLar_DB"));
+    fb::Query q(&s.fbDatabase(), &s.fbUpdateTrans());
+    q.setSql(QStringLiteral("update or insert into lar_permisos (modulo, usuario, acceso) "
+                            "values (:m, :u, :a)"));
+    for (const Derecho &d : derechos) {
+        q.bind(QStringLiteral("m"), d.modulo);
+        q.bind(QStringLiteral("u"), d.usuario);
+        q.bind(QStringLiteral("a"), d.acceso);
+        q.execute();
+    }
+    s.UpdateCommit();
+}
+
+} // namespace lartest

@@ -1,0 +1,289 @@
+// The whole start of a session through the main window, offscreen, against the
+// stand-in Microsip: connection dialog, company choice, schema check, rights and
+// the ribbon they enable.
+
+#include "ayudagui.h"
+
+#include "core/carpetas.h"
+#include "core/conecta.h"
+#include "core/fmain.h"
+#include "core/ids.h"
+#include "db/dbscript.h"
+#include "support/guionmensajes.h"
+#include "toolkit/ribbon.h"
+#include "toolkit/tag.h"
+
+#include <QAction>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QTest>
+
+#include <memory>
+
+using namespace lar;
+using lartest::alAparecer;
+
+namespace {
+
+void entra(TfConecta *f, const QString &usuario, const QString &password = QStringLiteral("x"))
+{
+    f->vUsuario->setText(usuario);
+    f->vPass->setText(password);
+    f->bOk->click();
+}
+
+QString valorConfig(Sesion &s, const QString &sql)
+{
+    fb::Query q(&s.fbConfig(), &s.fbConfigTrans());
+    q.setSql(sql);
+    q.open();
+    const QString v = q.eof() ? QString() : q.field(0).toTrimmed();
+    q.close();
+    return v;
+}
+
+} // namespace
+
+class TstInicio : public QObject
+{
+    Q_OBJECT
+
+    std::unique_ptr<lartest::EntornoPrueba> m_una;   // DEMO, extension, rights of PEPE
+    std::unique_ptr<lartest::EntornoPrueba> m_dos;   // DEMO and OTRA
+    std::unique_ptr<lartest::EntornoPrueba> m_vieja; // no extension
+
+    // A main window whose termination is only recorded.
+    struct Arranque
+    {
+        TfMain m;
+        bool terminada = false;
+        Arranque()
+        {
+            m.sesion().terminaAplicacion = [this] { terminada = true; };
+        }
+    };
+
+private slots:
+    void initTestCase()
+    {
+        lartest::OpcionesPrueba op;
+        op.usuarios = {{QStringLiteral("PEPE"), QStringLiteral("pepe"), u'T', {}}};
+        m_una = std::make_unique<lartest::EntornoPrueba>(op);
+        lartest::preparaExtension(*m_una,
+                                  {{73, QStringLiteral("PEPE"), 3},
+                                   {10, QStringLiteral("PEPE"), 1},
+                                   {99, QStringLiteral("PEPE"), 1}}); // out of range: ignored
+
+        lartest::OpcionesPrueba dos;
+        dos.empresas = {QStringLiteral("DEMO"), QStringLiteral("OTRA")};
+        dos.usuarios = {{QStringLiteral("LUIS"), QStringLiteral("luis"), u'L', {}},
+                        {QStringLiteral("ANA"), QStringLiteral("ana"), u'L', {QStringLiteral("OTRA")}}};
+        m_dos = std::make_unique<lartest::EntornoPrueba>(dos);
+        lartest::preparaExtension(*m_dos, {}, QStringLiteral("DEMO"));
+        lartest::preparaExtension(*m_dos, {{72, QStringLiteral("ANA"), 1}}, QStringLiteral("OTRA"));
+
+        m_vieja = std::make_unique<lartest::EntornoPrueba>(op);
+    }
+
+    void administrador()
+    {
+        lartest::usaPerfiles(m_una->entorno());
+        lartest::GuionMensajes guion;
+        Arranque a;
+        TfMain &m = a.m;
+        int reinicios = 0;
+        TfMain::RutinaReinicio() = [&](TfMain &) { ++reinicios; };
+        m.tmrReinicio->setInterval(20);
+        QCOMPARE(m.windowTitle(), QStringLiteral("Puntos Larvenos v") + VersionArchivo());
+        QVERIFY(m.bDisenoSeguridad->isHidden());
+        QVERIFY(m.dxRibbon->colapsado());
+        alAparecer<TfConecta>([](TfConecta *f) {
+            QCOMPARE(f->vUsuario->text(), QStringLiteral("SYSDBA")); // last user of the profile
+            entra(f, QStringLiteral("SYSDBA"));
+        });
+        m.show();
+        QTRY_COMPARE_WITH_TIMEOUT(m.windowTitle(), QStringLiteral("Empresa de demostración - SYSDBA"), 20000);
+        QVERIFY(guion.cajas().isEmpty());
+        QCOMPARE(m.dxRibbon->tabActiva(), m.tabReportes);
+        QCOMPARE(m.sesion().UsuarioActual, QStringLiteral("SYSDBA"));
+        QCOMPARE(m.sesion().Permisos[0], 1u);
+        for (int i = 1; i < 80; ++i)
+            QCOMPARE(m.sesion().Permisos[i], 1048575u);
+        QVERIFY(m.bActualizaDB->isEnabled());
+        const QList<RibbonBoton *> botones = m.findChildren<RibbonBoton *>();
+        for (RibbonBoton *b : botones)
+            QVERIFY2(b->isEnabled(), qPrintable(b->objectName()));
+        QCOMPARE(m.fPanelFondo->texto, QStringLiteral("Empresa de demostración"));
+        // The last company is remembered in Microsip's registry of the configuration.
+        const QString id = valorConfig(m.sesion(), QStringLiteral("select empresa_id from empresas where nombre_corto='DEMO'"));
+        QCOMPARE(valorConfig(m.sesion(),
+                             QStringLiteral("select valor from registry where nombre='Empresa' and padre_id="
+                                            "(select elemento_id from registry where nombre='Microsip' and padre_id="
+                                            "(select elemento_id from registry where nombre='SYSDBA' and padre_id=0))")),
+                 id);
+        QTRY_VERIFY(reinicios >= 1);
+        TfMain::RutinaReinicio() = {};
+        QVERIFY(!a.terminada);
+    }
+
+    void otroUsuarioConBlancos()
+    {
+        lartest::usaPerfiles(m_una->entorno());
+        lartest::GuionMensajes guion;
+        Arranque a;
+        TfMain &m = a.m;
+        alAparecer<TfConecta>([](TfConecta *f) { entra(f, QStringLiteral(" pe pe ")); });
+        m.show();
+        QTRY_COMPARE_WITH_TIMEOUT(m.windowTitle(), QStringLiteral("Empresa de demostración - PEPE"), 20000);
+        QVERIFY(guion.cajas().isEmpty());
+        Sesion &s = m.sesion();
+        QCOMPARE(s.UsuarioActual, QStringLiteral("PEPE"));
+        QCOMPARE(s.Permisos[0], 1u);
+        QCOMPARE(s.Permisos[73], 3u);
+        QCOMPARE(s.Permisos[10], 1u);
+        QCOMPARE(s.Permisos[72], 0u);
+        QVERIFY(!m.bActualizaDB->isEnabled());
+        // Each entry follows the rights of its action's tag.
+        const QList<RibbonBoton *> botones = m.findChildren<RibbonBoton *>();
+        for (RibbonBoton *b : botones) {
+            if (!b->accion())
+                continue;
+            const bool esperado = QList<int>{0, 73, 10}.contains(Tag(b->accion()));
+            QVERIFY2(b->isEnabled() == esperado, qPrintable(b->objectName()));
+        }
+        QVERIFY(m.accVentasPuntos->isEnabled());
+        QVERIFY(!m.accArticulos->isEnabled());
+        QVERIFY(m.acc_AcercaDe->isEnabled());
+        // The name as typed, without its blanks, is what the profile remembers.
+        QDomDocument doc;
+        CargaXml(doc, m_una->entorno().xmlUsuario());
+        QCOMPARE(TextoNodo(NodoBarraXml(doc, UsuarioWindows()), QStringLiteral("Usuario")), QStringLiteral("pepe"));
+    }
+
+    void esquemaViejo_data()
+    {
+        QTest::addColumn<bool>("administrador");
+        QTest::newRow("SYSDBA") << true;
+        QTest::newRow("otro usuario") << false;
+    }
+
+    void esquemaViejo()
+    {
+        QFETCH(bool, administrador);
+        lartest::usaPerfiles(m_vieja->entorno());
+        lartest::GuionMensajes guion;
+        int dialogos = 0;
+        TfMain::FabricaActualizaDB() = [](TfMain &m) -> QDialog * {
+            return new TfDBScript(m.sesion(), &m);
+        };
+        // The upgrade dialog is closed without running: the start goes on.
+        QPointer<QTimer> espia = alAparecer<TfDBScript>([&](TfDBScript *d) {
+            ++dialogos;
+            d->reject();
+        });
+        Arranque a;
+        TfMain &m = a.m;
+        const QString titulo = m.windowTitle();
+        bool retenido = false;
+        alAparecer<TfConecta>([&](TfConecta *f) {
+            entra(f, administrador ? QStringLiteral("SYSDBA") : QStringLiteral("PEPE"), QStringLiteral("pepe"));
+            if (administrador)
+                return;
+            // Held in the dialog, asked for the administrator.
+            retenido = f->isVisible() && f->vUsuario->text() == u"SYSDBA" && f->vPass->text().isEmpty();
+            f->bCancel->click();
+        });
+        m.show();
+        if (administrador) {
+            QTRY_COMPARE_WITH_TIMEOUT(m.windowTitle(), QStringLiteral("Empresa de demostración - SYSDBA"), 20000);
+            QCOMPARE(guion.textos(), QStringList{QStringLiteral("Es necesario actualizar la base de datos para continuar")});
+            QCOMPARE(dialogos, 1);
+            QVERIFY(!a.terminada);
+        } else {
+            QTRY_VERIFY_WITH_TIMEOUT(a.terminada, 20000);
+            QVERIFY(retenido);
+            QCOMPARE(guion.textos(),
+                     QStringList{QStringLiteral("Es necesario actualizar la base de datos, para hacerlo debe entrar con el usuario SYSDBA")});
+            QCOMPARE(guion.cajas()[0].titulo, QStringLiteral("Aviso del sistema"));
+            QCOMPARE(dialogos, 0);
+            QCOMPARE(m.windowTitle(), titulo);
+        }
+        TfMain::FabricaActualizaDB() = {};
+        delete espia.data();
+    }
+
+    void eligeEmpresaYLaRecuerda()
+    {
+        lartest::usaPerfiles(m_dos->entorno());
+        lartest::GuionMensajes guion;
+        for (int vuelta = 0; vuelta < 2; ++vuelta) {
+            Arranque a;
+            QString preseleccion;
+            alAparecer<TfConecta>([](TfConecta *f) { entra(f, QStringLiteral("SYSDBA")); });
+            alAparecer<TfEmpresas>([&](TfEmpresas *e) {
+                preseleccion = e->vEmpresas->currentItem() ? e->vEmpresas->currentItem()->text() : QString();
+                QCOMPARE(e->vEmpresas->count(), 2);
+                e->vEmpresas->setCurrentItem(e->vEmpresas->findItems(QStringLiteral("OTRA"), Qt::MatchExactly).value(0));
+                e->bOk->click();
+            });
+            a.m.show();
+            QTRY_VERIFY_WITH_TIMEOUT(a.m.sesion().UsuarioActual == u"SYSDBA" && !a.m.fPrimeraActivacion
+                                         && a.m.windowTitle().endsWith(QStringLiteral(" - SYSDBA")),
+                                     20000);
+            QVERIFY(a.m.sesion().fbDatabase().databaseName().endsWith(QStringLiteral("OTRA.fdb")));
+            // The first time the first row; then the company remembered.
+            QCOMPARE(preseleccion, vuelta == 0 ? QStringLiteral("DEMO") : QStringLiteral("OTRA"));
+        }
+        QVERIFY(guion.cajas().isEmpty());
+    }
+
+    void usuarioLimitado()
+    {
+        lartest::usaPerfiles(m_dos->entorno());
+        lartest::GuionMensajes guion;
+        // ANA sees only OTRA: no company dialog at all.
+        {
+            Arranque a;
+            bool vioEmpresas = false;
+            alAparecer<TfConecta>([](TfConecta *f) { entra(f, QStringLiteral("ana")); });
+            QPointer<QTimer> espia = alAparecer<TfEmpresas>([&](TfEmpresas *e) {
+                vioEmpresas = true;
+                e->reject();
+            });
+            a.m.show();
+            QTRY_COMPARE_WITH_TIMEOUT(a.m.windowTitle(), QStringLiteral("Empresa de demostración - ANA"), 20000);
+            QVERIFY(a.m.sesion().fbDatabase().databaseName().endsWith(QStringLiteral("OTRA.fdb")));
+            QCOMPARE(a.m.sesion().Permisos[72], 1u);
+            QVERIFY(!vioEmpresas);
+            delete espia.data();
+        }
+        // LUIS has no company: an empty list, only Cancel, and back to the login.
+        {
+            Arranque a;
+            int vacio = -1;
+            bool okHabilitado = true;
+            bool conectaSigue = false;
+            alAparecer<TfConecta>([&](TfConecta *f) {
+                alAparecer<TfEmpresas>([&](TfEmpresas *e) {
+                    vacio = e->vEmpresas->count();
+                    okHabilitado = e->bOk->isEnabled();
+                    e->Button2->click();
+                });
+                entra(f, QStringLiteral("LUIS"));
+                conectaSigue = f->isVisible();
+                f->bCancel->click();
+            });
+            a.m.show();
+            QTRY_VERIFY_WITH_TIMEOUT(a.terminada, 20000);
+            QCOMPARE(vacio, 0);
+            QVERIFY(!okHabilitado);
+            QVERIFY(conectaSigue);
+            QVERIFY(a.m.sesion().fbConfig().isConnected()); // left connected
+        }
+        QVERIFY(guion.cajas().isEmpty());
+    }
+};
+
+QTEST_MAIN(TstInicio)
+#include "tst_core_inicio.moc"
