@@ -2,7 +2,9 @@
 // fills it with demo data and plays Microsip's part on sale documents.
 
 #include "microsip/sim/entorno.h"
+#include "microsip/sim/siembra.h"
 
+#include "fb/database.h"
 #include "fb/error.h"
 
 #include <QCoreApplication>
@@ -50,7 +52,17 @@ const char *const kAyuda = R"(Uso: microsip-sim ORDEN CARPETA [opciones]
                             usuario de Microsip; con empresas, acceso limitado a ellas
       --conexion NOMBRE     nombre de la conexión (Demo)
 
+  seed CARPETA            llena una empresa recién creada con datos de demostración
+      --semilla N           los mismos datos para la misma semilla (1)
+      --clientes N          (250, hasta 200000)
+      --articulos N         (600, hasta 100000)
+      --documentos N        documentos de venta históricos (3000, hasta 1000000)
+      --almacenes N --cajeros N --vendedores N --empleados N
+      --hasta AAAA-MM-DD    último día de los documentos (hoy)
+      --dias N              días que abarcan los documentos (365)
+
 Opciones comunes:
+      --empresa NOMBRE      empresa del entorno (la única, si hay una sola)
       --password CLAVE      contraseña de SYSDBA en el servidor
                             (o las variables ISC_PASSWORD, LAR_FB_PASSWORD)
 )";
@@ -155,6 +167,65 @@ QString passwordDe(const Argumentos &a)
     return isc.isEmpty() ? qEnvironmentVariable("LAR_FB_PASSWORD") : isc;
 }
 
+// The environment of the command line and the company it names.
+struct Destino
+{
+    Entorno entorno;
+    QString empresa;
+};
+
+Destino destinoDe(const Argumentos &a)
+{
+    Destino d{Entorno::abre(carpetaDe(a), passwordDe(a)), a.valor(QStringLiteral("empresa"))};
+    if (d.empresa.isEmpty()) {
+        const QStringList empresas = d.entorno.empresas();
+        if (empresas.size() != 1)
+            throw ErrorUso{QStringLiteral("El entorno tiene %1 empresas: indique una con --empresa (%2).")
+                               .arg(empresas.size())
+                               .arg(empresas.join(QStringLiteral(", ")))};
+        d.empresa = empresas.first();
+    }
+    d.entorno.verificaEmpresa(d.empresa);
+    return d;
+}
+
+const QStringList kComunes{QStringLiteral("empresa"), QStringLiteral("password")};
+
+int ordenSeed(const QStringList &args)
+{
+    const Argumentos a(args,
+                       kComunes
+                           + QStringList{QStringLiteral("semilla"),
+                                         QStringLiteral("clientes"),
+                                         QStringLiteral("articulos"),
+                                         QStringLiteral("documentos"),
+                                         QStringLiteral("almacenes"),
+                                         QStringLiteral("cajeros"),
+                                         QStringLiteral("vendedores"),
+                                         QStringLiteral("empleados"),
+                                         QStringLiteral("hasta"),
+                                         QStringLiteral("dias")},
+                       {});
+    microsip::OpcionesSiembra op;
+    op.semilla = quint64(a.entero(QStringLiteral("semilla"), 1, 0, std::numeric_limits<int>::max()));
+    op.clientes = a.entero(QStringLiteral("clientes"), op.clientes, 1, 200000);
+    op.articulos = a.entero(QStringLiteral("articulos"), op.articulos, 1, 100000);
+    op.documentos = a.entero(QStringLiteral("documentos"), op.documentos, 0, 1000000);
+    op.almacenes = a.entero(QStringLiteral("almacenes"), op.almacenes, 1, 50);
+    op.cajeros = a.entero(QStringLiteral("cajeros"), op.cajeros, 1, 100);
+    op.vendedores = a.entero(QStringLiteral("vendedores"), op.vendedores, 1, 100);
+    op.empleados = a.entero(QStringLiteral("empleados"), op.empleados, 0, 10000);
+    op.dias = a.entero(QStringLiteral("dias"), op.dias, 1, 3650);
+    op.hasta = a.fecha(QStringLiteral("hasta"));
+    op.avance = [](const QString &linea) { salida() << linea << Qt::endl; };
+    const Destino d = destinoDe(a);
+    fb::Database db;
+    d.entorno.conecta(db, d.entorno.rutaEmpresa(d.empresa));
+    microsip::siembra(db, op);
+    salida() << QStringLiteral("Empresa %1 sembrada.\n").arg(d.empresa);
+    return 0;
+}
+
 int ordenInit(const QStringList &args)
 {
     const Argumentos a(args,
@@ -214,6 +285,8 @@ int main(int argc, char *argv[])
     try {
         if (orden == u"init")
             return ordenInit(args);
+        if (orden == u"seed")
+            return ordenSeed(args);
         throw ErrorUso{QStringLiteral("Orden desconocida: %1").arg(orden)};
     } catch (const ErrorUso &e) {
         errores() << QStringLiteral("microsip-sim: ") << e.mensaje << u'\n'

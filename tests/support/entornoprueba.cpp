@@ -38,6 +38,13 @@ EntornoPrueba::EntornoPrueba(const OpcionesPrueba &opciones)
     static int numero = 0;
     const QString carpeta = tempPath(QStringLiteral("entorno%1").arg(++numero));
     m_entorno = microsip::Entorno::crea(carpeta, opcionesEntorno(opciones));
+    if (opciones.sembrado) {
+        for (const QString &empresa : opciones.empresas) {
+            fb::Database db;
+            conectaEmpresa(db, empresa);
+            microsip::siembra(db, opciones.siembra);
+        }
+    }
 }
 
 QStringList EntornoPrueba::parametros(const QString &usuario, const QString &password) const

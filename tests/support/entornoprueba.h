@@ -1,6 +1,7 @@
 #pragma once
 
 #include "microsip/sim/entorno.h"
+#include "microsip/sim/siembra.h"
 
 #include <QString>
 #include <QStringList>
@@ -22,6 +23,25 @@ struct OpcionesPrueba
     // Through the local test server (check serverAvailable() first); embedded otherwise.
     bool servidor = false;
     QList<microsip::Usuario> usuarios;
+    // Demo data in every company, `siembra` sized: by default a small shop (30
+    // customers, 60 articles with stock in 2 warehouses, 100 historical documents
+    // over the 90 days up to today), seeded in well under a second.
+    bool sembrado = false;
+    microsip::OpcionesSiembra siembra = siembraChica();
+
+    static microsip::OpcionesSiembra siembraChica()
+    {
+        microsip::OpcionesSiembra s;
+        s.clientes = 30;
+        s.articulos = 60;
+        s.documentos = 100;
+        s.almacenes = 2;
+        s.cajeros = 2;
+        s.vendedores = 2;
+        s.empleados = 5;
+        s.dias = 90;
+        return s;
+    }
 };
 
 // A fresh stand-in Microsip environment under tempDir(), for one suite: create it
