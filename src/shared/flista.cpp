@@ -291,13 +291,7 @@ void TFLista::instalaFiltro()
     m_ds->setOnFilterRecord([this](MemTable &t) {
         if (Palabras.isEmpty())
             return true;
-        if (IdxBusca < 0)
-            return false;
-        const QVariant &v = t.value(IdxBusca);
-        const QString texto = t.fieldDef(IdxBusca).type == FieldType::String
-                                  ? v.toString()
-                                  : t.field(IdxBusca).asString();
-        return matchesWords(texto, Palabras);
+        return IdxBusca >= 0 && m_buscador.matches(t.upperUtf8(IdxBusca));
     });
 }
 
@@ -320,6 +314,7 @@ void TFLista::BuscaChange()
     } else if (m_ds && m_ds->isActive()) {
         if (m_ds->filtered() || siempreFiltra()) {
             Palabras = splitWords(texto);
+            m_buscador = WordMatcher(Palabras);
             m_ds->refresh();
         } else {
             m_ds->findNearest({texto});

@@ -2,6 +2,8 @@
 
 #include "listas.h"
 
+#include "toolkit/wordsearch.h"
+
 #include <QDialog>
 
 #include <memory>
@@ -17,7 +19,6 @@ class Query;
 
 namespace lar {
 
-class HighlightDelegate;
 class MemGrid;
 class MemTable;
 class RadioGroup;
@@ -112,6 +113,7 @@ private:
     void mueve(int cuanto);
 
     bool m_mostrada = false;
+    WordMatcher m_buscador; // Palabras, ready for the filter
 };
 
 // The multi-choice picker: with casillas, the fixed check-box grid cxGrid over

@@ -190,30 +190,7 @@ QVariant MemField::value() const
 
 QString MemField::asString() const
 {
-    const QVariant &v = m_table->value(m_index);
-    if (v.isNull())
-        return QString();
-    switch (def().type) {
-    case FieldType::Float:
-        return QString::number(v.toDouble(), 'g', 15);
-    case FieldType::Currency: {
-        QString s = v.value<fb::Decimal>().toString();
-        if (s.contains(u'.')) {
-            while (s.endsWith(u'0'))
-                s.chop(1);
-            if (s.endsWith(u'.'))
-                s.chop(1);
-        }
-        return s;
-    }
-    case FieldType::Boolean:
-        return v.toBool() ? QStringLiteral("True") : QStringLiteral("False");
-    case FieldType::Date:
-    case FieldType::DateTime:
-        return MemTable::displayText(def(), v);
-    default:
-        return v.toString();
-    }
+    return MemTable::asText(def(), m_table->value(m_index));
 }
 
 int MemField::asInteger() const
@@ -410,6 +387,66 @@ QVariant MemTable::convert(const FieldDef &def, const QVariant &v)
     return v;
 }
 
+QString MemTable::asText(const FieldDef &def, const QVariant &v)
+{
+    if (v.isNull())
+        return QString();
+    switch (def.type) {
+    case FieldType::Float:
+        return QString::number(v.toDouble(), 'g', 15);
+    case FieldType::Currency: {
+        QString s = v.value<fb::Decimal>().toString();
+        if (s.contains(u'.')) {
+            while (s.endsWith(u'0'))
+                s.chop(1);
+            if (s.endsWith(u'.'))
+                s.chop(1);
+        }
+        return s;
+    }
+    case FieldType::Boolean:
+        return v.toBool() ? QStringLiteral("True") : QStringLiteral("False");
+    case FieldType::Date:
+    case FieldType::DateTime:
+        return displayText(def, v);
+    default:
+        return v.toString();
+    }
+}
+
+std::string_view MemTable::upperUtf8(int field) const
+{
+    if (field < 0 || size_t(field) >= m_defs.size())
+        return {};
+    if (m_filterRec && m_filterPos >= 0) {
+        // Inside a filter pass over the order: the column's texts upper-cased, one
+        // after another in that order, built on first use and dropped when rows,
+        // values or order change.
+        if (m_upper.size() < m_defs.size())
+            m_upper.resize(m_defs.size());
+        UpperColumn &col = m_upper[size_t(field)];
+        if (col.gen != m_gen || col.offsets.size() != m_order.size() + 1) {
+            col.bytes.clear();
+            col.offsets.clear();
+            col.offsets.reserve(m_order.size() + 1);
+            col.offsets.push_back(0);
+            for (const Rec *r : m_order) {
+                const QByteArray u
+                    = asText(m_defs[size_t(field)], r->v[size_t(field)]).toUpper().toUtf8();
+                col.bytes.append(u.constData(), size_t(u.size()));
+                col.offsets.push_back(col.bytes.size());
+            }
+            col.gen = m_gen;
+        }
+        const size_t from = col.offsets[size_t(m_filterPos)];
+        return std::string_view(col.bytes).substr(from,
+                                                  col.offsets[size_t(m_filterPos) + 1] - from);
+    }
+    const QByteArray u = asText(m_defs[size_t(field)], value(field)).toUpper().toUtf8();
+    m_scratch.assign(u.constData(), size_t(u.size()));
+    return m_scratch;
+}
+
 QString MemTable::displayText(const FieldDef &def, const QVariant &v)
 {
     if (v.isNull())
@@ -572,7 +609,7 @@ void MemTable::open()
     if (m_defs.empty())
         throw MemTableError(QStringLiteral("La tabla no tiene campos"));
     setState(State::Browse);
-    m_dirty = true;
+    m_orderDirty = true;
     m_bof = m_eof = true;
     signalData();
 }
@@ -587,7 +624,8 @@ void MemTable::close()
     m_view.clear();
     m_cur = nullptr;
     m_row = -1;
-    m_dirty = false;
+    m_orderDirty = m_viewDirty = false;
+    ++m_gen;
     m_bof = m_eof = true;
     setState(State::Inactive);
     signalData();
@@ -602,7 +640,8 @@ void MemTable::emptyTable()
     m_view.clear();
     m_cur = nullptr;
     m_row = -1;
-    m_dirty = false;
+    m_orderDirty = m_viewDirty = false;
+    ++m_gen;
     m_bof = m_eof = true;
     setState(State::Browse);
     signalData();
@@ -625,7 +664,7 @@ int MemTable::loadFromQuery(fb::Query &query)
             }
             m_all.emplace_back(r);
             m_cur = r;
-            m_dirty = true;
+            m_orderDirty = true;
             ++n;
         }
     } catch (...) {
@@ -658,39 +697,51 @@ bool MemTable::less(const Rec *a, const Rec *b) const
     return a->seq < b->seq;
 }
 
-bool MemTable::passes(Rec *r) const
+bool MemTable::passes(Rec *r, qsizetype pos) const
 {
     if (!m_filtered || !m_filter)
         return true;
     Rec *saved = m_filterRec;
+    const qsizetype savedPos = m_filterPos;
     m_filterRec = r;
+    m_filterPos = pos;
     bool ok = false;
     try {
         ok = m_filter(*const_cast<MemTable *>(this));
     } catch (...) {
         m_filterRec = saved;
+        m_filterPos = savedPos;
         throw;
     }
     m_filterRec = saved;
+    m_filterPos = savedPos;
     return ok;
 }
 
 void MemTable::rebuild() const
 {
-    m_dirty = false;
-    m_order.resize(m_all.size());
-    for (size_t i = 0; i < m_all.size(); ++i)
-        m_order[i] = m_all[i].get();
-    if (!m_key.fields.empty())
-        std::stable_sort(m_order.begin(), m_order.end(), [this](const Rec *a, const Rec *b) {
-            return compareKey(a, b) < 0;
-        });
+    if (m_orderDirty) {
+        m_orderDirty = false;
+        m_viewDirty = true;
+        ++m_gen;
+        m_order.resize(m_all.size());
+        for (size_t i = 0; i < m_all.size(); ++i)
+            m_order[i] = m_all[i].get();
+        // m_all is in the order of entry, so a stable sort keeps ties that way.
+        if (!m_key.fields.empty())
+            std::stable_sort(m_order.begin(), m_order.end(), [this](const Rec *a, const Rec *b) {
+                return compareKey(a, b) < 0;
+            });
+    }
+    if (!m_viewDirty)
+        return;
+    m_viewDirty = false;
     if (m_filtered && m_filter) {
         m_view.clear();
         m_view.reserve(m_order.size());
-        for (Rec *r : m_order) {
-            if (passes(r))
-                m_view.push_back(r);
+        for (size_t i = 0; i < m_order.size(); ++i) {
+            if (passes(m_order[i], qsizetype(i)))
+                m_view.push_back(m_order[i]);
         }
     } else {
         m_view = m_order;
@@ -706,7 +757,7 @@ void MemTable::rebuild() const
 
 void MemTable::ensure() const
 {
-    if (m_dirty)
+    if (m_orderDirty || m_viewDirty)
         rebuild();
 }
 
@@ -734,7 +785,7 @@ void MemTable::setKey(const QStringList &fields, bool descending)
     if (isActive())
         checkBrowseMode();
     m_key = k;
-    m_dirty = true;
+    m_orderDirty = true;
     if (isActive())
         signalData();
 }
@@ -810,7 +861,7 @@ void MemTable::setFiltered(bool on)
     if (isActive())
         checkBrowseMode();
     m_filtered = on;
-    m_dirty = true;
+    m_viewDirty = true;
     if (isActive())
         signalData();
 }
@@ -821,7 +872,7 @@ void MemTable::setOnFilterRecord(FilterFn fn)
         checkBrowseMode();
     m_filter = std::move(fn);
     if (m_filtered) {
-        m_dirty = true;
+        m_viewDirty = true;
         if (isActive())
             signalData();
     }
@@ -831,7 +882,7 @@ void MemTable::refresh()
 {
     requireActive();
     checkBrowseMode();
-    m_dirty = true;
+    m_viewDirty = true;
     signalData();
 }
 
@@ -1031,7 +1082,7 @@ void MemTable::post()
                 for (auto &p : m_all)
                     p->seq = (s += kSeqStep);
                 m_nextSeq = s;
-                m_dirty = true;
+                m_orderDirty = true;
             }
         }
         m_insertBefore = nullptr;
@@ -1048,7 +1099,7 @@ void MemTable::post()
                    m_defs[size_t(f)].type, r->v[size_t(f)], m_buffer->v[size_t(f)], false)
                != 0;
     });
-    if (keyChanged && !m_dirty) {
+    if (keyChanged) {
         auto o = std::find(m_order.begin(), m_order.end(), r);
         if (o != m_order.end())
             m_order.erase(o);
@@ -1058,11 +1109,8 @@ void MemTable::post()
     }
     r->v = std::move(m_buffer->v);
     m_buffer.reset();
+    ++m_gen;
     setState(State::Browse);
-    if (m_dirty) {
-        signalData();
-        return;
-    }
     if (!keyChanged) {
         if (passes(r)) {
             signalRow(m_row);
@@ -1087,8 +1135,9 @@ void MemTable::post()
 void MemTable::placeChanged(Rec *r, bool isNew)
 {
     Q_UNUSED(isNew);
-    if (m_dirty || (controlsDisabled() && (!m_key.fields.empty() || m_filtered))) {
-        m_dirty = true;
+    if (m_orderDirty || (controlsDisabled() && (!m_key.fields.empty() || m_filtered))) {
+        // A load in progress: one sort when something asks for positions.
+        m_orderDirty = true;
         m_cur = r;
         signalData();
         return;
@@ -1097,6 +1146,12 @@ void MemTable::placeChanged(Rec *r, bool isNew)
         return less(a, b);
     };
     m_order.insert(std::lower_bound(m_order.begin(), m_order.end(), r, cmp), r);
+    ++m_gen;
+    if (m_viewDirty) {
+        m_cur = r;
+        signalData();
+        return;
+    }
     if (passes(r)) {
         auto it = m_view.insert(std::lower_bound(m_view.begin(), m_view.end(), r, cmp), r);
         m_cur = r;
@@ -1116,14 +1171,13 @@ void MemTable::placeChanged(Rec *r, bool isNew)
 
 void MemTable::removeRec(Rec *r)
 {
-    if (!m_dirty) {
-        auto o = std::find(m_order.begin(), m_order.end(), r);
-        if (o != m_order.end())
-            m_order.erase(o);
-        auto w = std::find(m_view.begin(), m_view.end(), r);
-        if (w != m_view.end())
-            m_view.erase(w);
-    }
+    ++m_gen;
+    auto o = std::find(m_order.begin(), m_order.end(), r);
+    if (o != m_order.end())
+        m_order.erase(o);
+    auto w = std::find(m_view.begin(), m_view.end(), r);
+    if (w != m_view.end())
+        m_view.erase(w);
     auto a = std::find_if(
         m_all.begin(), m_all.end(), [r](const std::unique_ptr<Rec> &p) { return p.get() == r; });
     if (a != m_all.end())

@@ -10,6 +10,8 @@
 #include <exception>
 #include <functional>
 #include <memory>
+#include <string>
+#include <string_view>
 #include <vector>
 
 namespace fb {
@@ -232,6 +234,14 @@ public:
     int totalCount() const { return int(m_all.size()); }
     QVariant valueOfAnyRow(int n, int field) const;
 
+    // The field of the record in hand as text, upper-cased, in UTF-8, for word
+    // searches (WordMatcher). Inside a record filter run by refresh() it comes from
+    // a per-field cache, so a search on each key press doesn't convert every row
+    // again. Valid until the next call.
+    std::string_view upperUtf8(int field) const;
+
+    // A stored value as text (MemField::asString).
+    static QString asText(const FieldDef &def, const QVariant &v);
     // The value as the field stores it; throws MemTableError when it doesn't convert.
     static QVariant convert(const FieldDef &def, const QVariant &v);
     static QString displayText(const FieldDef &def, const QVariant &v);
@@ -260,7 +270,7 @@ private:
     void rebuild() const;
     bool less(const Rec *a, const Rec *b) const;
     int compareKey(const Rec *a, const Rec *b) const;
-    bool passes(Rec *r) const;
+    bool passes(Rec *r, qsizetype pos = -1) const;
     void setKey(const QStringList &fields, bool descending);
     int viewPos(const Rec *r) const;
     void moveTo(int row);
@@ -277,10 +287,21 @@ private:
     std::vector<std::unique_ptr<Rec>> m_all; // order of entry
     mutable std::vector<Rec *> m_order;      // all rows, order in force
     mutable std::vector<Rec *> m_view;       // rows in sight
-    mutable bool m_dirty = false;
+    mutable bool m_orderDirty = false;       // m_order needs building and sorting
+    mutable bool m_viewDirty = false;        // m_view needs the filter again
     mutable Rec *m_cur = nullptr;
     mutable int m_row = -1;
     mutable Rec *m_filterRec = nullptr;
+    mutable qsizetype m_filterPos = -1; // its place in m_order during a filter pass
+    struct UpperColumn
+    {
+        quint64 gen = 0;
+        std::string bytes;
+        std::vector<size_t> offsets; // row n is bytes[offsets[n], offsets[n + 1])
+    };
+    mutable std::vector<UpperColumn> m_upper;
+    mutable quint64 m_gen = 1; // changes with the rows, their values or their order
+    mutable std::string m_scratch;
     std::unique_ptr<Rec> m_buffer; // edit or insert buffer
     Rec *m_insertBefore = nullptr; // insert(): place in the order of entry
     mutable bool m_eof = true;

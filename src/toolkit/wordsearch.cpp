@@ -18,21 +18,47 @@ QStringList splitWords(const QString &boxText)
 
 bool matchesWords(const QString &text, const QStringList &words)
 {
-    if (words.isEmpty())
+    return words.isEmpty() || matchesUpperWords(text.toUpper(), words);
+}
+
+bool matchesUpperWords(const QString &upperText, const QStringList &words)
+{
+    return WordMatcher(words).matches(upperText.toUtf8().toStdString());
+}
+
+WordMatcher::WordMatcher(const QStringList &words)
+{
+    m_words.reserve(size_t(words.size()));
+    for (const QString &w : words)
+        m_words.push_back(w.toUtf8().toStdString());
+}
+
+bool WordMatcher::matches(std::string_view upperUtf8) const
+{
+    // A UTF-8 word can only match at a character boundary, so bytes will do; the
+    // library's search runs on memchr, which matters at every key press.
+    if (m_words.empty())
         return true;
-    if (words.size() == 1) {
-        // One word cuts nothing out: no copy beyond the upper-casing.
-        const QString &w = words.first();
-        return !w.isEmpty() && text.toUpper().contains(w);
-    }
-    QString rest = text.toUpper();
-    for (const QString &w : words) {
-        if (w.isEmpty())
+    const std::string &first = m_words.front();
+    if (first.empty())
+        return false;
+    const size_t at = upperUtf8.find(first);
+    if (at == std::string_view::npos)
+        return false;
+    if (m_words.size() == 1)
+        return true;
+    // The others are sought in what is left once each match is cut out.
+    thread_local std::string rest;
+    rest.assign(upperUtf8);
+    rest.erase(at, first.size());
+    for (size_t k = 1; k < m_words.size(); ++k) {
+        const std::string &w = m_words[k];
+        if (w.empty())
             return false;
-        const qsizetype i = rest.indexOf(w);
-        if (i < 0)
+        const size_t i = rest.find(w);
+        if (i == std::string::npos)
             return false;
-        rest.remove(i, w.size());
+        rest.erase(i, w.size());
     }
     return true;
 }

@@ -7,6 +7,9 @@
 #include <QStyledItemDelegate>
 
 #include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace lar {
 
@@ -19,6 +22,22 @@ QStringList splitWords(const QString &boxText);
 // once the previous match was cut out: "AN AN" finds "ANANA" but "ANA ANA" does
 // not. No words: true.
 bool matchesWords(const QString &text, const QStringList &words);
+// The same on a text upper-cased already.
+bool matchesUpperWords(const QString &upperText, const QStringList &words);
+
+// The words of a search made ready once per key press, to test many rows' upper-
+// cased UTF-8 texts (MemTable::upperUtf8) with the same rule as matchesWords.
+class WordMatcher
+{
+public:
+    WordMatcher() = default;
+    explicit WordMatcher(const QStringList &words);
+    bool isEmpty() const { return m_words.empty(); }
+    bool matches(std::string_view upperUtf8) const;
+
+private:
+    std::vector<std::string> m_words;
+};
 
 // Where the words are painted in the upper-cased text: (start, length) for each
 // word that is found, in word order. A word takes its first occurrence; while that

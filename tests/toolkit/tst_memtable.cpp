@@ -9,6 +9,7 @@
 #include "toolkit/memgrid.h"
 #include "toolkit/memsql.h"
 #include "toolkit/memtable.h"
+#include "toolkit/wordsearch.h"
 
 #include <QSignalSpy>
 #include <QTest>
@@ -147,6 +148,32 @@ private slots:
         QCOMPARE(ids(t), (QList<int>{3}));
         t.setFiltered(false);
         QCOMPARE(t.recordCount(), 5);
+    }
+
+    void upperTextFollowsChanges()
+    {
+        MemTable t;
+        fill(t, kRows);
+        const lar::WordMatcher palabras(lar::splitWords(QStringLiteral("án")));
+        t.setOnFilterRecord([&](MemTable &m) { return palabras.matches(m.upperUtf8(1)); });
+        t.setFiltered(true);
+        QVERIFY(t.isEmpty());
+
+        // The cached upper-case texts follow an edit, a new row and a new order.
+        t.setFiltered(false);
+        t.locate(QStringLiteral("id"), 1);
+        t.edit();
+        t.fieldByName(QStringLiteral("nombre")).setValue(QStringLiteral("ánfora"));
+        t.post();
+        QCOMPARE(t.upperUtf8(1), std::string_view("ÁNFORA"));
+        t.setFiltered(true);
+        QCOMPARE(ids(t), (QList<int>{1}));
+        t.appendRecord({8, "Plátano ángel", "B", 1});
+        t.refresh();
+        QCOMPARE(ids(t), (QList<int>{1, 8}));
+        t.setIndexFieldNames(QStringLiteral("nombre"));
+        t.refresh();
+        QCOMPARE(ids(t), (QList<int>{8, 1}));
     }
 
     void bookmarks()
