@@ -1,7 +1,9 @@
 // microsip-sim: the stand-in Microsip on the command line. Creates an environment,
 // fills it with demo data and plays Microsip's part on sale documents.
 
+#include "microsip/sim/documentos.h"
 #include "microsip/sim/entorno.h"
+#include "microsip/sim/puntos.h"
 #include "microsip/sim/siembra.h"
 
 #include "fb/database.h"
@@ -60,6 +62,29 @@ const char *const kAyuda = R"(Uso: microsip-sim ORDEN CARPETA [opciones]
       --almacenes N --cajeros N --vendedores N --empleados N
       --hasta AAAA-MM-DD    último día de los documentos (hoy)
       --dias N              días que abarcan los documentos (365)
+
+Documentos (--sistema PV, el punto de venta, o VE, ventas; PV si no se indica):
+  create CARPETA          crea un documento sin aplicar; escribe su id
+  sell CARPETA            crea y aplica una venta; escribe su id
+      --tipo LETRA          V venta, D devolución (PV); F factura, R remisión, D (VE)
+      --cliente CLAVE | --cliente-id N
+      --cajero N --caja N   (PV)     --vendedor N (VE)     --almacen N
+      --fecha AAAA-MM-DD --folio FOLIO
+      --renglon CLAVE:UNIDADES[:PRECIO]   repetible; precio con impuesto en PV, sin él
+                            en VE; sin precio, el de lista
+      --aplicado            la cabecera entra ya aplicada (no acumula ni mueve existencias)
+  apply | cancel | unapply | reapply | delete CARPETA --docto ID|FOLIO
+  return CARPETA --docto ID|FOLIO [--renglon CLAVE:UNIDADES]... [--fecha AAAA-MM-DD]
+                            crea y aplica la devolución de una venta; escribe su id
+  cancel-return CARPETA --docto ID|FOLIO
+      --sin-existencias     no mueve el inventario
+
+Puntos (requieren el esquema de Puntos Larvenos):
+  points CARPETA --escenario apagado|articulo|importe|linea|tarjeta|demo
+                 [--valor "Clave=Valor"]...
+                            ajustes de PuntosLar/Puntos en LAR_REGISTRO
+  article-points CARPETA --articulo CLAVE | --articulo-id N
+                 [--puntos N] [--valor-puntos N]
 
 Opciones comunes:
       --empresa NOMBRE      empresa del entorno (la única, si hay una sola)
@@ -226,6 +251,204 @@ int ordenSeed(const QStringList &args)
     return 0;
 }
 
+fb::Decimal decimal(const QString &texto, const QString &que)
+{
+    const std::optional<fb::Decimal> d = fb::Decimal::fromString(texto.trimmed());
+    if (!d)
+        throw ErrorUso{QStringLiteral("%1 no es un número: '%2'.").arg(que, texto)};
+    return *d;
+}
+
+// CLAVE:UNIDADES[:PRECIO]
+microsip::Renglon renglon(const QString &texto, bool conPrecio)
+{
+    const QStringList partes = texto.split(u':');
+    if (partes.size() < 2 || partes.size() > (conPrecio ? 3 : 2) || partes[0].trimmed().isEmpty())
+        throw ErrorUso{QStringLiteral("El renglón debe escribirse CLAVE:UNIDADES%1: '%2'.")
+                           .arg(conPrecio ? QStringLiteral("[:PRECIO]") : QString(), texto)};
+    microsip::Renglon r;
+    r.clave = partes[0].trimmed();
+    r.unidades = decimal(partes[1], QStringLiteral("El número de unidades del renglón '%1'").arg(texto));
+    if (partes.size() == 3)
+        r.precio = decimal(partes[2], QStringLiteral("El precio del renglón '%1'").arg(texto));
+    return r;
+}
+
+const QStringList kDocumento{QStringLiteral("sistema"), QStringLiteral("docto")};
+
+microsip::Sistema sistemaDe(const Argumentos &a)
+{
+    try {
+        return microsip::sistemaDe(a.valor(QStringLiteral("sistema"), QStringLiteral("PV")));
+    } catch (const fb::Error &e) {
+        throw ErrorUso{e.message()};
+    }
+}
+
+int doctoDe(const Argumentos &a, microsip::Documentos &docs, microsip::Sistema s)
+{
+    const QString docto = a.valor(QStringLiteral("docto"));
+    if (docto.isEmpty())
+        throw ErrorUso{QStringLiteral("Indique el documento con --docto (su id o su folio).")};
+    bool esId = false;
+    const int id = docto.toInt(&esId);
+    return esId ? id : docs.busca(s, docto);
+}
+
+void escribeDocumento(microsip::Documentos &docs, microsip::Sistema s, int id)
+{
+    const microsip::Cabecera c = docs.lee(s, id);
+    salida() << QStringLiteral("%1 %2 %3 tipo %4 estatus %5 aplicado %6 neto %7 impuestos %8\n")
+                    .arg(id)
+                    .arg(microsip::claveSistema(s), c.folio, QString(c.tipo), QString(c.estatus),
+                         QString(c.aplicado), c.importeNeto.toString(), c.totalImpuestos.toString());
+}
+
+int ordenDocumentoNuevo(const QStringList &args, bool aplicar)
+{
+    const Argumentos a(args,
+                       kComunes
+                           + QStringList{QStringLiteral("sistema"),
+                                         QStringLiteral("tipo"),
+                                         QStringLiteral("cliente"),
+                                         QStringLiteral("cliente-id"),
+                                         QStringLiteral("cajero"),
+                                         QStringLiteral("caja"),
+                                         QStringLiteral("vendedor"),
+                                         QStringLiteral("almacen"),
+                                         QStringLiteral("fecha"),
+                                         QStringLiteral("folio"),
+                                         QStringLiteral("renglon")},
+                       {QStringLiteral("aplicado"), QStringLiteral("sin-existencias")});
+    microsip::Documento d;
+    d.sistema = sistemaDe(a);
+    const QString tipo = a.valor(QStringLiteral("tipo"));
+    if (tipo.size() > 1)
+        throw ErrorUso{QStringLiteral("El tipo de documento es una letra: '%1'.").arg(tipo)};
+    if (!tipo.isEmpty())
+        d.tipo = tipo.at(0).toUpper();
+    d.claveCliente = a.valor(QStringLiteral("cliente"));
+    d.clienteId = a.entero(QStringLiteral("cliente-id"), 0, 1, std::numeric_limits<int>::max());
+    d.cajeroId = a.entero(QStringLiteral("cajero"), 0, 1, std::numeric_limits<int>::max());
+    d.cajaId = a.entero(QStringLiteral("caja"), 1, 1, std::numeric_limits<int>::max());
+    d.vendedorId = a.entero(QStringLiteral("vendedor"), 0, 1, std::numeric_limits<int>::max());
+    d.almacenId = a.entero(QStringLiteral("almacen"), 0, 1, std::numeric_limits<int>::max());
+    d.fecha = a.fecha(QStringLiteral("fecha"));
+    d.folio = a.valor(QStringLiteral("folio"));
+    d.insertaAplicado = a.tiene(QStringLiteral("aplicado"));
+    if (d.insertaAplicado && aplicar)
+        throw ErrorUso{QStringLiteral("--aplicado es para create: sell aplica el documento.")};
+    for (const QString &r : a.valores(QStringLiteral("renglon")))
+        d.renglones << renglon(r, true);
+    const Destino dest = destinoDe(a);
+    fb::Database db;
+    dest.entorno.conecta(db, dest.entorno.rutaEmpresa(dest.empresa));
+    microsip::Documentos docs(db);
+    docs.setMueveExistencias(!a.tiene(QStringLiteral("sin-existencias")));
+    const int id = aplicar ? docs.vende(d) : docs.crea(d);
+    escribeDocumento(docs, d.sistema, id);
+    return 0;
+}
+
+int ordenDocumento(const QString &orden, const QStringList &args)
+{
+    const Argumentos a(args,
+                       kComunes + kDocumento + QStringList{QStringLiteral("renglon"), QStringLiteral("fecha")},
+                       {QStringLiteral("sin-existencias")});
+    if (orden != u"return" && (a.tiene(QStringLiteral("renglon")) || a.tiene(QStringLiteral("fecha"))))
+        throw ErrorUso{QStringLiteral("--renglon y --fecha son de return.")};
+    const microsip::Sistema s = sistemaDe(a);
+    QList<microsip::Renglon> renglones;
+    for (const QString &r : a.valores(QStringLiteral("renglon")))
+        renglones << renglon(r, false);
+    const QDate fecha = a.fecha(QStringLiteral("fecha"));
+    const Destino dest = destinoDe(a);
+    fb::Database db;
+    dest.entorno.conecta(db, dest.entorno.rutaEmpresa(dest.empresa));
+    microsip::Documentos docs(db);
+    docs.setMueveExistencias(!a.tiene(QStringLiteral("sin-existencias")));
+    const int id = doctoDe(a, docs, s);
+    int mostrar = id;
+    if (orden == u"apply")
+        docs.aplica(s, id);
+    else if (orden == u"cancel")
+        docs.cancela(s, id);
+    else if (orden == u"unapply")
+        docs.desaplica(s, id);
+    else if (orden == u"reapply")
+        docs.reaplica(s, id);
+    else if (orden == u"cancel-return")
+        docs.cancelaDevolucion(s, id);
+    else if (orden == u"return")
+        mostrar = docs.devuelve(s, id, renglones, fecha);
+    if (orden == u"delete") {
+        docs.elimina(s, id);
+        salida() << QStringLiteral("%1 %2 eliminado\n").arg(id).arg(microsip::claveSistema(s));
+    } else {
+        escribeDocumento(docs, s, mostrar);
+    }
+    return 0;
+}
+
+int ordenPoints(const QStringList &args)
+{
+    const Argumentos a(args, kComunes + QStringList{QStringLiteral("escenario"), QStringLiteral("valor")},
+                       {});
+    const QString escenario = a.valor(QStringLiteral("escenario"));
+    microsip::ValoresPuntos extra;
+    for (const QString &v : a.valores(QStringLiteral("valor"))) {
+        const qsizetype igual = v.indexOf(u'=');
+        if (igual <= 0)
+            throw ErrorUso{QStringLiteral("El valor debe escribirse \"Clave=Valor\": '%1'.").arg(v)};
+        extra << qMakePair(v.left(igual), v.mid(igual + 1));
+    }
+    if (escenario.isEmpty() && extra.isEmpty())
+        throw ErrorUso{QStringLiteral("Indique --escenario (%1) o algún --valor.")
+                           .arg(microsip::escenariosPuntos().join(QStringLiteral(", ")))};
+    if (!escenario.isEmpty() && !microsip::escenariosPuntos().contains(escenario.toLower()))
+        throw ErrorUso{QStringLiteral("El escenario '%1' no existe: %2.")
+                           .arg(escenario, microsip::escenariosPuntos().join(QStringLiteral(", ")))};
+    const Destino dest = destinoDe(a);
+    fb::Database db;
+    dest.entorno.conecta(db, dest.entorno.rutaEmpresa(dest.empresa));
+    if (escenario.isEmpty())
+        microsip::escribePuntos(db, extra);
+    else
+        microsip::aplicaEscenario(db, escenario, extra);
+    salida() << QStringLiteral("Ajustes de puntos escritos en %1.\n").arg(dest.empresa);
+    return 0;
+}
+
+int ordenArticlePoints(const QStringList &args)
+{
+    const Argumentos a(args,
+                       kComunes
+                           + QStringList{QStringLiteral("articulo"),
+                                         QStringLiteral("articulo-id"),
+                                         QStringLiteral("puntos"),
+                                         QStringLiteral("valor-puntos")},
+                       {});
+    const int max = std::numeric_limits<int>::max();
+    const int id = a.entero(QStringLiteral("articulo-id"), 0, 1, max);
+    const QString clave = a.valor(QStringLiteral("articulo"));
+    if ((id > 0) == !clave.isEmpty())
+        throw ErrorUso{QStringLiteral("Indique el artículo con --articulo CLAVE o con --articulo-id N.")};
+    std::optional<int> puntos, valor;
+    if (a.tiene(QStringLiteral("puntos")))
+        puntos = a.entero(QStringLiteral("puntos"), 0, 0, max);
+    if (a.tiene(QStringLiteral("valor-puntos")))
+        valor = a.entero(QStringLiteral("valor-puntos"), 0, 0, max);
+    if (!puntos && !valor)
+        throw ErrorUso{QStringLiteral("Indique --puntos, --valor-puntos o ambos.")};
+    const Destino dest = destinoDe(a);
+    fb::Database db;
+    dest.entorno.conecta(db, dest.entorno.rutaEmpresa(dest.empresa));
+    const int articulo = id > 0 ? id : microsip::articuloPorClave(db, clave);
+    microsip::puntosArticulo(db, articulo, puntos, valor);
+    salida() << QStringLiteral("Artículo %1: puntos actualizados.\n").arg(articulo);
+    return 0;
+}
+
 int ordenInit(const QStringList &args)
 {
     const Argumentos a(args,
@@ -287,6 +510,17 @@ int main(int argc, char *argv[])
             return ordenInit(args);
         if (orden == u"seed")
             return ordenSeed(args);
+        if (orden == u"create" || orden == u"sell")
+            return ordenDocumentoNuevo(args, orden == u"sell");
+        if (QStringList{QStringLiteral("apply"), QStringLiteral("cancel"), QStringLiteral("unapply"),
+                        QStringLiteral("reapply"), QStringLiteral("delete"), QStringLiteral("return"),
+                        QStringLiteral("cancel-return")}
+                .contains(orden))
+            return ordenDocumento(orden, args);
+        if (orden == u"points")
+            return ordenPoints(args);
+        if (orden == u"article-points")
+            return ordenArticlePoints(args);
         throw ErrorUso{QStringLiteral("Orden desconocida: %1").arg(orden)};
     } catch (const ErrorUso &e) {
         errores() << QStringLiteral("microsip-sim: ") << e.mensaje << u'\n'
