@@ -16,7 +16,6 @@
 #include <QComboBox>
 #include <QKeyEvent>
 #include <QLabel>
-#include <QLinearGradient>
 #include <QPainter>
 #include <QScreen>
 #include <QTimer>
@@ -31,16 +30,14 @@ namespace {
 
 constexpr quint32 kTodosLosDerechos = 1048575; // 20 bits
 
-// A soft paper-like tile for the background.
+// A soft tile of diagonal hatching; 96 is a multiple of the 12-pixel step, so the
+// tiles meet without a seam.
 QPixmap creaFondo()
 {
     QPixmap p(96, 96);
+    p.fill(QColor(0xE8, 0xEE, 0xF5));
     QPainter g(&p);
-    QLinearGradient lg(0, 0, 96, 96);
-    lg.setColorAt(0, QColor(0xE9, 0xEF, 0xF6));
-    lg.setColorAt(1, QColor(0xDD, 0xE6, 0xF0));
-    g.fillRect(p.rect(), lg);
-    g.setPen(QColor(0xD2, 0xDC, 0xE8));
+    g.setPen(QColor(0xDC, 0xE4, 0xEE));
     for (int i = -96; i < 96; i += 12)
         g.drawLine(i, 96, i + 96, 0);
     return p;
