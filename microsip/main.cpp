@@ -5,6 +5,9 @@
 #include "microsip/sim/entorno.h"
 #include "microsip/sim/puntos.h"
 #include "microsip/sim/siembra.h"
+#include "microsip/sim/simulacion.h"
+
+#include "db/actualizadb.h"
 
 #include "fb/database.h"
 #include "fb/error.h"
@@ -62,6 +65,11 @@ const char *const kAyuda = R"(Uso: microsip-sim ORDEN CARPETA [opciones]
       --almacenes N --cajeros N --vendedores N --empleados N
       --hasta AAAA-MM-DD    último día de los documentos (hoy)
       --dias N              días que abarcan los documentos (365)
+
+  upgrade CARPETA         instala o actualiza el esquema de Puntos Larvenos en la empresa
+                            (lo que hace el programa cuando entra el administrador)
+  simulate CARPETA        ventas de unos días, cada una creada y aplicada como en Microsip
+      --ventas N (50) --dias N (7) --hasta AAAA-MM-DD --semilla N
 
 Documentos (--sistema PV, el punto de venta, o VE, ventas; PV si no se indica):
   create CARPETA          crea un documento sin aplicar; escribe su id
@@ -449,6 +457,44 @@ int ordenArticlePoints(const QStringList &args)
     return 0;
 }
 
+int ordenUpgrade(const QStringList &args)
+{
+    const Argumentos a(args, kComunes, {});
+    const Destino d = destinoDe(a);
+    const bool hecho = lar::ActualizaEmpresa(d.entorno.rutaEmpresa(d.empresa),
+                                             d.entorno.rutaConfig(),
+                                             d.entorno.parametros(),
+                                             [](const QString &linea) { salida() << linea << Qt::endl; });
+    if (!hecho) {
+        errores() << QStringLiteral("microsip-sim: la actualización de %1 fue rechazada.\n").arg(d.empresa);
+        return kErrorEjecucion;
+    }
+    salida() << QStringLiteral("Empresa %1 actualizada.\n").arg(d.empresa);
+    return 0;
+}
+
+int ordenSimulate(const QStringList &args)
+{
+    const Argumentos a(args,
+                       kComunes
+                           + QStringList{QStringLiteral("ventas"),
+                                         QStringLiteral("dias"),
+                                         QStringLiteral("hasta"),
+                                         QStringLiteral("semilla")},
+                       {});
+    microsip::OpcionesSimulacion op;
+    op.ventas = a.entero(QStringLiteral("ventas"), op.ventas, 0, 100000);
+    op.dias = a.entero(QStringLiteral("dias"), op.dias, 1, 3650);
+    op.hasta = a.fecha(QStringLiteral("hasta"));
+    op.semilla = quint64(a.entero(QStringLiteral("semilla"), 1, 0, std::numeric_limits<int>::max()));
+    op.avance = [](const QString &linea) { salida() << linea << Qt::endl; };
+    const Destino d = destinoDe(a);
+    fb::Database db;
+    d.entorno.conecta(db, d.entorno.rutaEmpresa(d.empresa));
+    microsip::simula(db, op);
+    return 0;
+}
+
 int ordenInit(const QStringList &args)
 {
     const Argumentos a(args,
@@ -517,6 +563,10 @@ int main(int argc, char *argv[])
                         QStringLiteral("cancel-return")}
                 .contains(orden))
             return ordenDocumento(orden, args);
+        if (orden == u"upgrade")
+            return ordenUpgrade(args);
+        if (orden == u"simulate")
+            return ordenSimulate(args);
         if (orden == u"points")
             return ordenPoints(args);
         if (orden == u"article-points")

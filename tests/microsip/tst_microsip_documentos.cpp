@@ -4,6 +4,7 @@
 
 #include "microsip/sim/documentos.h"
 #include "microsip/sim/puntos.h"
+#include "microsip/sim/simulacion.h"
 
 #include "fb/database.h"
 #include "fb/error.h"
@@ -480,6 +481,46 @@ private slots:
         QCOMPARE(firma(id), QStringLiteral("VE6 VS6"));
         m_docs->elimina(Sistema::PV, id);
         QCOMPARE(firma(id), QString());
+        microsip::aplicaEscenario(m_db, QStringLiteral("apagado"));
+    }
+
+    // Days of a shop through the same steps: every sale applied in its period and
+    // earning, and the same seed plays the same sales.
+    void simulacion()
+    {
+        microsip::aplicaEscenario(m_db, QStringLiteral("importe"));
+        const auto periodo = [&] {
+            return valor(QStringLiteral("SELECT LIST(S || T || E || A || CLIENTE_ID || ':' || NETO, ' ')"
+                                        " FROM (SELECT * FROM (SELECT 'PV' S, TIPO_DOCTO T, ESTATUS E,"
+                                        " APLICADO A, CLIENTE_ID, IMPORTE_NETO NETO, FECHA, DOCTO_PV_ID"
+                                        " ID FROM DOCTOS_PV UNION ALL SELECT 'VE', TIPO_DOCTO, ESTATUS,"
+                                        " APLICADO, CLIENTE_ID, IMPORTE_NETO, FECHA, DOCTO_VE_ID FROM"
+                                        " DOCTOS_VE) WHERE FECHA BETWEEN ? AND DATE '2027-01-31'"
+                                        " ORDER BY ID)"),
+                         QDate(2027, 1, 29))
+                .toString();
+        };
+        microsip::OpcionesSimulacion op;
+        op.ventas = 12;
+        op.hasta = QDate(2027, 1, 31);
+        op.dias = 3;
+        const microsip::ResumenSimulacion r = microsip::simula(m_db, op);
+        QCOMPARE(r.ventas, 12);
+        QCOMPARE(r.rechazadas, 0);
+        const QString primera = periodo();
+        QCOMPARE(primera.count(QStringLiteral("NS")) + primera.count(QStringLiteral("CS")),
+                 12 + r.devoluciones);
+        // One row by amount for every sale and invoice that earned.
+        QCOMPARE(valor(QStringLiteral("SELECT COUNT(*) FROM LAR_PUNTOS P JOIN DOCTOS_PV D ON"
+                                      " D.DOCTO_PV_ID = P.DOCTO_ID WHERE D.FECHA >= ? AND"
+                                      " P.NATURALEZA = 'E'"),
+                       QDate(2027, 1, 29))
+                     .toInt(),
+                 primera.count(QStringLiteral("PVV")));
+        ejecuta(QStringLiteral("DELETE FROM DOCTOS_PV WHERE FECHA >= '2027-01-29'"));
+        ejecuta(QStringLiteral("DELETE FROM DOCTOS_VE WHERE FECHA >= '2027-01-29'"));
+        microsip::simula(m_db, op);
+        QCOMPARE(periodo(), primera);
         microsip::aplicaEscenario(m_db, QStringLiteral("apagado"));
     }
 

@@ -356,6 +356,24 @@ private slots:
                                           " FROM RDB$DATABASE"))
                      .toInt(),
                  122007);
+        db.disconnect();
+
+        // The rest of the demo: the extension's upgrade and the demo's points settings.
+        for (const QStringList &orden : {QStringList{QStringLiteral("upgrade"), vacio.carpeta()},
+                                         QStringList{QStringLiteral("points"), vacio.carpeta(),
+                                                     QStringLiteral("--escenario"),
+                                                     QStringLiteral("demo"), QStringLiteral("--valor"),
+                                                     QStringLiteral("No. de vtas=3")}}) {
+            p.start(microsipSim(), orden);
+            QVERIFY(p.waitForFinished(120000));
+            QVERIFY2(p.exitCode() == 0, p.readAllStandardError().constData());
+        }
+        vacio.conectaEmpresa(db);
+        QCOMPARE(valor(db, QStringLiteral("SELECT LIST(NOMBRE || '=' || VALOR, ';') FROM (SELECT * FROM"
+                                          " LAR_REGISTRO WHERE NOMBRE IN ('No. de vtas',"
+                                          " 'Puntos General Activo') ORDER BY NOMBRE)"))
+                     .toString(),
+                 QStringLiteral("No. de vtas=3;Puntos General Activo=S"));
     }
 };
 
