@@ -158,12 +158,13 @@ public:
         bool ok = false;
         const int v = valor(n).toInt(&ok);
         if (!ok || v < minimo || v > maximo)
-            throw ErrorUso{QStringLiteral("El valor de --%1 debe ser un número entero entre %2 y %3: "
-                                          "'%4'.")
-                               .arg(n)
-                               .arg(minimo)
-                               .arg(maximo)
-                               .arg(valor(n))};
+            throw ErrorUso{
+                QStringLiteral("El valor de --%1 debe ser un número entero entre %2 y %3: "
+                               "'%4'.")
+                    .arg(n)
+                    .arg(minimo)
+                    .arg(maximo)
+                    .arg(valor(n))};
         return v;
     }
 
@@ -173,8 +174,8 @@ public:
             return {};
         const QDate d = QDate::fromString(valor(n), Qt::ISODate);
         if (!d.isValid())
-            throw ErrorUso{
-                QStringLiteral("La fecha de --%1 no es válida (AAAA-MM-DD): '%2'.").arg(n, valor(n))};
+            throw ErrorUso{QStringLiteral("La fecha de --%1 no es válida (AAAA-MM-DD): '%2'.")
+                               .arg(n, valor(n))};
         return d;
     }
 
@@ -213,9 +214,10 @@ Destino destinoDe(const Argumentos &a)
     if (d.empresa.isEmpty()) {
         const QStringList empresas = d.entorno.empresas();
         if (empresas.size() != 1)
-            throw ErrorUso{QStringLiteral("El entorno tiene %1 empresas: indique una con --empresa (%2).")
-                               .arg(empresas.size())
-                               .arg(empresas.join(QStringLiteral(", ")))};
+            throw ErrorUso{
+                QStringLiteral("El entorno tiene %1 empresas: indique una con --empresa (%2).")
+                    .arg(empresas.size())
+                    .arg(empresas.join(QStringLiteral(", ")))};
         d.empresa = empresas.first();
     }
     d.entorno.verificaEmpresa(d.empresa);
@@ -240,7 +242,8 @@ int ordenSeed(const QStringList &args)
                                          QStringLiteral("dias")},
                        {});
     microsip::OpcionesSiembra op;
-    op.semilla = quint64(a.entero(QStringLiteral("semilla"), 1, 0, std::numeric_limits<int>::max()));
+    op.semilla
+        = quint64(a.entero(QStringLiteral("semilla"), 1, 0, std::numeric_limits<int>::max()));
     op.clientes = a.entero(QStringLiteral("clientes"), op.clientes, 1, 200000);
     op.articulos = a.entero(QStringLiteral("articulos"), op.articulos, 1, 100000);
     op.documentos = a.entero(QStringLiteral("documentos"), op.documentos, 0, 1000000);
@@ -250,7 +253,9 @@ int ordenSeed(const QStringList &args)
     op.empleados = a.entero(QStringLiteral("empleados"), op.empleados, 0, 10000);
     op.dias = a.entero(QStringLiteral("dias"), op.dias, 1, 3650);
     op.hasta = a.fecha(QStringLiteral("hasta"));
-    op.avance = [](const QString &linea) { salida() << linea << Qt::endl; };
+    op.avance = [](const QString &linea) {
+        salida() << linea << Qt::endl;
+    };
     const Destino d = destinoDe(a);
     fb::Database db;
     d.entorno.conecta(db, d.entorno.rutaEmpresa(d.empresa));
@@ -276,7 +281,8 @@ microsip::Renglon renglon(const QString &texto, bool conPrecio)
                            .arg(conPrecio ? QStringLiteral("[:PRECIO]") : QString(), texto)};
     microsip::Renglon r;
     r.clave = partes[0].trimmed();
-    r.unidades = decimal(partes[1], QStringLiteral("El número de unidades del renglón '%1'").arg(texto));
+    r.unidades
+        = decimal(partes[1], QStringLiteral("El número de unidades del renglón '%1'").arg(texto));
     if (partes.size() == 3)
         r.precio = decimal(partes[2], QStringLiteral("El precio del renglón '%1'").arg(texto));
     return r;
@@ -308,8 +314,13 @@ void escribeDocumento(microsip::Documentos &docs, microsip::Sistema s, int id)
     const microsip::Cabecera c = docs.lee(s, id);
     salida() << QStringLiteral("%1 %2 %3 tipo %4 estatus %5 aplicado %6 neto %7 impuestos %8\n")
                     .arg(id)
-                    .arg(microsip::claveSistema(s), c.folio, QString(c.tipo), QString(c.estatus),
-                         QString(c.aplicado), c.importeNeto.toString(), c.totalImpuestos.toString());
+                    .arg(microsip::claveSistema(s),
+                         c.folio,
+                         QString(c.tipo),
+                         QString(c.estatus),
+                         QString(c.aplicado),
+                         c.importeNeto.toString(),
+                         c.totalImpuestos.toString());
 }
 
 int ordenDocumentoNuevo(const QStringList &args, bool aplicar)
@@ -361,9 +372,11 @@ int ordenDocumentoNuevo(const QStringList &args, bool aplicar)
 int ordenDocumento(const QString &orden, const QStringList &args)
 {
     const Argumentos a(args,
-                       kComunes + kDocumento + QStringList{QStringLiteral("renglon"), QStringLiteral("fecha")},
+                       kComunes + kDocumento
+                           + QStringList{QStringLiteral("renglon"), QStringLiteral("fecha")},
                        {QStringLiteral("sin-existencias")});
-    if (orden != u"return" && (a.tiene(QStringLiteral("renglon")) || a.tiene(QStringLiteral("fecha"))))
+    if (orden != u"return"
+        && (a.tiene(QStringLiteral("renglon")) || a.tiene(QStringLiteral("fecha"))))
         throw ErrorUso{QStringLiteral("--renglon y --fecha son de return.")};
     const microsip::Sistema s = sistemaDe(a);
     QList<microsip::Renglon> renglones;
@@ -400,22 +413,24 @@ int ordenDocumento(const QString &orden, const QStringList &args)
 
 int ordenPoints(const QStringList &args)
 {
-    const Argumentos a(args, kComunes + QStringList{QStringLiteral("escenario"), QStringLiteral("valor")},
-                       {});
+    const Argumentos a(
+        args, kComunes + QStringList{QStringLiteral("escenario"), QStringLiteral("valor")}, {});
     const QString escenario = a.valor(QStringLiteral("escenario"));
     microsip::ValoresPuntos extra;
     for (const QString &v : a.valores(QStringLiteral("valor"))) {
         const qsizetype igual = v.indexOf(u'=');
         if (igual <= 0)
-            throw ErrorUso{QStringLiteral("El valor debe escribirse \"Clave=Valor\": '%1'.").arg(v)};
+            throw ErrorUso{
+                QStringLiteral("El valor debe escribirse \"Clave=Valor\": '%1'.").arg(v)};
         extra << qMakePair(v.left(igual), v.mid(igual + 1));
     }
     if (escenario.isEmpty() && extra.isEmpty())
         throw ErrorUso{QStringLiteral("Indique --escenario (%1) o algún --valor.")
                            .arg(microsip::escenariosPuntos().join(QStringLiteral(", ")))};
     if (!escenario.isEmpty() && !microsip::escenariosPuntos().contains(escenario.toLower()))
-        throw ErrorUso{QStringLiteral("El escenario '%1' no existe: %2.")
-                           .arg(escenario, microsip::escenariosPuntos().join(QStringLiteral(", ")))};
+        throw ErrorUso{
+            QStringLiteral("El escenario '%1' no existe: %2.")
+                .arg(escenario, microsip::escenariosPuntos().join(QStringLiteral(", ")))};
     const Destino dest = destinoDe(a);
     fb::Database db;
     dest.entorno.conecta(db, dest.entorno.rutaEmpresa(dest.empresa));
@@ -440,7 +455,8 @@ int ordenArticlePoints(const QStringList &args)
     const int id = a.entero(QStringLiteral("articulo-id"), 0, 1, max);
     const QString clave = a.valor(QStringLiteral("articulo"));
     if ((id > 0) == !clave.isEmpty())
-        throw ErrorUso{QStringLiteral("Indique el artículo con --articulo CLAVE o con --articulo-id N.")};
+        throw ErrorUso{
+            QStringLiteral("Indique el artículo con --articulo CLAVE o con --articulo-id N.")};
     std::optional<int> puntos, valor;
     if (a.tiene(QStringLiteral("puntos")))
         puntos = a.entero(QStringLiteral("puntos"), 0, 0, max);
@@ -461,12 +477,14 @@ int ordenUpgrade(const QStringList &args)
 {
     const Argumentos a(args, kComunes, {});
     const Destino d = destinoDe(a);
-    const bool hecho = lar::ActualizaEmpresa(d.entorno.rutaEmpresa(d.empresa),
-                                             d.entorno.rutaConfig(),
-                                             d.entorno.parametros(),
-                                             [](const QString &linea) { salida() << linea << Qt::endl; });
+    const bool hecho
+        = lar::ActualizaEmpresa(d.entorno.rutaEmpresa(d.empresa),
+                                d.entorno.rutaConfig(),
+                                d.entorno.parametros(),
+                                [](const QString &linea) { salida() << linea << Qt::endl; });
     if (!hecho) {
-        errores() << QStringLiteral("microsip-sim: la actualización de %1 fue rechazada.\n").arg(d.empresa);
+        errores() << QStringLiteral("microsip-sim: la actualización de %1 fue rechazada.\n")
+                         .arg(d.empresa);
         return kErrorEjecucion;
     }
     salida() << QStringLiteral("Empresa %1 actualizada.\n").arg(d.empresa);
@@ -486,8 +504,11 @@ int ordenSimulate(const QStringList &args)
     op.ventas = a.entero(QStringLiteral("ventas"), op.ventas, 0, 100000);
     op.dias = a.entero(QStringLiteral("dias"), op.dias, 1, 3650);
     op.hasta = a.fecha(QStringLiteral("hasta"));
-    op.semilla = quint64(a.entero(QStringLiteral("semilla"), 1, 0, std::numeric_limits<int>::max()));
-    op.avance = [](const QString &linea) { salida() << linea << Qt::endl; };
+    op.semilla
+        = quint64(a.entero(QStringLiteral("semilla"), 1, 0, std::numeric_limits<int>::max()));
+    op.avance = [](const QString &linea) {
+        salida() << linea << Qt::endl;
+    };
     const Destino d = destinoDe(a);
     fb::Database db;
     d.entorno.conecta(db, d.entorno.rutaEmpresa(d.empresa));
@@ -519,7 +540,8 @@ int ordenInit(const QStringList &args)
         const QStringList partes = u.split(u':');
         if (partes.size() < 2 || partes.size() > 3 || partes[0].isEmpty())
             throw ErrorUso{
-                QStringLiteral("El usuario debe escribirse NOMBRE:CONTRASEÑA[:EMPRESA+EMPRESA]: '%1'.")
+                QStringLiteral(
+                    "El usuario debe escribirse NOMBRE:CONTRASEÑA[:EMPRESA+EMPRESA]: '%1'.")
                     .arg(u)};
         microsip::Usuario usuario;
         usuario.nombre = partes[0];
@@ -558,8 +580,12 @@ int main(int argc, char *argv[])
             return ordenSeed(args);
         if (orden == u"create" || orden == u"sell")
             return ordenDocumentoNuevo(args, orden == u"sell");
-        if (QStringList{QStringLiteral("apply"), QStringLiteral("cancel"), QStringLiteral("unapply"),
-                        QStringLiteral("reapply"), QStringLiteral("delete"), QStringLiteral("return"),
+        if (QStringList{QStringLiteral("apply"),
+                        QStringLiteral("cancel"),
+                        QStringLiteral("unapply"),
+                        QStringLiteral("reapply"),
+                        QStringLiteral("delete"),
+                        QStringLiteral("return"),
                         QStringLiteral("cancel-return")}
                 .contains(orden))
             return ordenDocumento(orden, args);

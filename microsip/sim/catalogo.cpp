@@ -2,6 +2,8 @@
 
 namespace microsip::detail {
 
+// The lists are laid out as tables.
+// clang-format off
 const std::vector<const char16_t *> &nombresPila()
 {
     static const std::vector<const char16_t *> v{
@@ -217,6 +219,8 @@ const std::vector<const char16_t *> &almacenes()
                                                  u"Tienda San Nicolás", u"Almacén de tránsito"};
     return v;
 }
+
+// clang-format on
 
 QString sinAcentos(const QString &texto)
 {

@@ -25,8 +25,9 @@ Sistema sistemaDe(const QString &clave)
         return Sistema::PV;
     if (c == u"VE")
         return Sistema::VE;
-    throw fb::Error(QStringLiteral("El sistema '%1' no existe: use PV (punto de venta) o VE (ventas).")
-                        .arg(clave));
+    throw fb::Error(
+        QStringLiteral("El sistema '%1' no existe: use PV (punto de venta) o VE (ventas).")
+            .arg(clave));
 }
 
 namespace {
@@ -68,11 +69,15 @@ struct Tablas
 Tablas tablas(Sistema s)
 {
     if (s == Sistema::PV)
-        return {QStringLiteral("DOCTOS_PV"), QStringLiteral("DOCTOS_PV_DET"),
-                QStringLiteral("DOCTO_PV_ID"), QStringLiteral("DOCTO_PV_DET_ID"),
+        return {QStringLiteral("DOCTOS_PV"),
+                QStringLiteral("DOCTOS_PV_DET"),
+                QStringLiteral("DOCTO_PV_ID"),
+                QStringLiteral("DOCTO_PV_DET_ID"),
                 QStringLiteral("de punto de venta")};
-    return {QStringLiteral("DOCTOS_VE"), QStringLiteral("DOCTOS_VE_DET"),
-            QStringLiteral("DOCTO_VE_ID"), QStringLiteral("DOCTO_VE_DET_ID"),
+    return {QStringLiteral("DOCTOS_VE"),
+            QStringLiteral("DOCTOS_VE_DET"),
+            QStringLiteral("DOCTO_VE_ID"),
+            QStringLiteral("DOCTO_VE_DET_ID"),
             QStringLiteral("de ventas")};
 }
 
@@ -80,7 +85,9 @@ Tablas tablas(Sistema s)
 QString serie(Sistema s, QChar tipo)
 {
     if (s == Sistema::PV)
-        return tipo == u'V' ? QStringLiteral("A") : tipo == u'D' ? QStringLiteral("DV") : QStringLiteral("G");
+        return tipo == u'V'   ? QStringLiteral("A")
+               : tipo == u'D' ? QStringLiteral("DV")
+                              : QStringLiteral("G");
     return tipo == u'D' ? QStringLiteral("DF") : QString(tipo);
 }
 
@@ -101,8 +108,8 @@ struct Linea
     int articuloId = 0;
     QString clave;
     bool almacenable = true;
-    qint64 unidades5 = 0;   // NUMERIC(18,5)
-    qint64 precio6 = 0;     // without tax
+    qint64 unidades5 = 0;    // NUMERIC(18,5)
+    qint64 precio6 = 0;      // without tax
     qint64 precioImpto6 = 0; // with tax (point of sale)
     qint64 tasa6 = 16000000; // percent
     int posicion = 0;
@@ -156,8 +163,8 @@ struct Documentos::Impl
     bool conSucursal()
     {
         if (!sucursalEnDoctos)
-            sucursalEnDoctos = detail::existeCampo(db, tr, QStringLiteral("DOCTOS_PV"),
-                                                   QStringLiteral("SUCURSAL_ID"));
+            sucursalEnDoctos = detail::existeCampo(
+                db, tr, QStringLiteral("DOCTOS_PV"), QStringLiteral("SUCURSAL_ID"));
         return *sucursalEnDoctos;
     }
 
@@ -165,9 +172,9 @@ struct Documentos::Impl
     {
         const Tablas t = tablas(s);
         auto cq = consulta(QStringLiteral("SELECT TIPO_DOCTO, ESTATUS, APLICADO, FOLIO, FECHA,"
-                                              " CLIENTE_ID, IMPORTE_NETO, TOTAL_IMPUESTOS FROM %1"
-                                              " WHERE %2 = :id")
-                                   .arg(t.cab, t.id));
+                                          " CLIENTE_ID, IMPORTE_NETO, TOTAL_IMPUESTOS FROM %1"
+                                          " WHERE %2 = :id")
+                               .arg(t.cab, t.id));
         fb::Query &q = *cq;
         q.bind(QStringLiteral("id"), id);
         q.open();
@@ -214,9 +221,10 @@ struct Documentos::Impl
             return d.clienteId;
         }
         if (!d.claveCliente.isEmpty()) {
-            const QVariant id = uno(QStringLiteral("SELECT FIRST 1 CLIENTE_ID FROM CLAVES_CLIENTES"
-                                                   " WHERE CLAVE_CLIENTE = :c ORDER BY CLAVE_CLIENTE_ID"),
-                                    {{QStringLiteral("c"), d.claveCliente}});
+            const QVariant id
+                = uno(QStringLiteral("SELECT FIRST 1 CLIENTE_ID FROM CLAVES_CLIENTES"
+                                     " WHERE CLAVE_CLIENTE = :c ORDER BY CLAVE_CLIENTE_ID"),
+                      {{QStringLiteral("c"), d.claveCliente}});
             if (!id.isValid())
                 falla(QStringLiteral("No existe el cliente con clave '%1'.").arg(d.claveCliente));
             return id.toInt();
@@ -244,11 +252,12 @@ struct Documentos::Impl
     {
         const Tablas t = tablas(s);
         const QString prefijo = serie(s, tipo);
-        QString ultimo = uno(QStringLiteral("SELECT MAX(FOLIO) FROM %1 WHERE FOLIO STARTING WITH :p")
-                                 .arg(t.cab),
-                             {{QStringLiteral("p"), prefijo}})
-                             .toString()
-                             .trimmed();
+        QString ultimo
+            = uno(QStringLiteral("SELECT MAX(FOLIO) FROM %1 WHERE FOLIO STARTING WITH :p")
+                      .arg(t.cab),
+                  {{QStringLiteral("p"), prefijo}})
+                  .toString()
+                  .trimmed();
         static const QRegularExpression reNumero(QStringLiteral("^[0-9]+$"));
         if (!ultimo.isEmpty() && !reNumero.match(ultimo.mid(prefijo.size())).hasMatch()) {
             // Some folio of another series starts the same: count only this one's.
@@ -271,9 +280,10 @@ struct Documentos::Impl
         if (articulo <= 0) {
             if (r.clave.isEmpty())
                 falla(QStringLiteral("Indique el artículo del renglón por su id o su clave."));
-            const QVariant id = uno(QStringLiteral("SELECT FIRST 1 ARTICULO_ID FROM CLAVES_ARTICULOS"
-                                                   " WHERE CLAVE_ARTICULO = :c ORDER BY CLAVE_ARTICULO_ID"),
-                                    {{QStringLiteral("c"), r.clave}});
+            const QVariant id
+                = uno(QStringLiteral("SELECT FIRST 1 ARTICULO_ID FROM CLAVES_ARTICULOS"
+                                     " WHERE CLAVE_ARTICULO = :c ORDER BY CLAVE_ARTICULO_ID"),
+                      {{QStringLiteral("c"), r.clave}});
             if (!id.isValid())
                 falla(QStringLiteral("No existe el artículo con clave '%1'.").arg(r.clave));
             articulo = id.toInt();
@@ -300,7 +310,8 @@ struct Documentos::Impl
 
         l.unidades5 = aEscala(r.unidades, 5);
         if (l.unidades5 <= 0)
-            falla(QStringLiteral("Las unidades del artículo %1 deben ser mayores que cero.").arg(l.clave));
+            falla(QStringLiteral("Las unidades del artículo %1 deben ser mayores que cero.")
+                      .arg(l.clave));
         l.tasa6 = aEscala(r.tasaImpuesto, 6);
         if (l.tasa6 < 0)
             falla(QStringLiteral("La tasa de impuesto no puede ser negativa."));
@@ -308,7 +319,8 @@ struct Documentos::Impl
         if (r.precio) {
             const qint64 p6 = aEscala(*r.precio, 6);
             if (p6 < 0)
-                falla(QStringLiteral("El precio del artículo %1 no puede ser negativo.").arg(l.clave));
+                falla(QStringLiteral("El precio del artículo %1 no puede ser negativo.")
+                          .arg(l.clave));
             if (s == Sistema::PV) {
                 l.precioImpto6 = p6;
                 l.precio6 = divide(Entero128(p6) * 100000000, factor);
@@ -321,7 +333,8 @@ struct Documentos::Impl
                           .arg(l.clave));
             l.precio6 = lista6;
             // The shelf price with tax, in cents, as the point of sale shows it.
-            l.precioImpto6 = divide(Entero128(lista6) * factor, Entero128(100000000) * 10000) * 10000;
+            l.precioImpto6
+                = divide(Entero128(lista6) * factor, Entero128(100000000) * 10000) * 10000;
         }
         l.rol = r.rol;
         l.posicion = r.posicion;
@@ -357,13 +370,15 @@ struct Documentos::Impl
         fb::Query q(&db, &tr);
         if (s == Sistema::PV)
             q.setSql(QStringLiteral(
-                "INSERT INTO DOCTOS_PV_DET (DOCTO_PV_DET_ID, DOCTO_PV_ID, ARTICULO_ID, CLAVE_ARTICULO,"
+                "INSERT INTO DOCTOS_PV_DET (DOCTO_PV_DET_ID, DOCTO_PV_ID, ARTICULO_ID, "
+                "CLAVE_ARTICULO,"
                 " UNIDADES, POSICION, PRECIO_UNITARIO, PRECIO_UNITARIO_IMPTO, ROL)"
                 " VALUES (-1, :id, :articulo, :clave, :unidades, :posicion, :precio, :precio_impto,"
                 " :rol)"));
         else
             q.setSql(QStringLiteral(
-                "INSERT INTO DOCTOS_VE_DET (DOCTO_VE_DET_ID, DOCTO_VE_ID, ARTICULO_ID, CLAVE_ARTICULO,"
+                "INSERT INTO DOCTOS_VE_DET (DOCTO_VE_DET_ID, DOCTO_VE_ID, ARTICULO_ID, "
+                "CLAVE_ARTICULO,"
                 " UNIDADES, POSICION, PRECIO_UNITARIO)"
                 " VALUES (-1, :id, :articulo, :clave, :unidades, :posicion, :precio)"));
         for (const Linea &l : v) {
@@ -409,28 +424,35 @@ struct Documentos::Impl
         if (!tipo.isLetter() || tipo.unicode() > 'Z')
             falla(QStringLiteral("El tipo de documento '%1' no es válido.").arg(tipo));
         if (s == Sistema::PV && tipo != u'V' && tipo != u'D' && tipo != u'F')
-            falla(QStringLiteral("El tipo de documento '%1' no existe en el punto de venta: V, D o F.")
+            falla(QStringLiteral(
+                      "El tipo de documento '%1' no existe en el punto de venta: V, D o F.")
                       .arg(tipo));
         const int clienteId = cliente(d);
-        const int almacen = d.almacenId > 0
-                                ? catalogo(d.almacenId, QStringLiteral("ALMACENES"),
-                                           QStringLiteral("ALMACEN_ID"), QStringLiteral("el almacén"))
-                                : detail::almacenPredeterminado(db, tr);
-        const QString folio = d.folio.isEmpty() ? siguienteFolio(s, tipo) : d.folio.trimmed().toUpper();
+        const int almacen = d.almacenId > 0 ? catalogo(d.almacenId,
+                                                       QStringLiteral("ALMACENES"),
+                                                       QStringLiteral("ALMACEN_ID"),
+                                                       QStringLiteral("el almacén"))
+                                            : detail::almacenPredeterminado(db, tr);
+        const QString folio
+            = d.folio.isEmpty() ? siguienteFolio(s, tipo) : d.folio.trimmed().toUpper();
         if (folio.size() > 9)
             falla(QStringLiteral("El folio '%1' tiene más de 9 caracteres.").arg(folio));
         const QList<Linea> v = lineas(s, d.renglones);
         const QDate fecha = d.fecha.isValid() ? d.fecha : QDate::currentDate();
         const QTime hora = d.hora.isValid() ? d.hora : QTime::currentTime();
         const int sucursal = conSucursal() ? detail::sucursalMatriz(db, tr) : 0;
-        auto idONulo = [](int id) { return id > 0 ? QVariant(id) : QVariant(); };
+        auto idONulo = [](int id) {
+            return id > 0 ? QVariant(id) : QVariant();
+        };
 
         fb::Query q(&db, &tr);
         QString extra = conSucursal() ? QStringLiteral(", SUCURSAL_ID") : QString();
         QString extraValor = conSucursal() ? QStringLiteral(", :sucursal") : QString();
         if (s == Sistema::PV) {
-            const int cajero = catalogo(d.cajeroId, QStringLiteral("CAJEROS"),
-                                        QStringLiteral("CAJERO_ID"), QStringLiteral("el cajero"));
+            const int cajero = catalogo(d.cajeroId,
+                                        QStringLiteral("CAJEROS"),
+                                        QStringLiteral("CAJERO_ID"),
+                                        QStringLiteral("el cajero"));
             q.setSql(QStringLiteral(
                          "INSERT INTO DOCTOS_PV (DOCTO_PV_ID, TIPO_DOCTO, ESTATUS, APLICADO, FOLIO,"
                          " FECHA, HORA, CLIENTE_ID, CAJERO_ID, CAJA_ID, ALMACEN_ID, SISTEMA_ORIGEN,"
@@ -442,19 +464,23 @@ struct Documentos::Impl
             q.bind(QStringLiteral("cajero"), idONulo(cajero));
             q.bind(QStringLiteral("caja"), d.cajaId);
         } else {
-            const int vendedor = catalogo(d.vendedorId, QStringLiteral("VENDEDORES"),
-                                          QStringLiteral("VENDEDOR_ID"), QStringLiteral("el vendedor"));
-            q.setSql(QStringLiteral(
-                         "INSERT INTO DOCTOS_VE (DOCTO_VE_ID, TIPO_DOCTO, ESTATUS, APLICADO, FOLIO,"
-                         " FECHA, CLIENTE_ID, ALMACEN_ID, VENDEDOR_ID, SISTEMA_ORIGEN, TOTAL_IMPUESTOS,"
-                         " IMPORTE_NETO, TIPO_CAMBIO%1)"
-                         " VALUES (-1, :tipo, 'N', :aplicado, :folio, :fecha, :cliente, :almacen,"
-                         " :vendedor, 'VE', 0, 0, 1%2) RETURNING DOCTO_VE_ID")
-                         .arg(extra, extraValor));
+            const int vendedor = catalogo(d.vendedorId,
+                                          QStringLiteral("VENDEDORES"),
+                                          QStringLiteral("VENDEDOR_ID"),
+                                          QStringLiteral("el vendedor"));
+            q.setSql(
+                QStringLiteral(
+                    "INSERT INTO DOCTOS_VE (DOCTO_VE_ID, TIPO_DOCTO, ESTATUS, APLICADO, FOLIO,"
+                    " FECHA, CLIENTE_ID, ALMACEN_ID, VENDEDOR_ID, SISTEMA_ORIGEN, TOTAL_IMPUESTOS,"
+                    " IMPORTE_NETO, TIPO_CAMBIO%1)"
+                    " VALUES (-1, :tipo, 'N', :aplicado, :folio, :fecha, :cliente, :almacen,"
+                    " :vendedor, 'VE', 0, 0, 1%2) RETURNING DOCTO_VE_ID")
+                    .arg(extra, extraValor));
             q.bind(QStringLiteral("vendedor"), idONulo(vendedor));
         }
         q.bind(QStringLiteral("tipo"), QString(tipo));
-        q.bind(QStringLiteral("aplicado"), d.insertaAplicado ? QStringLiteral("S") : QStringLiteral("N"));
+        q.bind(QStringLiteral("aplicado"),
+               d.insertaAplicado ? QStringLiteral("S") : QStringLiteral("N"));
         q.bind(QStringLiteral("folio"), folio);
         q.bind(QStringLiteral("fecha"), fecha);
         q.bind(QStringLiteral("cliente"), idONulo(clienteId));
@@ -493,17 +519,18 @@ struct Documentos::Impl
                                                        " WHERE DOCTO_IN_ID = :id"),
                                         {{QStringLiteral("id"), in}});
             if (estado.toString() == u"NN") {
-                ejecuta(QStringLiteral("UPDATE DOCTOS_IN SET APLICADO = 'S' WHERE DOCTO_IN_ID = :id"),
-                        {{QStringLiteral("id"), in}});
+                ejecuta(
+                    QStringLiteral("UPDATE DOCTOS_IN SET APLICADO = 'S' WHERE DOCTO_IN_ID = :id"),
+                    {{QStringLiteral("id"), in}});
                 return;
             }
             if (estado.toString() == u"NS")
                 return;
         }
         const Tablas t = tablas(s);
-        const QVariant almacen = uno(QStringLiteral("SELECT ALMACEN_ID FROM %1 WHERE %2 = :id")
-                                         .arg(t.cab, t.id),
-                                     {{QStringLiteral("id"), id}});
+        const QVariant almacen
+            = uno(QStringLiteral("SELECT ALMACEN_ID FROM %1 WHERE %2 = :id").arg(t.cab, t.id),
+                  {{QStringLiteral("id"), id}});
         if (!almacen.isValid() || almacen.isNull())
             return;
         auto clq = consulta(
@@ -535,11 +562,12 @@ struct Documentos::Impl
         if (movs.isEmpty())
             return;
 
-        const int concepto = nat == u'S'
-                                 ? detail::concepto(db, tr, QStringLiteral("Salida por venta"), u'S',
-                                                    QStringLiteral("SV"))
-                                 : detail::concepto(db, tr, QStringLiteral("Entrada por devolución"),
-                                                    u'E', QStringLiteral("ED"));
+        const int concepto
+            = nat == u'S'
+                  ? detail::concepto(
+                      db, tr, QStringLiteral("Salida por venta"), u'S', QStringLiteral("SV"))
+                  : detail::concepto(
+                      db, tr, QStringLiteral("Entrada por devolución"), u'E', QStringLiteral("ED"));
         const QString folio = detail::tomaFolios(db, tr, concepto);
         fb::Query q(&db, &tr);
         q.setSql(QStringLiteral(
@@ -555,8 +583,7 @@ struct Documentos::Impl
         q.bind(QStringLiteral("folio"), folio);
         q.bind(QStringLiteral("nat"), QString(nat));
         q.bind(QStringLiteral("fecha"), c.fecha);
-        q.bind(QStringLiteral("desc"),
-               QStringLiteral("Documento %1 %2").arg(t.nombre, c.folio));
+        q.bind(QStringLiteral("desc"), QStringLiteral("Documento %1 %2").arg(t.nombre, c.folio));
         q.bind(QStringLiteral("sistema"), claveSistema(s));
         if (conSucursal()) {
             const int suc = detail::sucursalMatriz(db, tr);
@@ -644,8 +671,9 @@ struct Documentos::Impl
         lee(s, id);
         quitaMovimientos(s, id);
         const Tablas t = tablas(s);
-        ejecuta(QStringLiteral("DELETE FROM DOCTOS_ENTRE_SIS WHERE CLAVE_SIS_FTE = :s"
-                               " AND CLAVE_SIS_DEST = :s AND (DOCTO_FTE_ID = :id OR DOCTO_DEST_ID = :id)"),
+        ejecuta(QStringLiteral(
+                    "DELETE FROM DOCTOS_ENTRE_SIS WHERE CLAVE_SIS_FTE = :s"
+                    " AND CLAVE_SIS_DEST = :s AND (DOCTO_FTE_ID = :id OR DOCTO_DEST_ID = :id)"),
                 {{QStringLiteral("id"), id}, {QStringLiteral("s"), claveSistema(s)}});
         ejecuta(QStringLiteral("DELETE FROM %1 WHERE %2 = :id").arg(t.det, t.id),
                 {{QStringLiteral("id"), id}});
@@ -659,8 +687,9 @@ struct Documentos::Impl
         if (c.estatus == u'C')
             falla(QStringLiteral("El documento %1 está cancelado.").arg(c.folio));
         if (c.aplicado == u'S')
-            falla(QStringLiteral("El documento %1 está aplicado: desaplíquelo antes de modificarlo.")
-                      .arg(c.folio));
+            falla(
+                QStringLiteral("El documento %1 está aplicado: desaplíquelo antes de modificarlo.")
+                    .arg(c.folio));
         const QList<Linea> v = lineas(s, renglones);
         // Its inventory document, unapplied now, is made again from the new lines.
         quitaMovimientos(s, id);
@@ -671,11 +700,12 @@ struct Documentos::Impl
         escribeTotales(s, id, v);
     }
 
-    int devuelve(Sistema s, int ventaId, const QList<Renglon> &pedidos, const QDate &fecha, bool mueve)
+    int
+    devuelve(Sistema s, int ventaId, const QList<Renglon> &pedidos, const QDate &fecha, bool mueve)
     {
         const Cabecera venta = lee(s, ventaId);
-        const bool esVenta = s == Sistema::PV ? venta.tipo == u'V'
-                                              : (venta.tipo == u'F' || venta.tipo == u'R');
+        const bool esVenta
+            = s == Sistema::PV ? venta.tipo == u'V' : (venta.tipo == u'F' || venta.tipo == u'R');
         if (!esVenta)
             falla(QStringLiteral("El documento %1 no es una venta.").arg(venta.folio));
         if (venta.estatus == u'C' || venta.aplicado != u'S')
@@ -695,15 +725,16 @@ struct Documentos::Impl
             QChar rol;
         };
         QList<Vendido> vendidos;
-        auto cq = consulta(QStringLiteral("SELECT ARTICULO_ID, CLAVE_ARTICULO, UNIDADES,"
-                                              " PRECIO_UNITARIO, %1, POSICION, %2 FROM %3"
-                                              " WHERE %4 = :id ORDER BY POSICION, %5")
-                                   .arg(s == Sistema::PV ? QStringLiteral("PRECIO_UNITARIO_IMPTO")
-                                                         : QStringLiteral("0"),
-                                        s == Sistema::PV ? QStringLiteral("ROL") : QStringLiteral("'N'"),
-                                        t.det,
-                                        t.id,
-                                        t.detId));
+        auto cq
+            = consulta(QStringLiteral("SELECT ARTICULO_ID, CLAVE_ARTICULO, UNIDADES,"
+                                      " PRECIO_UNITARIO, %1, POSICION, %2 FROM %3"
+                                      " WHERE %4 = :id ORDER BY POSICION, %5")
+                           .arg(s == Sistema::PV ? QStringLiteral("PRECIO_UNITARIO_IMPTO")
+                                                 : QStringLiteral("0"),
+                                s == Sistema::PV ? QStringLiteral("ROL") : QStringLiteral("'N'"),
+                                t.det,
+                                t.id,
+                                t.detId));
         fb::Query &q = *cq;
         q.bind(QStringLiteral("id"), ventaId);
         for (q.open(); !q.eof(); q.next())
@@ -713,16 +744,18 @@ struct Documentos::Impl
                                 aEscala(q.field(3).toDecimal(), 6),
                                 q.field(4).isNull() ? 0 : aEscala(q.field(4).toDecimal(), 6),
                                 q.field(5).toInt(),
-                                q.field(6).toString().isEmpty() ? u'N' : q.field(6).toString().at(0)};
+                                q.field(6).toString().isEmpty() ? u'N'
+                                                                : q.field(6).toString().at(0)};
         q.close();
         QHash<int, qint64> devuelto;
-        q.setSql(QStringLiteral("SELECT L.ARTICULO_ID, SUM(L.UNIDADES) FROM DOCTOS_ENTRE_SIS E"
-                                " JOIN %1 D ON D.%2 = E.DOCTO_DEST_ID"
-                                " JOIN %3 L ON L.%2 = D.%2"
-                                " WHERE E.DOCTO_FTE_ID = :id AND E.CLAVE_SIS_FTE = :s"
-                                " AND E.CLAVE_SIS_DEST = :s AND E.TIPO_DOCTO = 'D' AND D.ESTATUS <> 'C'"
-                                " GROUP BY 1")
-                     .arg(t.cab, t.id, t.det));
+        q.setSql(
+            QStringLiteral("SELECT L.ARTICULO_ID, SUM(L.UNIDADES) FROM DOCTOS_ENTRE_SIS E"
+                           " JOIN %1 D ON D.%2 = E.DOCTO_DEST_ID"
+                           " JOIN %3 L ON L.%2 = D.%2"
+                           " WHERE E.DOCTO_FTE_ID = :id AND E.CLAVE_SIS_FTE = :s"
+                           " AND E.CLAVE_SIS_DEST = :s AND E.TIPO_DOCTO = 'D' AND D.ESTATUS <> 'C'"
+                           " GROUP BY 1")
+                .arg(t.cab, t.id, t.det));
         q.bind(QStringLiteral("id"), ventaId);
         q.bind(QStringLiteral("s"), claveSistema(s));
         for (q.open(); !q.eof(); q.next())
@@ -737,11 +770,10 @@ struct Documentos::Impl
             const qint64 base = s == Sistema::PV ? v.precioImpto6 : v.precio6;
             r.precio = fb::Decimal(base, 6);
             // The sale's own rate, from its two prices.
-            r.tasaImpuesto = s == Sistema::PV && v.precio6 > 0
-                                 ? fb::Decimal(divide(Entero128(v.precioImpto6) * 100000000, v.precio6)
-                                                   - 100000000,
-                                               6)
-                                 : fb::Decimal(16, 0);
+            r.tasaImpuesto
+                = s == Sistema::PV && v.precio6 > 0 ? fb::Decimal(
+                      divide(Entero128(v.precioImpto6) * 100000000, v.precio6) - 100000000, 6)
+                                                    : fb::Decimal(16, 0);
             if (s == Sistema::VE) {
                 // Invoices carry no price with tax: the rate of the document.
                 const qint64 neto = aEscala(venta.importeNeto, 2);
@@ -774,17 +806,20 @@ struct Documentos::Impl
                             articulo = v.articulo;
                     }
                     if (articulo <= 0)
-                        articulo = uno(QStringLiteral("SELECT FIRST 1 ARTICULO_ID FROM CLAVES_ARTICULOS"
-                                                      " WHERE CLAVE_ARTICULO = :c"),
-                                       {{QStringLiteral("c"), p.clave}})
-                                       .toInt();
+                        articulo
+                            = uno(QStringLiteral("SELECT FIRST 1 ARTICULO_ID FROM CLAVES_ARTICULOS"
+                                                 " WHERE CLAVE_ARTICULO = :c"),
+                                  {{QStringLiteral("c"), p.clave}})
+                                  .toInt();
                 }
-                const auto it = std::find_if(vendidos.cbegin(), vendidos.cend(), [&](const Vendido &v) {
-                    return v.articulo == articulo;
-                });
+                const auto it
+                    = std::find_if(vendidos.cbegin(), vendidos.cend(), [&](const Vendido &v) {
+                          return v.articulo == articulo;
+                      });
                 if (it == vendidos.cend())
                     falla(QStringLiteral("El artículo %1 no está en la venta %2.")
-                              .arg(p.clave.isEmpty() ? QString::number(p.articuloId) : p.clave, venta.folio));
+                              .arg(p.clave.isEmpty() ? QString::number(p.articuloId) : p.clave,
+                                   venta.folio));
                 qint64 vendido = 0;
                 for (const Vendido &v : std::as_const(vendidos)) {
                     if (v.articulo == articulo)
@@ -794,7 +829,8 @@ struct Documentos::Impl
                 if (pide <= 0)
                     falla(QStringLiteral("Las unidades a devolver deben ser mayores que cero."));
                 if (pide > vendido - devuelto.value(articulo))
-                    falla(QStringLiteral("Se devuelven más unidades de las vendidas del artículo %1 en %2.")
+                    falla(QStringLiteral(
+                              "Se devuelven más unidades de las vendidas del artículo %1 en %2.")
                               .arg(it->clave, venta.folio));
                 devuelto[articulo] += pide;
                 renglones << comoRenglon(*it, pide);
@@ -807,10 +843,10 @@ struct Documentos::Impl
         d.fecha = fecha;
         d.clienteId = venta.clienteId;
         auto cqc = consulta(QStringLiteral("SELECT %1, ALMACEN_ID FROM %2 WHERE %3 = :id")
-                                    .arg(s == Sistema::PV ? QStringLiteral("CAJERO_ID, CAJA_ID")
-                                                          : QStringLiteral("VENDEDOR_ID, 1"),
-                                         t.cab,
-                                         t.id));
+                                .arg(s == Sistema::PV ? QStringLiteral("CAJERO_ID, CAJA_ID")
+                                                      : QStringLiteral("VENDEDOR_ID, 1"),
+                                     t.cab,
+                                     t.id));
         fb::Query &qc = *cqc;
         qc.bind(QStringLiteral("id"), ventaId);
         qc.open();
@@ -823,9 +859,11 @@ struct Documentos::Impl
         qc.close();
         d.renglones = renglones;
         const int id = crea(d);
-        ejecuta(QStringLiteral("INSERT INTO DOCTOS_ENTRE_SIS (DOCTO_FTE_ID, CLAVE_SIS_FTE,"
-                               " DOCTO_DEST_ID, CLAVE_SIS_DEST, TIPO_DOCTO) VALUES (:v, :s, :d, :s, 'D')"),
-                {{QStringLiteral("v"), ventaId}, {QStringLiteral("s"), claveSistema(s)},
+        ejecuta(QStringLiteral(
+                    "INSERT INTO DOCTOS_ENTRE_SIS (DOCTO_FTE_ID, CLAVE_SIS_FTE,"
+                    " DOCTO_DEST_ID, CLAVE_SIS_DEST, TIPO_DOCTO) VALUES (:v, :s, :d, :s, 'D')"),
+                {{QStringLiteral("v"), ventaId},
+                 {QStringLiteral("s"), claveSistema(s)},
                  {QStringLiteral("d"), id}});
         aplica(s, id, mueve);
         return id;
@@ -885,9 +923,13 @@ void Documentos::cancela(Sistema sistema, int id)
     operacion([&] { d->cancela(sistema, id); });
 }
 
-int Documentos::devuelve(Sistema sistema, int ventaId, const QList<Renglon> &renglones, const QDate &fecha)
+int Documentos::devuelve(Sistema sistema,
+                         int ventaId,
+                         const QList<Renglon> &renglones,
+                         const QDate &fecha)
 {
-    return operacion([&] { return d->devuelve(sistema, ventaId, renglones, fecha, m_mueveExistencias); });
+    return operacion(
+        [&] { return d->devuelve(sistema, ventaId, renglones, fecha, m_mueveExistencias); });
 }
 
 void Documentos::cancelaDevolucion(Sistema sistema, int devolucionId)
@@ -935,7 +977,8 @@ int Documentos::busca(Sistema sistema, const QString &folio)
         for (q->open(); !q->eof(); q->next())
             ids << q->field(0).toInt();
         if (ids.isEmpty())
-            falla(QStringLiteral("No existe el documento %1 con el folio %2.").arg(t.nombre, folio));
+            falla(
+                QStringLiteral("No existe el documento %1 con el folio %2.").arg(t.nombre, folio));
         if (ids.size() > 1)
             falla(QStringLiteral("Hay %1 documentos %2 con el folio %3: indique el id.")
                       .arg(ids.size())

@@ -117,7 +117,9 @@ public:
     void cancela(Sistema sistema, int id);
     // A return 'D' of a sale: a document of its own, with its own folio, created and
     // applied as a sale. No lines: all the sale's lines, whole. Returns its id.
-    int devuelve(Sistema sistema, int ventaId, const QList<Renglon> &renglones = {},
+    int devuelve(Sistema sistema,
+                 int ventaId,
+                 const QList<Renglon> &renglones = {},
                  const QDate &fecha = {});
     // Cancels a return (ESTATUS = 'C').
     void cancelaDevolucion(Sistema sistema, int devolucionId);

@@ -38,8 +38,7 @@ void validaOpciones(const OpcionesEntorno &op)
     static const QRegularExpression reEmpresa(QStringLiteral("^[A-Za-z0-9_][A-Za-z0-9_-]{0,29}$"));
     static const QRegularExpression reUsuario(QStringLiteral("^[A-Za-z][A-Za-z0-9_$]{0,30}$"));
     static const QRegularExpression reXml(QStringLiteral("^[A-Za-z_][A-Za-z0-9_.-]*$"));
-    static const QRegularExpression reServidor(
-        QStringLiteral("^[A-Za-z0-9_.-]+(/[0-9]{1,5})?$"));
+    static const QRegularExpression reServidor(QStringLiteral("^[A-Za-z0-9_.-]+(/[0-9]{1,5})?$"));
     static const QRegularExpression reVersion(QStringLiteral("^[0-9]{1,10}$"));
 
     if (op.empresas.isEmpty())
@@ -354,9 +353,8 @@ Entorno Entorno::crea(const QString &carpeta, const OpcionesEntorno &opciones)
     // The temporary folder was private; a server running under another account
     // must reach the files.
     QFile::setPermissions(destino,
-                          QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner
-                              | QFile::ReadGroup | QFile::ExeGroup | QFile::ReadOther
-                              | QFile::ExeOther);
+                          QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadGroup
+                              | QFile::ExeGroup | QFile::ReadOther | QFile::ExeOther);
     e.m_carpeta = destino;
     return e;
 }
@@ -516,7 +514,8 @@ void Entorno::verificaEmpresa(const QString &nombreCorto) const
     if (nombreCorto.trimmed().isEmpty())
         falla(QStringLiteral("Indique la empresa."));
     if (!empresas().contains(nombreCorto))
-        falla(QStringLiteral("La empresa '%1' no existe en el entorno %2.").arg(nombreCorto, m_carpeta));
+        falla(QStringLiteral("La empresa '%1' no existe en el entorno %2.")
+                  .arg(nombreCorto, m_carpeta));
     const QString archivo = m_carpeta + u'/' + nombreCorto + QStringLiteral(".fdb");
     if (!QFileInfo::exists(archivo))
         falla(QStringLiteral("Falta el archivo de la empresa '%1': %2.").arg(nombreCorto, archivo));

@@ -65,11 +65,8 @@ int concepto(fb::Database &db,
     return id > 0 ? id : creaConcepto(db, tr, nombre, naturaleza, serie, false);
 }
 
-void serieConcepto(fb::Database &db,
-                   fb::Transaction &tr,
-                   int conceptoId,
-                   const QString &serie,
-                   int consecutivo)
+void serieConcepto(
+    fb::Database &db, fb::Transaction &tr, int conceptoId, const QString &serie, int consecutivo)
 {
     static const QRegularExpression reSerie(QStringLiteral("^[A-Z]{0,3}$"));
     if (!reSerie.match(serie).hasMatch() && serie != u"@")
@@ -98,7 +95,8 @@ void serieConcepto(fb::Database &db,
         q.bind(QStringLiteral("n"), consecutivo);
         q.execute();
     } else {
-        q.setSql(QStringLiteral("UPDATE CONCEPTOS_IN SET SIG_FOLIO = :f WHERE CONCEPTO_IN_ID = :c"));
+        q.setSql(
+            QStringLiteral("UPDATE CONCEPTOS_IN SET SIG_FOLIO = :f WHERE CONCEPTO_IN_ID = :c"));
         q.bind(QStringLiteral("f"), folio(prefijo, consecutivo));
         q.bind(QStringLiteral("c"), conceptoId);
         q.execute();

@@ -33,11 +33,8 @@ int concepto(fb::Database &db,
              const QString &serie);
 
 // Gives the concept a folio series (FOLIOS_CONCEPTOS or SIG_FOLIO) and FOLIO_AUTOM 'S'.
-void serieConcepto(fb::Database &db,
-                   fb::Transaction &tr,
-                   int conceptoId,
-                   const QString &serie,
-                   int consecutivo);
+void serieConcepto(
+    fb::Database &db, fb::Transaction &tr, int conceptoId, const QString &serie, int consecutivo);
 
 // Takes `cuantos` folios of the concept's series and returns the first; the series
 // moves on past them. A concept without a series numbers after its last document.

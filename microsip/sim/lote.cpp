@@ -41,7 +41,8 @@ fb::Query &Lote::bloque(int filas)
                           + m_columnas[c].tipo + QStringLiteral(" = ?");
             valores += (c == 0 ? QString() : QStringLiteral(", ")) + u':' + p;
         }
-        cuerpo += QStringLiteral("INSERT INTO %1 (%2) VALUES (%3);\n").arg(m_tabla, nombres, valores);
+        cuerpo
+            += QStringLiteral("INSERT INTO %1 (%2) VALUES (%3);\n").arg(m_tabla, nombres, valores);
     }
     q = std::make_unique<fb::Query>(&m_db, &m_tr);
     q->setParamCheck(false);

@@ -28,7 +28,10 @@ public:
         QString tipo; // as declared in the block: "INTEGER", "VARCHAR(200)", "NUMERIC(18,6)"...
     };
 
-    Lote(fb::Database &db, fb::Transaction &tr, const QString &tabla, const QList<Columna> &columnas);
+    Lote(fb::Database &db,
+         fb::Transaction &tr,
+         const QString &tabla,
+         const QList<Columna> &columnas);
     ~Lote();
     Lote(const Lote &) = delete;
     Lote &operator=(const Lote &) = delete;

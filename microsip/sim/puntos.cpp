@@ -28,7 +28,8 @@ void requiereEsquema(fb::Database &db, fb::Transaction &tr, const QString &tabla
 int carpeta(fb::Database &db, fb::Transaction &tr, const QString &nombre, int padre)
 {
     fb::Query q(&db, &tr);
-    q.setSql(QStringLiteral("SELECT REGISTRO_ID FROM LAR_REGISTRO WHERE NOMBRE = :n AND PADRE_ID = :p"));
+    q.setSql(
+        QStringLiteral("SELECT REGISTRO_ID FROM LAR_REGISTRO WHERE NOMBRE = :n AND PADRE_ID = :p"));
     q.bind(QStringLiteral("n"), nombre);
     q.bind(QStringLiteral("p"), padre);
     q.open();
@@ -46,7 +47,8 @@ int carpeta(fb::Database &db, fb::Transaction &tr, const QString &nombre, int pa
 int carpetaPuntos(fb::Database &db, fb::Transaction &tr)
 {
     requiereEsquema(db, tr, QStringLiteral("LAR_REGISTRO"));
-    return carpeta(db, tr, QStringLiteral("Puntos"), carpeta(db, tr, QStringLiteral("PuntosLar"), 0));
+    return carpeta(
+        db, tr, QStringLiteral("Puntos"), carpeta(db, tr, QStringLiteral("PuntosLar"), 0));
 }
 
 void escribe(fb::Database &db, fb::Transaction &tr, const ValoresPuntos &valores)
@@ -107,31 +109,32 @@ const ValoresPuntos kActivo{{QStringLiteral("Puntos General Activo"), QStringLit
 // The demo: every way of earning a customer can see, and what redemption needs.
 ValoresPuntos demo(fb::Database &db, fb::Transaction &tr)
 {
-    ValoresPuntos v = junta(junta(apagado(), kActivo),
-                            {{QStringLiteral("Puntos Extra Articulos Activo"), QStringLiteral("S")},
-                             {QStringLiteral("Puntos Importe Activo"), QStringLiteral("S")},
-                             {QStringLiteral("Factor Total Importe Puntos"), QStringLiteral("1")},
-                             {QStringLiteral("Factor Cantidad Pesos"), QStringLiteral("20")},
-                             {QStringLiteral("Tarjeta de puntos"), QStringLiteral("S")},
-                             {QStringLiteral("Folio Puntos"), QStringLiteral("P00000001")},
-                             {QStringLiteral("Folio puntos empleados"), QStringLiteral("E00000001")},
-                             {QStringLiteral("Lista por clientes"), QStringLiteral("S")},
-                             {QStringLiteral("Lista por empleados"), QStringLiteral("N")},
-                             {QStringLiteral("Artículos sin existencia"), QStringLiteral("N")},
-                             {QStringLiteral("ArtAlmacenables"), QStringLiteral("N")},
-                             {QStringLiteral("Reiniciar Puntos Automaticamente"), QStringLiteral("N")},
-                             {QStringLiteral("Dias antes del reinicio para enviar correo"),
-                              QStringLiteral("0")},
-                             {QStringLiteral("UsarArtBoleto"), QStringLiteral("N")},
-                             {QStringLiteral("ArtBoleto"), QStringLiteral("0")}});
+    ValoresPuntos v = junta(
+        junta(apagado(), kActivo),
+        {{QStringLiteral("Puntos Extra Articulos Activo"), QStringLiteral("S")},
+         {QStringLiteral("Puntos Importe Activo"), QStringLiteral("S")},
+         {QStringLiteral("Factor Total Importe Puntos"), QStringLiteral("1")},
+         {QStringLiteral("Factor Cantidad Pesos"), QStringLiteral("20")},
+         {QStringLiteral("Tarjeta de puntos"), QStringLiteral("S")},
+         {QStringLiteral("Folio Puntos"), QStringLiteral("P00000001")},
+         {QStringLiteral("Folio puntos empleados"), QStringLiteral("E00000001")},
+         {QStringLiteral("Lista por clientes"), QStringLiteral("S")},
+         {QStringLiteral("Lista por empleados"), QStringLiteral("N")},
+         {QStringLiteral("Artículos sin existencia"), QStringLiteral("N")},
+         {QStringLiteral("ArtAlmacenables"), QStringLiteral("N")},
+         {QStringLiteral("Reiniciar Puntos Automaticamente"), QStringLiteral("N")},
+         {QStringLiteral("Dias antes del reinicio para enviar correo"), QStringLiteral("0")},
+         {QStringLiteral("UsarArtBoleto"), QStringLiteral("N")},
+         {QStringLiteral("ArtBoleto"), QStringLiteral("0")}});
     // The exit concept of redemptions: the extension's own, with a folio series.
     int concepto = detail::conceptoPorNombre(db, tr, QStringLiteral("Salida por puntos"));
     if (concepto > 0) {
         fb::Query q(&db, &tr);
-        q.setSql(detail::tieneFoliosConceptos(db, tr)
-                     ? QStringLiteral("SELECT COUNT(*) FROM FOLIOS_CONCEPTOS WHERE CONCEPTO_ID = :c")
-                     : QStringLiteral("SELECT COUNT(*) FROM CONCEPTOS_IN WHERE CONCEPTO_IN_ID = :c"
-                                      " AND COALESCE(TRIM(SIG_FOLIO), '') <> ''"));
+        q.setSql(
+            detail::tieneFoliosConceptos(db, tr)
+                ? QStringLiteral("SELECT COUNT(*) FROM FOLIOS_CONCEPTOS WHERE CONCEPTO_ID = :c")
+                : QStringLiteral("SELECT COUNT(*) FROM CONCEPTOS_IN WHERE CONCEPTO_IN_ID = :c"
+                                 " AND COALESCE(TRIM(SIG_FOLIO), '') <> ''"));
         q.bind(QStringLiteral("c"), concepto);
         q.open();
         const bool conSerie = q.field(0).toInt() > 0;
@@ -268,7 +271,8 @@ void puntosArticulo(fb::Database &empresa,
 {
     fb::Transaction tr(&empresa);
     fb::TransactionGuard guardia(tr);
-    if (!detail::existeCampo(empresa, tr, QStringLiteral("LIBRES_ARTICULOS"), QStringLiteral("PUNTOS")))
+    if (!detail::existeCampo(
+            empresa, tr, QStringLiteral("LIBRES_ARTICULOS"), QStringLiteral("PUNTOS")))
         falla(QStringLiteral("La empresa no tiene el esquema de Puntos Larvenos (falta "
                              "LIBRES_ARTICULOS.PUNTOS): actualice la base de datos primero."));
     if ((puntos && *puntos < 0) || (valorPuntos && *valorPuntos < 0))
@@ -284,8 +288,9 @@ void puntosArticulo(fb::Database &empresa,
     const QVariant actualPuntos = q.field(1).toVariant();
     const QVariant actualValor = q.field(2).toVariant();
     q.close();
-    q.setSql(QStringLiteral("UPDATE or INSERT INTO libres_articulos (articulo_id, puntos, valor_puntos)"
-                            " VALUES (:articulo_id, :puntos, :valor_puntos)"));
+    q.setSql(
+        QStringLiteral("UPDATE or INSERT INTO libres_articulos (articulo_id, puntos, valor_puntos)"
+                       " VALUES (:articulo_id, :puntos, :valor_puntos)"));
     q.bind(QStringLiteral("articulo_id"), articuloId);
     q.bind(QStringLiteral("puntos"), puntos ? QVariant(*puntos) : actualPuntos);
     q.bind(QStringLiteral("valor_puntos"), valorPuntos ? QVariant(*valorPuntos) : actualValor);
@@ -298,8 +303,9 @@ int articuloPorClave(fb::Database &empresa, const QString &clave)
     fb::Transaction tr(&empresa);
     fb::TransactionGuard guardia(tr);
     fb::Query q(&empresa, &tr);
-    q.setSql(QStringLiteral("SELECT FIRST 1 ARTICULO_ID FROM CLAVES_ARTICULOS WHERE CLAVE_ARTICULO = :c"
-                            " ORDER BY CLAVE_ARTICULO_ID"));
+    q.setSql(
+        QStringLiteral("SELECT FIRST 1 ARTICULO_ID FROM CLAVES_ARTICULOS WHERE CLAVE_ARTICULO = :c"
+                       " ORDER BY CLAVE_ARTICULO_ID"));
     q.bind(QStringLiteral("c"), clave);
     q.open();
     if (q.eof())

@@ -26,7 +26,9 @@ QStringList escenariosPuntos();
 // Writes a scenario: its settings, and what else it needs (rows of
 // LAR_PUNTOSLINEAS for "linea", article points and a folio series for the points
 // exit concept for "demo"), then `extra` over it. Commits.
-void aplicaEscenario(fb::Database &empresa, const QString &escenario, const ValoresPuntos &extra = {});
+void aplicaEscenario(fb::Database &empresa,
+                     const QString &escenario,
+                     const ValoresPuntos &extra = {});
 
 // Writes (or overwrites) values under PuntosLar/Puntos. Commits.
 void escribePuntos(fb::Database &empresa, const ValoresPuntos &valores);

@@ -113,8 +113,8 @@ public:
         fb::TransactionGuard guardia(m_tr);
         verificaVacia();
         m_foliosConceptos = detail::tieneFoliosConceptos(m_db, m_tr);
-        m_sucursalEnDoctos = detail::existeCampo(m_db, m_tr, QStringLiteral("DOCTOS_PV"),
-                                                 QStringLiteral("SUCURSAL_ID"));
+        m_sucursalEnDoctos = detail::existeCampo(
+            m_db, m_tr, QStringLiteral("DOCTOS_PV"), QStringLiteral("SUCURSAL_ID"));
         lugares();
         sucursalesYAlmacenes();
         personas();
@@ -170,14 +170,18 @@ private:
 
     void lugares()
     {
-        Lote estados(m_db, m_tr, QStringLiteral("ESTADOS"),
+        Lote estados(m_db,
+                     m_tr,
+                     QStringLiteral("ESTADOS"),
                      {{QStringLiteral("ESTADO_ID"), QStringLiteral("INTEGER")},
                       {QStringLiteral("NOMBRE"), QStringLiteral("VARCHAR(50)")}});
         const int primerEstado = ids(int(detail::estados().size()));
         for (size_t i = 0; i < detail::estados().size(); ++i)
             estados.agrega({primerEstado + int(i), texto(detail::estados()[i])});
         estados.termina();
-        Lote ciudades(m_db, m_tr, QStringLiteral("CIUDADES"),
+        Lote ciudades(m_db,
+                      m_tr,
+                      QStringLiteral("CIUDADES"),
                       {{QStringLiteral("CIUDAD_ID"), QStringLiteral("INTEGER")},
                        {QStringLiteral("NOMBRE"), QStringLiteral("VARCHAR(50)")},
                        {QStringLiteral("ESTADO_ID"), QStringLiteral("INTEGER")}});
@@ -206,8 +210,9 @@ private:
         q.bind(QStringLiteral("m"), false);
         q.execute();
 
-        q.setSql(QStringLiteral("INSERT INTO ALMACENES (ALMACEN_ID, NOMBRE, NOMBRE_ABREV, ES_PREDET)"
-                                " VALUES (-1, :n, :a, :p) RETURNING ALMACEN_ID"));
+        q.setSql(
+            QStringLiteral("INSERT INTO ALMACENES (ALMACEN_ID, NOMBRE, NOMBRE_ABREV, ES_PREDET)"
+                           " VALUES (-1, :n, :a, :p) RETURNING ALMACEN_ID"));
         const auto &nombres = detail::almacenes();
         for (int i = 0; i < m_op.almacenes; ++i) {
             QString nombre = texto(nombres[size_t(i) % nombres.size()]);
@@ -231,7 +236,9 @@ private:
     void personas()
     {
         Azar a(m_op.semilla * 31 + 1);
-        Lote cajeros(m_db, m_tr, QStringLiteral("CAJEROS"),
+        Lote cajeros(m_db,
+                     m_tr,
+                     QStringLiteral("CAJEROS"),
                      {{QStringLiteral("CAJERO_ID"), QStringLiteral("INTEGER")},
                       {QStringLiteral("NOMBRE"), QStringLiteral("VARCHAR(50)")}});
         const int primerCajero = ids(m_op.cajeros);
@@ -241,7 +248,9 @@ private:
         }
         cajeros.termina();
 
-        Lote vendedores(m_db, m_tr, QStringLiteral("VENDEDORES"),
+        Lote vendedores(m_db,
+                        m_tr,
+                        QStringLiteral("VENDEDORES"),
                         {{QStringLiteral("VENDEDOR_ID"), QStringLiteral("INTEGER")},
                          {QStringLiteral("NOMBRE"), QStringLiteral("VARCHAR(50)")}});
         const int primerVendedor = ids(m_op.vendedores);
@@ -251,7 +260,9 @@ private:
         }
         vendedores.termina();
 
-        Lote empleados(m_db, m_tr, QStringLiteral("EMPLEADOS"),
+        Lote empleados(m_db,
+                       m_tr,
+                       QStringLiteral("EMPLEADOS"),
                        {{QStringLiteral("EMPLEADO_ID"), QStringLiteral("INTEGER")},
                         {QStringLiteral("NUMERO"), QStringLiteral("INTEGER")},
                         {QStringLiteral("NOMBRE_COMPLETO"), QStringLiteral("VARCHAR(100)")},
@@ -272,8 +283,8 @@ private:
     int rolCliente(const QString &nombre, bool principal)
     {
         fb::Query q(&m_db, &m_tr);
-        q.setSql(QStringLiteral(
-            "SELECT ROL_CLAVE_CLI_ID FROM ROLES_CLAVES_CLIENTES WHERE NOMBRE = :n"));
+        q.setSql(
+            QStringLiteral("SELECT ROL_CLAVE_CLI_ID FROM ROLES_CLAVES_CLIENTES WHERE NOMBRE = :n"));
         q.bind(QStringLiteral("n"), nombre);
         q.open();
         if (!q.eof())
@@ -296,19 +307,27 @@ private:
         const int rolPuntos = rolCliente(QStringLiteral("Clave Puntos"), false);
         const int rolRfc = rolCliente(QStringLiteral("RFC"), false);
 
-        Lote clientes(m_db, m_tr, QStringLiteral("CLIENTES"),
+        Lote clientes(m_db,
+                      m_tr,
+                      QStringLiteral("CLIENTES"),
                       {{QStringLiteral("CLIENTE_ID"), QStringLiteral("INTEGER")},
                        {QStringLiteral("NOMBRE"), QStringLiteral("VARCHAR(200)")},
                        {QStringLiteral("ESTATUS"), QStringLiteral("CHAR(1)")},
                        {QStringLiteral("LIMITE_CREDITO"), QStringLiteral("NUMERIC(15,2)")}});
-        Lote claves(m_db, m_tr, QStringLiteral("CLAVES_CLIENTES"),
+        Lote claves(m_db,
+                    m_tr,
+                    QStringLiteral("CLAVES_CLIENTES"),
                     {{QStringLiteral("CLAVE_CLIENTE_ID"), QStringLiteral("INTEGER")},
                      {QStringLiteral("CLIENTE_ID"), QStringLiteral("INTEGER")},
                      {QStringLiteral("CLAVE_CLIENTE"), QStringLiteral("VARCHAR(20)")},
                      {QStringLiteral("ROL_CLAVE_CLI_ID"), QStringLiteral("INTEGER")}});
-        Lote libres(m_db, m_tr, QStringLiteral("LIBRES_CLIENTES"),
+        Lote libres(m_db,
+                    m_tr,
+                    QStringLiteral("LIBRES_CLIENTES"),
                     {{QStringLiteral("CLIENTE_ID"), QStringLiteral("INTEGER")}});
-        Lote dirs(m_db, m_tr, QStringLiteral("DIRS_CLIENTES"),
+        Lote dirs(m_db,
+                  m_tr,
+                  QStringLiteral("DIRS_CLIENTES"),
                   {{QStringLiteral("DIR_CLI_ID"), QStringLiteral("INTEGER")},
                    {QStringLiteral("CLIENTE_ID"), QStringLiteral("INTEGER")},
                    {QStringLiteral("NOMBRE_CONSIG"), QStringLiteral("VARCHAR(200)")},
@@ -324,20 +343,22 @@ private:
         dirs.despuesDe(clientes);
         const int n = m_op.clientes;
         const int primero = ids(n);
-        const qint64 espacio = qint64(detail::nombresPila().size()) * qint64(detail::apellidos().size())
+        const qint64 espacio = qint64(detail::nombresPila().size())
+                               * qint64(detail::apellidos().size())
                                * qint64(detail::apellidos().size());
         auto direccion = [&](int cliente, const QString &consignatario, const QString &correo) {
-            const Ciudad &c = m_ciudades[size_t(a.entre(0, 99) < 60 ? a.entre(0, 6)
-                                                                      : a.entre(0, int(m_ciudades.size()) - 1))];
-            dirs.agrega({idCatalogo(),
-                         cliente,
-                         consignatario,
-                         QStringLiteral("%1 %2").arg(texto(a.de(detail::calles()))).arg(a.entre(1, 4999)),
-                         texto(a.de(detail::colonias())),
-                         c.id,
-                         c.estado,
-                         QStringLiteral("81 %1 %2").arg(a.entre(1000, 9999)).arg(a.entre(1000, 9999)),
-                         correo.isEmpty() ? nulo() : QVariant(correo)});
+            const Ciudad &c = m_ciudades[size_t(
+                a.entre(0, 99) < 60 ? a.entre(0, 6) : a.entre(0, int(m_ciudades.size()) - 1))];
+            dirs.agrega(
+                {idCatalogo(),
+                 cliente,
+                 consignatario,
+                 QStringLiteral("%1 %2").arg(texto(a.de(detail::calles()))).arg(a.entre(1, 4999)),
+                 texto(a.de(detail::colonias())),
+                 c.id,
+                 c.estado,
+                 QStringLiteral("81 %1 %2").arg(a.entre(1000, 9999)).arg(a.entre(1000, 9999)),
+                 correo.isEmpty() ? nulo() : QVariant(correo)});
         };
         for (int i = 0; i < n; ++i) {
             const int id = primero + i;
@@ -360,17 +381,23 @@ private:
                                 : estatus <= 97          ? QStringLiteral("B")
                                 : estatus <= 99          ? QStringLiteral("C")
                                                          : QStringLiteral("V");
-            clientes.agrega({id, nombre, est, dec(publico ? 0 : qint64(a.entre(0, 40)) * 500000, 2)});
+            clientes.agrega(
+                {id, nombre, est, dec(publico ? 0 : qint64(a.entre(0, 40)) * 500000, 2)});
             if (est == u"A" && !publico)
                 m_clientesActivos.push_back(id);
             if (publico)
                 m_publico = id;
 
-            claves.agrega({idCatalogo(), id, QStringLiteral("C%1").arg(i + 1, 6, 10, QChar(u'0')), rolPrincipal});
+            claves.agrega({idCatalogo(),
+                           id,
+                           QStringLiteral("C%1").arg(i + 1, 6, 10, QChar(u'0')),
+                           rolPrincipal});
             if (!publico && a.porCiento(65))
-                claves.agrega({idCatalogo(), id, QStringLiteral("TP%1").arg(10000000 + i), rolPuntos});
+                claves.agrega(
+                    {idCatalogo(), id, QStringLiteral("TP%1").arg(10000000 + i), rolPuntos});
             if (!publico && a.porCiento(30))
-                claves.agrega({idCatalogo(), id,
+                claves.agrega({idCatalogo(),
+                               id,
                                QStringLiteral("%1%2%3")
                                    .arg(detail::sinAcentos(nombre).left(4).toUpper().remove(u' '))
                                    .arg(a.entre(500101, 991231))
@@ -430,10 +457,14 @@ private:
             int siguienteClave = 1;
         };
         std::vector<Linea> lineas;
-        Lote grupos(m_db, m_tr, QStringLiteral("GRUPOS_LINEAS"),
+        Lote grupos(m_db,
+                    m_tr,
+                    QStringLiteral("GRUPOS_LINEAS"),
                     {{QStringLiteral("GRUPO_LINEA_ID"), QStringLiteral("INTEGER")},
                      {QStringLiteral("NOMBRE"), QStringLiteral("VARCHAR(50)")}});
-        Lote lotesLineas(m_db, m_tr, QStringLiteral("LINEAS_ARTICULOS"),
+        Lote lotesLineas(m_db,
+                         m_tr,
+                         QStringLiteral("LINEAS_ARTICULOS"),
                          {{QStringLiteral("LINEA_ARTICULO_ID"), QStringLiteral("INTEGER")},
                           {QStringLiteral("NOMBRE"), QStringLiteral("VARCHAR(50)")},
                           {QStringLiteral("GRUPO_LINEA_ID"), QStringLiteral("INTEGER")}});
@@ -457,14 +488,17 @@ private:
         const int cTemporada = ids(1);
         const int cOrigen = ids(1);
         ejecuta(QStringLiteral("INSERT INTO CLASIFICADORES_CAT (CLASIFICADOR_ID, NOMBRE) VALUES"
-                               " (%1, 'Temporada')").arg(cTemporada));
+                               " (%1, 'Temporada')")
+                    .arg(cTemporada));
         ejecuta(QStringLiteral("INSERT INTO CLASIFICADORES_CAT (CLASIFICADOR_ID, NOMBRE) VALUES"
-                               " (%1, 'Origen')").arg(cOrigen));
+                               " (%1, 'Origen')")
+                    .arg(cOrigen));
         std::vector<int> valoresTemporada, valoresOrigen;
         q.setSql(QStringLiteral("INSERT INTO CLASIFICADORES_CAT_VALORES (VALOR_CLASIF_ID,"
                                 " CLASIFICADOR_ID, VALOR) VALUES (-1, :c, :v)"
                                 " RETURNING VALOR_CLASIF_ID"));
-        for (const QString &v : {QStringLiteral("Todo el año"), QStringLiteral("Primavera-verano"),
+        for (const QString &v : {QStringLiteral("Todo el año"),
+                                 QStringLiteral("Primavera-verano"),
                                  QStringLiteral("Otoño-invierno")}) {
             q.bind(QStringLiteral("c"), cTemporada);
             q.bind(QStringLiteral("v"), v);
@@ -478,7 +512,9 @@ private:
             valoresOrigen.push_back(q.field(0).toInt());
         }
 
-        Lote arts(m_db, m_tr, QStringLiteral("ARTICULOS"),
+        Lote arts(m_db,
+                  m_tr,
+                  QStringLiteral("ARTICULOS"),
                   {{QStringLiteral("ARTICULO_ID"), QStringLiteral("INTEGER")},
                    {QStringLiteral("NOMBRE"), QStringLiteral("VARCHAR(200)")},
                    {QStringLiteral("ES_ALMACENABLE"), QStringLiteral("CHAR(1)")},
@@ -488,21 +524,29 @@ private:
                    {QStringLiteral("UNIDAD_COMPRA"), QStringLiteral("VARCHAR(20)")},
                    {QStringLiteral("CONTENIDO_UNIDAD_COMPRA"), QStringLiteral("NUMERIC(18,5)")},
                    {QStringLiteral("LINEA_ARTICULO_ID"), QStringLiteral("INTEGER")}});
-        Lote claves(m_db, m_tr, QStringLiteral("CLAVES_ARTICULOS"),
+        Lote claves(m_db,
+                    m_tr,
+                    QStringLiteral("CLAVES_ARTICULOS"),
                     {{QStringLiteral("CLAVE_ARTICULO_ID"), QStringLiteral("INTEGER")},
                      {QStringLiteral("CLAVE_ARTICULO"), QStringLiteral("VARCHAR(20)")},
                      {QStringLiteral("ARTICULO_ID"), QStringLiteral("INTEGER")},
                      {QStringLiteral("ROL_CLAVE_ART_ID"), QStringLiteral("INTEGER")}});
-        Lote precios(m_db, m_tr, QStringLiteral("PRECIOS_ARTICULOS"),
+        Lote precios(m_db,
+                     m_tr,
+                     QStringLiteral("PRECIOS_ARTICULOS"),
                      {{QStringLiteral("PRECIO_ARTICULO_ID"), QStringLiteral("INTEGER")},
                       {QStringLiteral("ARTICULO_ID"), QStringLiteral("INTEGER")},
                       {QStringLiteral("PRECIO_EMPRESA_ID"), QStringLiteral("INTEGER")},
                       {QStringLiteral("MONEDA_ID"), QStringLiteral("INTEGER")},
                       {QStringLiteral("PRECIO"), QStringLiteral("NUMERIC(18,6)")},
                       {QStringLiteral("FECHA_HORA_ULT_MODIF"), QStringLiteral("TIMESTAMP")}});
-        Lote libres(m_db, m_tr, QStringLiteral("LIBRES_ARTICULOS"),
+        Lote libres(m_db,
+                    m_tr,
+                    QStringLiteral("LIBRES_ARTICULOS"),
                     {{QStringLiteral("ARTICULO_ID"), QStringLiteral("INTEGER")}});
-        Lote clasif(m_db, m_tr, QStringLiteral("ELEMENTOS_CAT_CLASIF"),
+        Lote clasif(m_db,
+                    m_tr,
+                    QStringLiteral("ELEMENTOS_CAT_CLASIF"),
                     {{QStringLiteral("ELEMENTO_ID"), QStringLiteral("INTEGER")},
                      {QStringLiteral("VALOR_CLASIF_ID"), QStringLiteral("INTEGER")}});
 
@@ -556,8 +600,8 @@ private:
                 const QString marca = texto(detail::marcas()[size_t(r % nm)]);
                 r /= nm;
                 const QString producto = texto(d.productos[size_t(r)]);
-                nombre = producto + u' ' + marca + (variante.isEmpty() ? QString() : u' ' + variante)
-                         + u' ' + presentacion;
+                nombre = producto + u' ' + marca
+                         + (variante.isEmpty() ? QString() : u' ' + variante) + u' ' + presentacion;
                 if (j >= espacio)
                     nombre += QStringLiteral(" (%1)").arg(j / espacio + 1);
                 lineaId = linea->id;
@@ -587,12 +631,15 @@ private:
 
             const QString prefijo = linea ? texto(linea->demo->prefijo) : QStringLiteral("SER");
             const int numero = linea ? linea->siguienteClave++ : i + 1;
-            const QString clave = QStringLiteral("%1-%2").arg(prefijo).arg(numero, 5, 10, QChar(u'0'));
+            const QString clave
+                = QStringLiteral("%1-%2").arg(prefijo).arg(numero, 5, 10, QChar(u'0'));
             claves.agrega({idCatalogo(), clave, id, rolPrincipal});
             if (almacenable && a.porCiento(90))
                 claves.agrega({idCatalogo(), codigoBarras(i), id, rolBarras});
             if (almacenable && a.porCiento(20))
-                claves.agrega({idCatalogo(), QStringLiteral("PRV-%1").arg(a.entre(100000, 999999)), id,
+                claves.agrega({idCatalogo(),
+                               QStringLiteral("PRV-%1").arg(a.entre(100000, 999999)),
+                               id,
                                rolProveedor});
 
             const QDateTime cambio(m_hasta.addDays(-a.entre(0, 400)),
@@ -637,13 +684,18 @@ private:
 
     void conceptos()
     {
-        m_conceptoInicial = detail::creaConcepto(m_db, m_tr, QStringLiteral("Inventario inicial"),
-                                                 u'E', QStringLiteral("II"), true);
-        detail::creaConcepto(m_db, m_tr, QStringLiteral("Compra"), u'E', QStringLiteral("CO"), true);
-        detail::creaConcepto(m_db, m_tr, QStringLiteral("Salida por merma"), u'S',
-                             QStringLiteral("SM"), false);
-        detail::creaConcepto(m_db, m_tr, QStringLiteral("Salida por consumo interno"), u'S',
-                             QStringLiteral("SCI"), false);
+        m_conceptoInicial = detail::creaConcepto(
+            m_db, m_tr, QStringLiteral("Inventario inicial"), u'E', QStringLiteral("II"), true);
+        detail::creaConcepto(
+            m_db, m_tr, QStringLiteral("Compra"), u'E', QStringLiteral("CO"), true);
+        detail::creaConcepto(
+            m_db, m_tr, QStringLiteral("Salida por merma"), u'S', QStringLiteral("SM"), false);
+        detail::creaConcepto(m_db,
+                             m_tr,
+                             QStringLiteral("Salida por consumo interno"),
+                             u'S',
+                             QStringLiteral("SCI"),
+                             false);
         avance(QStringLiteral("Conceptos de inventario: 4"));
     }
 
@@ -652,7 +704,9 @@ private:
         Azar a(m_op.semilla * 31 + 4);
         const QDate fecha = m_desde.addDays(-1);
         int lineas = 0;
-        Lote comprom(m_db, m_tr, QStringLiteral("COMPROM_ARTICULOS"),
+        Lote comprom(m_db,
+                     m_tr,
+                     QStringLiteral("COMPROM_ARTICULOS"),
                      {{QStringLiteral("ARTICULO_ID"), QStringLiteral("INTEGER")},
                       {QStringLiteral("ALMACEN_ID"), QStringLiteral("INTEGER")},
                       {QStringLiteral("UNIDADES_COMPROM"), QStringLiteral("NUMERIC(18,5)")}});
@@ -679,7 +733,9 @@ private:
                 q.bind(QStringLiteral("suc"), m_sucursal);
             q.execute();
 
-            Lote det(m_db, m_tr, QStringLiteral("DOCTOS_IN_DET"),
+            Lote det(m_db,
+                     m_tr,
+                     QStringLiteral("DOCTOS_IN_DET"),
                      {{QStringLiteral("DOCTO_IN_DET_ID"), QStringLiteral("INTEGER")},
                       {QStringLiteral("DOCTO_IN_ID"), QStringLiteral("INTEGER")},
                       {QStringLiteral("ALMACEN_ID"), QStringLiteral("INTEGER")},
@@ -804,7 +860,9 @@ private:
         };
         Lote pv(m_db, m_tr, QStringLiteral("DOCTOS_PV"), columnasCabecera(true));
         Lote ve(m_db, m_tr, QStringLiteral("DOCTOS_VE"), columnasCabecera(false));
-        Lote pvDet(m_db, m_tr, QStringLiteral("DOCTOS_PV_DET"),
+        Lote pvDet(m_db,
+                   m_tr,
+                   QStringLiteral("DOCTOS_PV_DET"),
                    {{QStringLiteral("DOCTO_PV_DET_ID"), QStringLiteral("INTEGER")},
                     {QStringLiteral("DOCTO_PV_ID"), QStringLiteral("INTEGER")},
                     {QStringLiteral("ARTICULO_ID"), QStringLiteral("INTEGER")},
@@ -814,7 +872,9 @@ private:
                     {QStringLiteral("PRECIO_UNITARIO"), QStringLiteral("NUMERIC(18,6)")},
                     {QStringLiteral("PRECIO_UNITARIO_IMPTO"), QStringLiteral("NUMERIC(18,6)")},
                     {QStringLiteral("ROL"), QStringLiteral("CHAR(1)")}});
-        Lote veDet(m_db, m_tr, QStringLiteral("DOCTOS_VE_DET"),
+        Lote veDet(m_db,
+                   m_tr,
+                   QStringLiteral("DOCTOS_VE_DET"),
                    {{QStringLiteral("DOCTO_VE_DET_ID"), QStringLiteral("INTEGER")},
                     {QStringLiteral("DOCTO_VE_ID"), QStringLiteral("INTEGER")},
                     {QStringLiteral("ARTICULO_ID"), QStringLiteral("INTEGER")},
@@ -857,14 +917,15 @@ private:
                 }
                 tipo = QStringLiteral("D");
             } else {
-                v.cliente = esPv && a.porCiento(35)
-                                ? m_publico
-                                : m_clientesActivos[size_t(a.sesgado(int(m_clientesActivos.size())))];
+                v.cliente
+                    = esPv && a.porCiento(35)
+                          ? m_publico
+                          : m_clientesActivos[size_t(a.sesgado(int(m_clientesActivos.size())))];
                 v.cajero = m_cajeros[size_t(a.entre(0, int(m_cajeros.size()) - 1))];
                 v.vendedor = m_vendedores[size_t(a.entre(0, int(m_vendedores.size()) - 1))];
                 v.renglones = renglones(a);
-                tipo = esPv ? QStringLiteral("V") : (a.porCiento(13) ? QStringLiteral("R")
-                                                                      : QStringLiteral("F"));
+                tipo = esPv ? QStringLiteral("V")
+                            : (a.porCiento(13) ? QStringLiteral("R") : QStringLiteral("F"));
                 recientes.push_back(v);
                 if (recientes.size() > 200)
                     recientes.pop_front();
@@ -923,7 +984,10 @@ private:
                              dec(1000000, 6),
                              QDateTime(fecha, hora)};
             if (esPv)
-                cab << hora << v.cajero << int(std::find(m_cajeros.begin(), m_cajeros.end(), v.cajero) - m_cajeros.begin()) + 1;
+                cab << hora << v.cajero
+                    << int(std::find(m_cajeros.begin(), m_cajeros.end(), v.cajero)
+                           - m_cajeros.begin())
+                           + 1;
             else
                 cab << v.vendedor;
             if (!suc.isEmpty())

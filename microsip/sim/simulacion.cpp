@@ -52,24 +52,30 @@ std::vector<int> ids(fb::Database &db, const QString &sql)
 ResumenSimulacion simula(fb::Database &empresa, const OpcionesSimulacion &op)
 {
     if (op.ventas < 0 || op.ventas > 100000)
-        throw fb::Error(QStringLiteral("El número de ventas debe estar entre 0 y 100000: %1.").arg(op.ventas));
+        throw fb::Error(
+            QStringLiteral("El número de ventas debe estar entre 0 y 100000: %1.").arg(op.ventas));
     if (op.dias < 1 || op.dias > 3650)
-        throw fb::Error(QStringLiteral("El número de días debe estar entre 1 y 3650: %1.").arg(op.dias));
-    const std::vector<int> clientes = ids(empresa, QStringLiteral("SELECT CLIENTE_ID FROM CLIENTES"
-                                                                  " WHERE ESTATUS = 'A' ORDER BY 1"));
+        throw fb::Error(
+            QStringLiteral("El número de días debe estar entre 1 y 3650: %1.").arg(op.dias));
+    const std::vector<int> clientes = ids(empresa,
+                                          QStringLiteral("SELECT CLIENTE_ID FROM CLIENTES"
+                                                         " WHERE ESTATUS = 'A' ORDER BY 1"));
     // Articles on sale with a list price; the stocked ones with stock in the default
     // warehouse, as a cashier would find them on the shelf.
     const std::vector<int> articulos = ids(
         empresa,
-        QStringLiteral("SELECT A.ARTICULO_ID FROM ARTICULOS A WHERE A.ESTATUS = 'A' AND A.ES_JUEGO = 'N'"
-                       " AND EXISTS (SELECT 1 FROM PRECIOS_ARTICULOS P WHERE P.ARTICULO_ID = A.ARTICULO_ID)"
-                       " AND (A.ES_ALMACENABLE = 'N' OR EXISTS (SELECT 1 FROM SALDOS_IN S"
-                       "   WHERE S.ARTICULO_ID = A.ARTICULO_ID AND S.ENTRADAS_UNIDADES > S.SALIDAS_UNIDADES))"
-                       " ORDER BY 1"));
+        QStringLiteral(
+            "SELECT A.ARTICULO_ID FROM ARTICULOS A WHERE A.ESTATUS = 'A' AND A.ES_JUEGO = 'N'"
+            " AND EXISTS (SELECT 1 FROM PRECIOS_ARTICULOS P WHERE P.ARTICULO_ID = A.ARTICULO_ID)"
+            " AND (A.ES_ALMACENABLE = 'N' OR EXISTS (SELECT 1 FROM SALDOS_IN S"
+            "   WHERE S.ARTICULO_ID = A.ARTICULO_ID AND S.ENTRADAS_UNIDADES > S.SALIDAS_UNIDADES))"
+            " ORDER BY 1"));
     if (clientes.empty() || articulos.empty())
-        throw fb::Error(QStringLiteral("La empresa no tiene clientes activos o artículos a la venta: "
-                                       "siémbrela primero."));
-    const std::vector<int> cajeros = ids(empresa, QStringLiteral("SELECT CAJERO_ID FROM CAJEROS ORDER BY 1"));
+        throw fb::Error(
+            QStringLiteral("La empresa no tiene clientes activos o artículos a la venta: "
+                           "siémbrela primero."));
+    const std::vector<int> cajeros
+        = ids(empresa, QStringLiteral("SELECT CAJERO_ID FROM CAJEROS ORDER BY 1"));
 
     Azar a(op.semilla * 77 + 3);
     Documentos docs(empresa);
@@ -79,7 +85,8 @@ ResumenSimulacion simula(fb::Database &empresa, const OpcionesSimulacion &op)
     for (int i = 0; i < op.ventas; ++i) {
         Documento d;
         d.sistema = a.porCiento(80) ? Sistema::PV : Sistema::VE;
-        d.fecha = hasta.addDays(-qint64(op.dias - 1) + qint64(i) * op.dias / std::max(1, op.ventas));
+        d.fecha
+            = hasta.addDays(-qint64(op.dias - 1) + qint64(i) * op.dias / std::max(1, op.ventas));
         d.clienteId = clientes[size_t(a.entre(0, int(clientes.size()) - 1))];
         if (!cajeros.empty())
             d.cajeroId = cajeros[size_t(a.entre(0, int(cajeros.size()) - 1))];

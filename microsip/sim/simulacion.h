@@ -27,10 +27,10 @@ struct OpcionesSimulacion
 
 struct ResumenSimulacion
 {
-    int ventas = 0;      // created and applied
+    int ventas = 0; // created and applied
     int canceladas = 0;
     int devoluciones = 0;
-    int rechazadas = 0;  // refused by Microsip (no stock) or by a trigger
+    int rechazadas = 0; // refused by Microsip (no stock) or by a trigger
 };
 
 ResumenSimulacion simula(fb::Database &empresa, const OpcionesSimulacion &opciones);

@@ -54,8 +54,7 @@ QString literal(const QString &texto)
 bool existeTabla(fb::Database &db, fb::Transaction &tr, const QString &tabla)
 {
     fb::Query q(&db, &tr);
-    q.setSql(QStringLiteral(
-        "SELECT COUNT(*) FROM RDB$RELATIONS WHERE RDB$RELATION_NAME = :t"));
+    q.setSql(QStringLiteral("SELECT COUNT(*) FROM RDB$RELATIONS WHERE RDB$RELATION_NAME = :t"));
     q.bind(QStringLiteral("t"), tabla.toUpper());
     q.open();
     return q.field(0).toInt() > 0;

@@ -45,11 +45,11 @@ private:
     std::unique_ptr<lartest::EntornoPrueba> m_e;
     fb::Database m_db;
     std::unique_ptr<microsip::Documentos> m_docs;
-    QString m_art;       // a stocked article's main key
+    QString m_art; // a stocked article's main key
     int m_artId = 0;
-    QString m_barras;    // the barcode of another stocked article
-    QString m_servicio;  // an article that isn't stocked
-    QString m_cliente;   // a customer's main key
+    QString m_barras;   // the barcode of another stocked article
+    QString m_servicio; // an article that isn't stocked
+    QString m_cliente;  // a customer's main key
     int m_almacen = 0;
 
     QVariant valor(const QString &sql, const QVariant &p = {})
@@ -103,8 +103,9 @@ private:
 
     qint64 cuenta()
     {
-        return valor(QStringLiteral("SELECT (SELECT COUNT(*) FROM DOCTOS_PV) + (SELECT COUNT(*) FROM"
-                                    " DOCTOS_VE) + (SELECT COUNT(*) FROM DOCTOS_IN) FROM RDB$DATABASE"))
+        return valor(QStringLiteral(
+                         "SELECT (SELECT COUNT(*) FROM DOCTOS_PV) + (SELECT COUNT(*) FROM"
+                         " DOCTOS_VE) + (SELECT COUNT(*) FROM DOCTOS_IN) FROM RDB$DATABASE"))
             .toLongLong();
     }
 
@@ -137,7 +138,8 @@ private slots:
                         " IF (INSERTING) THEN INSERT INTO T_AUDITORIA VALUES (NEXT VALUE FOR T_AUD,"
                         "  '%1', NEW.DOCTO_%1_ID, 'I' || NEW.APLICADO || NEW.ESTATUS);"
                         " IF (UPDATING) THEN INSERT INTO T_AUDITORIA VALUES (NEXT VALUE FOR T_AUD,"
-                        "  '%1', NEW.DOCTO_%1_ID, TRIM('U' || OLD.APLICADO || NEW.APLICADO || OLD.ESTATUS"
+                        "  '%1', NEW.DOCTO_%1_ID, TRIM('U' || OLD.APLICADO || NEW.APLICADO || "
+                        "OLD.ESTATUS"
                         "  || NEW.ESTATUS || IIF(OLD.IMPORTE_NETO IS DISTINCT FROM NEW.IMPORTE_NETO"
                         "  OR OLD.TOTAL_IMPUESTOS IS DISTINCT FROM NEW.TOTAL_IMPUESTOS, '$', '')));"
                         " IF (DELETING) THEN INSERT INTO T_AUDITORIA VALUES (NEXT VALUE FOR T_AUD,"
@@ -150,7 +152,8 @@ private slots:
                         .arg(s));
         }
 
-        m_almacen = valor(QStringLiteral("SELECT ALMACEN_ID FROM ALMACENES WHERE ES_PREDET = 'S'")).toInt();
+        m_almacen = valor(QStringLiteral("SELECT ALMACEN_ID FROM ALMACENES WHERE ES_PREDET = 'S'"))
+                        .toInt();
         const QString conExistencia = QStringLiteral(
             "SELECT FIRST 1 SKIP %1 C.CLAVE_ARTICULO FROM ARTICULOS A JOIN CLAVES_ARTICULOS C"
             " ON C.ARTICULO_ID = A.ARTICULO_ID JOIN ROLES_CLAVES_ARTICULOS R"
@@ -158,7 +161,8 @@ private slots:
             " WHERE A.ES_ALMACENABLE = 'S' AND A.ESTATUS = 'A' AND R.NOMBRE = '%2'"
             " ORDER BY A.ARTICULO_ID");
         m_art = valor(conExistencia.arg(0).arg(QStringLiteral("Clave principal"))).toString();
-        m_artId = valor(QStringLiteral("SELECT ARTICULO_ID FROM CLAVES_ARTICULOS WHERE CLAVE_ARTICULO = ?"),
+        m_artId = valor(QStringLiteral(
+                            "SELECT ARTICULO_ID FROM CLAVES_ARTICULOS WHERE CLAVE_ARTICULO = ?"),
                         m_art)
                       .toInt();
         m_barras = valor(conExistencia.arg(3).arg(QStringLiteral("Código de barras"))).toString();
@@ -223,10 +227,11 @@ private slots:
         QCOMPARE(c.aplicado, u'N');
         QVERIFY2(c.folio.startsWith(u'A') && c.folio.size() == 9, qPrintable(c.folio));
         QCOMPARE(c.fecha, QDate(2026, 7, 15));
-        QCOMPARE(c.clienteId, valor(QStringLiteral("SELECT CLIENTE_ID FROM CLAVES_CLIENTES WHERE"
-                                                   " CLAVE_CLIENTE = ?"),
-                                    m_cliente)
-                                  .toInt());
+        QCOMPARE(c.clienteId,
+                 valor(QStringLiteral("SELECT CLIENTE_ID FROM CLAVES_CLIENTES WHERE"
+                                      " CLAVE_CLIENTE = ?"),
+                       m_cliente)
+                     .toInt());
         // The service's shelf price: its list price (without tax) plus 16 %.
         const qint64 lista = valor(QStringLiteral("SELECT CAST(P.PRECIO * 100 AS BIGINT) FROM"
                                                   " PRECIOS_ARTICULOS P JOIN CLAVES_ARTICULOS C ON"
@@ -275,7 +280,8 @@ private slots:
         QCOMPARE(cz.importeNeto, fb::Decimal(9999, 2));
         // The next folio of the series follows the last one; other series don't count.
         const QString siguiente = m_docs->lee(Sistema::PV, m_docs->crea(venta())).folio;
-        QCOMPARE(siguiente, QStringLiteral("A%1").arg(c.folio.mid(1).toInt() + 1, 8, 10, QChar(u'0')));
+        QCOMPARE(siguiente,
+                 QStringLiteral("A%1").arg(c.folio.mid(1).toInt() + 1, 8, 10, QChar(u'0')));
     }
 
     // Applying moves the stock through an inventory document; a header inserted
@@ -293,13 +299,14 @@ private slots:
         QCOMPARE(existencia(m_artId), inicial - 3);
         const int in = m_docs->lee(Sistema::PV, id).doctoInId;
         QVERIFY(in > 0);
-        QCOMPARE(valor(QStringLiteral("SELECT D.SISTEMA_ORIGEN || D.NATURALEZA_CONCEPTO || D.APLICADO"
-                                      " || D.CANCELADO || ' ' || C.NOMBRE FROM DOCTOS_IN D JOIN"
-                                      " CONCEPTOS_IN C ON C.CONCEPTO_IN_ID = D.CONCEPTO_IN_ID"
-                                      " WHERE D.DOCTO_IN_ID = ?"),
-                       in)
-                     .toString(),
-                 QStringLiteral("PVSSN Salida por venta"));
+        QCOMPARE(
+            valor(QStringLiteral("SELECT D.SISTEMA_ORIGEN || D.NATURALEZA_CONCEPTO || D.APLICADO"
+                                 " || D.CANCELADO || ' ' || C.NOMBRE FROM DOCTOS_IN D JOIN"
+                                 " CONCEPTOS_IN C ON C.CONCEPTO_IN_ID = D.CONCEPTO_IN_ID"
+                                 " WHERE D.DOCTO_IN_ID = ?"),
+                  in)
+                .toString(),
+            QStringLiteral("PVSSN Salida por venta"));
 
         const int dev = m_docs->devuelve(Sistema::PV, id, {renglon(m_art, "1")});
         QCOMPARE(existencia(m_artId), inicial - 2);
@@ -320,10 +327,11 @@ private slots:
         QCOMPARE(existencia(m_artId), inicial - 4);
         m_docs->elimina(Sistema::VE, otra);
         QCOMPARE(existencia(m_artId), inicial);
-        QCOMPARE(valor(QStringLiteral("SELECT COUNT(*) FROM DOCTOS_ENTRE_SIS WHERE DOCTO_FTE_ID = ?"),
-                       otra)
-                     .toInt(),
-                 0);
+        QCOMPARE(
+            valor(QStringLiteral("SELECT COUNT(*) FROM DOCTOS_ENTRE_SIS WHERE DOCTO_FTE_ID = ?"),
+                  otra)
+                .toInt(),
+            0);
 
         // Services move nothing: a sale of services only has no inventory document.
         Documento servicio = venta();
@@ -344,12 +352,13 @@ private slots:
         QCOMPARE(c.importeNeto.unscaled() + c.totalImpuestos.unscaled(), 5800);
         // Without lines: what is left of the sale, whole.
         const int resto = m_docs->devuelve(Sistema::PV, id);
-        QCOMPARE(valor(QStringLiteral("SELECT LIST(CLAVE_ARTICULO || ':' || CAST(UNIDADES AS INTEGER),"
-                                      " ' ') FROM (SELECT * FROM DOCTOS_PV_DET WHERE DOCTO_PV_ID = ?"
-                                      " ORDER BY POSICION)"),
-                       resto)
-                     .toString(),
-                 QStringLiteral("%1:3 %2:1").arg(m_art, m_barras));
+        QCOMPARE(
+            valor(QStringLiteral("SELECT LIST(CLAVE_ARTICULO || ':' || CAST(UNIDADES AS INTEGER),"
+                                 " ' ') FROM (SELECT * FROM DOCTOS_PV_DET WHERE DOCTO_PV_ID = ?"
+                                 " ORDER BY POSICION)"),
+                  resto)
+                .toString(),
+            QStringLiteral("%1:3 %2:1").arg(m_art, m_barras));
         const microsip::Cabecera v = m_docs->lee(Sistema::PV, id);
         QCOMPARE(v.estatus, u'N');
         QCOMPARE(v.aplicado, u'S');
@@ -369,20 +378,25 @@ private slots:
     {
         QTest::addColumn<int>("caso");
         QTest::addColumn<QString>("mensaje");
-        QTest::newRow("artículo") << 0 << QStringLiteral("No existe el artículo con clave 'NO-HAY'.");
+        QTest::newRow("artículo") << 0
+                                  << QStringLiteral("No existe el artículo con clave 'NO-HAY'.");
         QTest::newRow("cliente") << 1 << QStringLiteral("No existe el cliente con clave 'NADIE'.");
         QTest::newRow("unidades") << 2 << QStringLiteral("deben ser mayores que cero");
         QTest::newRow("precio") << 3 << QStringLiteral("no puede ser negativo");
-        QTest::newRow("ventas sin cliente") << 4
-                                            << QStringLiteral("Indique el cliente del documento de ventas.");
+        QTest::newRow("ventas sin cliente")
+            << 4 << QStringLiteral("Indique el cliente del documento de ventas.");
         QTest::newRow("aplicar dos veces") << 5 << QStringLiteral("ya está aplicado.");
         QTest::newRow("cancelar dos veces") << 6 << QStringLiteral("ya está cancelado.");
         QTest::newRow("no es devolución") << 7 << QStringLiteral("no es una devolución.");
-        QTest::newRow("devolver de más") << 8 << QStringLiteral("Se devuelven más unidades de las vendidas");
-        QTest::newRow("devolver sin aplicar") << 9 << QStringLiteral("Solo se devuelve una venta aplicada");
-        QTest::newRow("modificar aplicado") << 10 << QStringLiteral("desaplíquelo antes de modificarlo");
+        QTest::newRow("devolver de más")
+            << 8 << QStringLiteral("Se devuelven más unidades de las vendidas");
+        QTest::newRow("devolver sin aplicar")
+            << 9 << QStringLiteral("Solo se devuelve una venta aplicada");
+        QTest::newRow("modificar aplicado")
+            << 10 << QStringLiteral("desaplíquelo antes de modificarlo");
         QTest::newRow("sin existencia") << 11 << QStringLiteral("No hay existencia suficiente");
-        QTest::newRow("documento") << 12 << QStringLiteral("No existe el documento 999999 de ventas.");
+        QTest::newRow("documento")
+            << 12 << QStringLiteral("No existe el documento 999999 de ventas.");
     }
 
     // Refused with a Spanish message, and nothing of the operation stays.
@@ -397,25 +411,54 @@ private slots:
         Documento d = venta();
         try {
             switch (caso) {
-            case 0: d.renglones << renglon(QStringLiteral("NO-HAY"), "1", dec("1")); m_docs->vende(d); break;
-            case 1: d.claveCliente = QStringLiteral("NADIE"); m_docs->vende(d); break;
-            case 2: d.renglones.first().unidades = dec("0"); m_docs->vende(d); break;
-            case 3: d.renglones.first().precio = dec("-1"); m_docs->vende(d); break;
-            case 4: d.sistema = Sistema::VE; d.claveCliente.clear(); m_docs->vende(d); break;
-            case 5: m_docs->aplica(Sistema::PV, aplicada); break;
+            case 0:
+                d.renglones << renglon(QStringLiteral("NO-HAY"), "1", dec("1"));
+                m_docs->vende(d);
+                break;
+            case 1:
+                d.claveCliente = QStringLiteral("NADIE");
+                m_docs->vende(d);
+                break;
+            case 2:
+                d.renglones.first().unidades = dec("0");
+                m_docs->vende(d);
+                break;
+            case 3:
+                d.renglones.first().precio = dec("-1");
+                m_docs->vende(d);
+                break;
+            case 4:
+                d.sistema = Sistema::VE;
+                d.claveCliente.clear();
+                m_docs->vende(d);
+                break;
+            case 5:
+                m_docs->aplica(Sistema::PV, aplicada);
+                break;
             case 6:
                 m_docs->cancela(Sistema::PV, pendiente);
                 m_docs->cancela(Sistema::PV, pendiente);
                 break;
-            case 7: m_docs->cancelaDevolucion(Sistema::PV, aplicada); break;
-            case 8: m_docs->devuelve(Sistema::PV, aplicada, {renglon(m_art, "3")}); break;
-            case 9: m_docs->devuelve(Sistema::PV, pendiente); break;
-            case 10: m_docs->modifica(Sistema::PV, aplicada, {renglon(m_art, "1", dec("1"))}); break;
+            case 7:
+                m_docs->cancelaDevolucion(Sistema::PV, aplicada);
+                break;
+            case 8:
+                m_docs->devuelve(Sistema::PV, aplicada, {renglon(m_art, "3")});
+                break;
+            case 9:
+                m_docs->devuelve(Sistema::PV, pendiente);
+                break;
+            case 10:
+                m_docs->modifica(Sistema::PV, aplicada, {renglon(m_art, "1", dec("1"))});
+                break;
             case 11:
-                d.renglones.first().unidades = fb::Decimal::fromInt(qint64(existencia(m_artId)) + 1);
+                d.renglones.first().unidades
+                    = fb::Decimal::fromInt(qint64(existencia(m_artId)) + 1);
                 m_docs->vende(d);
                 break;
-            case 12: m_docs->cancela(Sistema::VE, 999999); break;
+            case 12:
+                m_docs->cancela(Sistema::VE, 999999);
+                break;
             }
             QFAIL("no hubo error");
         } catch (const fb::Error &e) {
@@ -490,13 +533,14 @@ private slots:
     {
         microsip::aplicaEscenario(m_db, QStringLiteral("importe"));
         const auto periodo = [&] {
-            return valor(QStringLiteral("SELECT LIST(S || T || E || A || CLIENTE_ID || ':' || NETO, ' ')"
-                                        " FROM (SELECT * FROM (SELECT 'PV' S, TIPO_DOCTO T, ESTATUS E,"
-                                        " APLICADO A, CLIENTE_ID, IMPORTE_NETO NETO, FECHA, DOCTO_PV_ID"
-                                        " ID FROM DOCTOS_PV UNION ALL SELECT 'VE', TIPO_DOCTO, ESTATUS,"
-                                        " APLICADO, CLIENTE_ID, IMPORTE_NETO, FECHA, DOCTO_VE_ID FROM"
-                                        " DOCTOS_VE) WHERE FECHA BETWEEN ? AND DATE '2027-01-31'"
-                                        " ORDER BY ID)"),
+            return valor(QStringLiteral(
+                             "SELECT LIST(S || T || E || A || CLIENTE_ID || ':' || NETO, ' ')"
+                             " FROM (SELECT * FROM (SELECT 'PV' S, TIPO_DOCTO T, ESTATUS E,"
+                             " APLICADO A, CLIENTE_ID, IMPORTE_NETO NETO, FECHA, DOCTO_PV_ID"
+                             " ID FROM DOCTOS_PV UNION ALL SELECT 'VE', TIPO_DOCTO, ESTATUS,"
+                             " APLICADO, CLIENTE_ID, IMPORTE_NETO, FECHA, DOCTO_VE_ID FROM"
+                             " DOCTOS_VE) WHERE FECHA BETWEEN ? AND DATE '2027-01-31'"
+                             " ORDER BY ID)"),
                          QDate(2027, 1, 29))
                 .toString();
         };
@@ -526,30 +570,40 @@ private slots:
 
     void ajustesDePuntos()
     {
-        microsip::aplicaEscenario(m_db, QStringLiteral("importe"),
+        microsip::aplicaEscenario(m_db,
+                                  QStringLiteral("importe"),
                                   {{QStringLiteral("Factor Cantidad Pesos"), QStringLiteral("50")},
                                    {QStringLiteral("Nueva clave"), QStringLiteral("x")}});
-        QCOMPARE(microsip::leePuntos(m_db, QStringLiteral("Puntos Importe Activo")), QStringLiteral("S"));
-        QCOMPARE(microsip::leePuntos(m_db, QStringLiteral("Factor Cantidad Pesos")), QStringLiteral("50"));
+        QCOMPARE(microsip::leePuntos(m_db, QStringLiteral("Puntos Importe Activo")),
+                 QStringLiteral("S"));
+        QCOMPARE(microsip::leePuntos(m_db, QStringLiteral("Factor Cantidad Pesos")),
+                 QStringLiteral("50"));
         QCOMPARE(microsip::leePuntos(m_db, QStringLiteral("Nueva clave")), QStringLiteral("x"));
         QCOMPARE(microsip::leePuntos(m_db, QStringLiteral("No existe")), std::nullopt);
         // Written again, not doubled: one row per key under one folder.
         microsip::aplicaEscenario(m_db, QStringLiteral("apagado"));
-        QCOMPARE(valor(QStringLiteral("SELECT COUNT(*) - COUNT(DISTINCT NOMBRE) FROM LAR_REGISTRO")).toInt(),
+        QCOMPARE(valor(QStringLiteral("SELECT COUNT(*) - COUNT(DISTINCT NOMBRE) FROM LAR_REGISTRO"))
+                     .toInt(),
                  0);
-        QCOMPARE(microsip::leePuntos(m_db, QStringLiteral("Puntos Importe Activo")), QStringLiteral("N"));
+        QCOMPARE(microsip::leePuntos(m_db, QStringLiteral("Puntos Importe Activo")),
+                 QStringLiteral("N"));
 
         microsip::aplicaEscenario(m_db, QStringLiteral("demo"));
-        const QString concepto = *microsip::leePuntos(m_db, QStringLiteral("Concepto Salida Puntos"));
+        const QString concepto
+            = *microsip::leePuntos(m_db, QStringLiteral("Concepto Salida Puntos"));
         QCOMPARE(valor(QStringLiteral("SELECT C.NOMBRE || ':' || F.SERIE || F.CONSECUTIVO FROM"
                                       " CONCEPTOS_IN C JOIN FOLIOS_CONCEPTOS F ON F.CONCEPTO_ID ="
                                       " C.CONCEPTO_IN_ID WHERE C.CONCEPTO_IN_ID = ?"),
                        concepto.toInt())
                      .toString(),
                  QStringLiteral("Salida por puntos:SP1"));
-        QVERIFY(valor(QStringLiteral("SELECT COUNT(*) FROM LIBRES_ARTICULOS WHERE PUNTOS > 0")).toInt() > 0);
-        QVERIFY(valor(QStringLiteral("SELECT COUNT(*) FROM LIBRES_ARTICULOS WHERE VALOR_PUNTOS > 0")).toInt()
-                > 0);
+        QVERIFY(
+            valor(QStringLiteral("SELECT COUNT(*) FROM LIBRES_ARTICULOS WHERE PUNTOS > 0")).toInt()
+            > 0);
+        QVERIFY(
+            valor(QStringLiteral("SELECT COUNT(*) FROM LIBRES_ARTICULOS WHERE VALOR_PUNTOS > 0"))
+                .toInt()
+            > 0);
 
         // An article's points: a value left out keeps what the article had.
         microsip::puntosArticulo(m_db, m_artId, 7, 250);
@@ -574,8 +628,9 @@ private slots:
             QFAIL("escribió ajustes sin el esquema de la extensión");
         } catch (const fb::Error &e) {
             QCOMPARE(e.message(),
-                     QStringLiteral("La empresa no tiene el esquema de Puntos Larvenos (falta LAR_REGISTRO): "
-                                    "actualice la base de datos primero."));
+                     QStringLiteral(
+                         "La empresa no tiene el esquema de Puntos Larvenos (falta LAR_REGISTRO): "
+                         "actualice la base de datos primero."));
         }
     }
 
@@ -585,27 +640,42 @@ private slots:
     {
         const qint64 antes = cuenta();
         m_db.disconnect();
-        const QString sim = qEnvironmentVariable("LAR_BUILD_DIR") + QStringLiteral("/microsip/microsip-sim");
+        const QString sim
+            = qEnvironmentVariable("LAR_BUILD_DIR") + QStringLiteral("/microsip/microsip-sim");
         QProcess p;
-        p.start(sim, {QStringLiteral("sell"), m_e->carpeta(), QStringLiteral("--sistema"),
-                      QStringLiteral("VE"), QStringLiteral("--cliente"), m_cliente,
-                      QStringLiteral("--renglon"), m_art + QStringLiteral(":2:100")});
+        p.start(sim,
+                {QStringLiteral("sell"),
+                 m_e->carpeta(),
+                 QStringLiteral("--sistema"),
+                 QStringLiteral("VE"),
+                 QStringLiteral("--cliente"),
+                 m_cliente,
+                 QStringLiteral("--renglon"),
+                 m_art + QStringLiteral(":2:100")});
         QVERIFY(p.waitForFinished(60000));
         QVERIFY2(p.exitCode() == 0, p.readAllStandardError().constData());
         const QStringList salida = QString::fromUtf8(p.readAllStandardOutput()).split(u' ');
         const int id = salida.value(0).toInt();
         QCOMPARE(salida.value(1), QStringLiteral("VE"));
-        p.start(sim, {QStringLiteral("cancel"), m_e->carpeta(), QStringLiteral("--sistema=VE"),
-                      QStringLiteral("--docto"), salida.value(2)});
+        p.start(sim,
+                {QStringLiteral("cancel"),
+                 m_e->carpeta(),
+                 QStringLiteral("--sistema=VE"),
+                 QStringLiteral("--docto"),
+                 salida.value(2)});
         QVERIFY(p.waitForFinished(60000));
         QVERIFY2(p.exitCode() == 0, p.readAllStandardError().constData());
-        p.start(sim, {QStringLiteral("sell"), m_e->carpeta(), QStringLiteral("--renglon"),
-                      m_art + QStringLiteral(":dos")});
+        p.start(sim,
+                {QStringLiteral("sell"),
+                 m_e->carpeta(),
+                 QStringLiteral("--renglon"),
+                 m_art + QStringLiteral(":dos")});
         QVERIFY(p.waitForFinished(60000));
         QCOMPARE(p.exitCode(), 2);
         QVERIFY(QString::fromUtf8(p.readAllStandardError())
-                    .contains(QStringLiteral("El número de unidades del renglón '%1:dos' no es un número")
-                                  .arg(m_art)));
+                    .contains(
+                        QStringLiteral("El número de unidades del renglón '%1:dos' no es un número")
+                            .arg(m_art)));
 
         m_e->conectaEmpresa(m_db);
         const microsip::Cabecera c = m_docs->lee(Sistema::VE, id);

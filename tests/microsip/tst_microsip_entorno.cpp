@@ -119,8 +119,7 @@ private slots:
                        QStringLiteral("SELECT COUNT(*) FROM RDB$RELATIONS WHERE RDB$RELATION_NAME"
                                       " IN ('FOLIOS_CONCEPTOS', 'LAR_SYNC_ID')")),
                  QStringLiteral("2"));
-        QCOMPARE(valor(demo,
-                       QStringLiteral("SELECT VALOR FROM REGISTRY WHERE NOMBRE = 'Nombre'")),
+        QCOMPARE(valor(demo, QStringLiteral("SELECT VALOR FROM REGISTRY WHERE NOMBRE = 'Nombre'")),
                  QStringLiteral("Empresa de demostración"));
     }
 
@@ -129,8 +128,8 @@ private slots:
     void usuariosConRol()
     {
         fb::Database db;
-        m_prueba->conectaEmpresa(db, QStringLiteral("DEMO"), QStringLiteral("CAJERA"),
-                                 QStringLiteral("uno"));
+        m_prueba->conectaEmpresa(
+            db, QStringLiteral("DEMO"), QStringLiteral("CAJERA"), QStringLiteral("uno"));
         QCOMPARE(valor(db, QStringLiteral("SELECT CURRENT_ROLE FROM RDB$DATABASE")),
                  QStringLiteral("USUARIO_MICROSIP"));
         QCOMPARE(valor(db, QStringLiteral("SELECT COUNT(*) FROM DOCTOS_PV")), QStringLiteral("0"));
@@ -141,7 +140,8 @@ private slots:
             valor(extrano, QStringLiteral("SELECT COUNT(*) FROM USUARIOS"));
             QFAIL("un usuario sin el rol leyó USUARIOS");
         } catch (const fb::Error &e) {
-            QVERIFY2(e.message().contains(QStringLiteral("no permission")), qPrintable(e.message()));
+            QVERIFY2(e.message().contains(QStringLiteral("no permission")),
+                     qPrintable(e.message()));
         }
     }
 
@@ -155,11 +155,11 @@ private slots:
         QVERIFY(texto.contains("\n  <LocalMachine>\n    <Software>"));
         QDomDocument doc;
         QVERIFY(doc.setContent(texto));
-        QDomElement conexiones = hijo(hijo(hijo(hijo(doc.documentElement(),
-                                                     QStringLiteral("LocalMachine")),
-                                                QStringLiteral("Software")),
-                                           QStringLiteral("Microsip")),
-                                      QStringLiteral("Conexiones"));
+        QDomElement conexiones
+            = hijo(hijo(hijo(hijo(doc.documentElement(), QStringLiteral("LocalMachine")),
+                             QStringLiteral("Software")),
+                        QStringLiteral("Microsip")),
+                   QStringLiteral("Conexiones"));
         QCOMPARE(doc.documentElement().tagName(), QStringLiteral("ProgramData"));
         const QDomElement demo = hijo(conexiones, QStringLiteral("Demo"));
         QVERIFY(!demo.isNull());
@@ -171,12 +171,12 @@ private slots:
         QVERIFY(fu.open(QIODevice::ReadOnly));
         QDomDocument du;
         QVERIFY(du.setContent(&fu));
-        QDomElement barra = hijo(hijo(hijo(hijo(hijo(du.documentElement(),
-                                                     QStringLiteral("CurrentUser")),
-                                                Entorno::usuarioSistema()),
-                                           QStringLiteral("Software")),
-                                      QStringLiteral("Microsip")),
-                                 QStringLiteral("Barra_Microsip"));
+        QDomElement barra
+            = hijo(hijo(hijo(hijo(hijo(du.documentElement(), QStringLiteral("CurrentUser")),
+                                  Entorno::usuarioSistema()),
+                             QStringLiteral("Software")),
+                        QStringLiteral("Microsip")),
+                   QStringLiteral("Barra_Microsip"));
         QCOMPARE(hijo(barra, QStringLiteral("Usuario")).text(), QStringLiteral("SYSDBA"));
         QCOMPARE(hijo(barra, QStringLiteral("Conexi_n")).text(), QStringLiteral("Demo"));
 
@@ -201,8 +201,9 @@ private slots:
         const int catalogos = q.field(0).toInt();
         const int doctos = q.field(1).toInt();
         q.close();
-        q.setSql(QStringLiteral("INSERT INTO CLIENTES (CLIENTE_ID, NOMBRE) VALUES (-1, 'Ñandú Pérez')"
-                                " RETURNING CLIENTE_ID"));
+        q.setSql(
+            QStringLiteral("INSERT INTO CLIENTES (CLIENTE_ID, NOMBRE) VALUES (-1, 'Ñandú Pérez')"
+                           " RETURNING CLIENTE_ID"));
         q.execute();
         QCOMPARE(q.field(0).toInt(), catalogos + 1);
         q.setSql(QStringLiteral("INSERT INTO DOCTOS_PV (DOCTO_PV_ID, TIPO_DOCTO, FOLIO, CAJA_ID)"
@@ -235,29 +236,42 @@ private slots:
             cambia(op);
             QTest::newRow(nombre) << op << mensaje;
         };
-        caso("sin empresas", [](auto &op) { op.empresas.clear(); },
-             QStringLiteral("Indique al menos una empresa."));
-        caso("nombre con espacio", [](auto &op) { op.empresas = {QStringLiteral("MI EMPRESA")}; },
-             QStringLiteral("El nombre corto de empresa 'MI EMPRESA' no es válido"));
-        caso("empresa repetida",
-             [](auto &op) { op.empresas = {QStringLiteral("DEMO"), QStringLiteral("demo")}; },
-             QStringLiteral("La empresa 'demo' está repetida."));
-        caso("versión", [](auto &op) { op.versionSis = QStringLiteral("7.22"); },
-             QStringLiteral("La versión de Microsip '7.22' no es válida"));
-        caso("acceso a empresa ajena",
-             [](auto &op) {
-                 op.usuarios = {{QStringLiteral("ANA"), {}, u'L', {QStringLiteral("OTRA")}}};
-             },
-             QStringLiteral("El usuario 'ANA' tiene acceso a la empresa 'OTRA'"));
-        caso("servidor sin contraseña de usuario",
-             [](auto &op) {
-                 op.servidor = QStringLiteral("127.0.0.1/3050");
-                 op.usuarios = {{QStringLiteral("ANA"), {}, u'T', {}}};
-             },
-             QStringLiteral("El usuario 'ANA' necesita una contraseña en un servidor."));
+        caso(
+            "sin empresas",
+            [](auto &op) { op.empresas.clear(); },
+            QStringLiteral("Indique al menos una empresa."));
+        caso(
+            "nombre con espacio",
+            [](auto &op) { op.empresas = {QStringLiteral("MI EMPRESA")}; },
+            QStringLiteral("El nombre corto de empresa 'MI EMPRESA' no es válido"));
+        caso(
+            "empresa repetida",
+            [](auto &op) {
+                op.empresas = {QStringLiteral("DEMO"), QStringLiteral("demo")};
+            },
+            QStringLiteral("La empresa 'demo' está repetida."));
+        caso(
+            "versión",
+            [](auto &op) { op.versionSis = QStringLiteral("7.22"); },
+            QStringLiteral("La versión de Microsip '7.22' no es válida"));
+        caso(
+            "acceso a empresa ajena",
+            [](auto &op) {
+                op.usuarios = {{QStringLiteral("ANA"), {}, u'L', {QStringLiteral("OTRA")}}};
+            },
+            QStringLiteral("El usuario 'ANA' tiene acceso a la empresa 'OTRA'"));
+        caso(
+            "servidor sin contraseña de usuario",
+            [](auto &op) {
+                op.servidor = QStringLiteral("127.0.0.1/3050");
+                op.usuarios = {{QStringLiteral("ANA"), {}, u'T', {}}};
+            },
+            QStringLiteral("El usuario 'ANA' necesita una contraseña en un servidor."));
         // Valid options, but nothing listens there: fails after the folder was started.
-        caso("servidor inalcanzable", [](auto &op) { op.servidor = QStringLiteral("127.0.0.1/1"); },
-             QStringLiteral("No fue posible crear la base de datos 127.0.0.1/1:"));
+        caso(
+            "servidor inalcanzable",
+            [](auto &op) { op.servidor = QStringLiteral("127.0.0.1/1"); },
+            QStringLiteral("No fue posible crear la base de datos 127.0.0.1/1:"));
     }
 
     // A refused or failed creation leaves neither the folder nor its temporary twin.
@@ -286,7 +300,8 @@ private slots:
             Entorno::crea(carpeta, {});
             QFAIL("se creó el entorno sobre una carpeta ocupada");
         } catch (const fb::Error &e) {
-            QCOMPARE(e.message(), QStringLiteral("La carpeta %1 ya existe y no está vacía.").arg(carpeta));
+            QCOMPARE(e.message(),
+                     QStringLiteral("La carpeta %1 ya existe y no está vacía.").arg(carpeta));
         }
         QCOMPARE(QDir(carpeta).entryList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::Hidden),
                  QStringList{QStringLiteral("nota.txt")});
@@ -320,15 +335,16 @@ private slots:
         QCOMPARE(Entorno::abre(e.carpeta()).servidor(), lartest::serverPrefix().chopped(1));
 
         fb::Database db;
-        prueba.conectaEmpresa(db, QStringLiteral("DEMO"), QStringLiteral("VENDEDORA"),
-                              QStringLiteral("clave1"));
-        QCOMPARE(valor(db, QStringLiteral("SELECT CURRENT_USER || '/' || CURRENT_ROLE FROM"
-                                          " RDB$DATABASE")),
+        prueba.conectaEmpresa(
+            db, QStringLiteral("DEMO"), QStringLiteral("VENDEDORA"), QStringLiteral("clave1"));
+        QCOMPARE(valor(db,
+                       QStringLiteral("SELECT CURRENT_USER || '/' || CURRENT_ROLE FROM"
+                                      " RDB$DATABASE")),
                  QStringLiteral("VENDEDORA/USUARIO_MICROSIP"));
         db.disconnect();
         try {
-            prueba.conectaEmpresa(db, QStringLiteral("DEMO"), QStringLiteral("VENDEDORA"),
-                                  QStringLiteral("otra"));
+            prueba.conectaEmpresa(
+                db, QStringLiteral("DEMO"), QStringLiteral("VENDEDORA"), QStringLiteral("otra"));
             QFAIL("entró con una contraseña equivocada");
         } catch (const fb::Error &err) {
             QCOMPARE(err.iscCode(), fb::isc::LoginFailed);
@@ -348,7 +364,9 @@ private slots:
             << QStringList{QStringLiteral("init"), nueva, QStringLiteral("--color")} << 2
             << QStringLiteral("Opción desconocida: --color");
         QTest::newRow("usuario mal escrito")
-            << QStringList{QStringLiteral("init"), nueva, QStringLiteral("--usuario"),
+            << QStringList{QStringLiteral("init"),
+                           nueva,
+                           QStringLiteral("--usuario"),
                            QStringLiteral("ANA")}
             << 2 << QStringLiteral("El usuario debe escribirse NOMBRE:CONTRASEÑA");
         QTest::newRow("empresa inválida")
@@ -375,10 +393,15 @@ private slots:
         const QString carpeta = lartest::tempPath(QStringLiteral("cli/creado"));
         QProcess p;
         p.start(microsipSim(),
-                {QStringLiteral("init"), carpeta, QStringLiteral("--empresa"),
-                 QStringLiteral("TIENDA"), QStringLiteral("--sin-folios"),
-                 QStringLiteral("--version"), QStringLiteral("71000"),
-                 QStringLiteral("--conexion"), QStringLiteral("Tienda")});
+                {QStringLiteral("init"),
+                 carpeta,
+                 QStringLiteral("--empresa"),
+                 QStringLiteral("TIENDA"),
+                 QStringLiteral("--sin-folios"),
+                 QStringLiteral("--version"),
+                 QStringLiteral("71000"),
+                 QStringLiteral("--conexion"),
+                 QStringLiteral("Tienda")});
         QVERIFY(p.waitForFinished(60000));
         QCOMPARE(p.exitCode(), 0);
         const Entorno e = Entorno::abre(carpeta);

@@ -104,38 +104,51 @@ private slots:
         };
         caso("clientes", "SELECT COUNT(*) FROM CLIENTES", 30);
         caso("artículos", "SELECT COUNT(*) FROM ARTICULOS", 60);
-        caso("almacenes, uno predeterminado", "SELECT COUNT(*) * 10 + SUM(IIF(ES_PREDET = 'S', 1, 0))"
-                                              " FROM ALMACENES", 21);
+        caso("almacenes, uno predeterminado",
+             "SELECT COUNT(*) * 10 + SUM(IIF(ES_PREDET = 'S', 1, 0))"
+             " FROM ALMACENES",
+             21);
         caso("cajeros", "SELECT COUNT(*) FROM CAJEROS", 2);
         caso("vendedores", "SELECT COUNT(*) FROM VENDEDORES", 2);
         caso("empleados", "SELECT COUNT(*) FROM EMPLEADOS", 5);
         caso("sucursal matriz", "SELECT COUNT(*) FROM SUCURSALES WHERE ES_MATRIZ", 1);
-        caso("documentos", "SELECT (SELECT COUNT(*) FROM DOCTOS_PV) + (SELECT COUNT(*) FROM DOCTOS_VE)"
-                           " FROM RDB$DATABASE", 100);
+        caso("documentos",
+             "SELECT (SELECT COUNT(*) FROM DOCTOS_PV) + (SELECT COUNT(*) FROM DOCTOS_VE)"
+             " FROM RDB$DATABASE",
+             100);
         caso("una dirección principal por cliente",
              "SELECT COUNT(DISTINCT CLIENTE_ID) - COUNT(*) + 30 FROM DIRS_CLIENTES"
-             " WHERE NOMBRE_CONSIG = 'Dirección principal'", 30);
+             " WHERE NOMBRE_CONSIG = 'Dirección principal'",
+             30);
         caso("una clave principal por artículo",
              "SELECT COUNT(*) FROM ARTICULOS A WHERE (SELECT COUNT(*) FROM CLAVES_ARTICULOS C JOIN"
              " ROLES_CLAVES_ARTICULOS R ON R.ROL_CLAVE_ART_ID = C.ROL_CLAVE_ART_ID"
-             " WHERE C.ARTICULO_ID = A.ARTICULO_ID AND R.ES_PPAL = 'S') = 1", 60);
+             " WHERE C.ARTICULO_ID = A.ARTICULO_ID AND R.ES_PPAL = 'S') = 1",
+             60);
         caso("claves de artículo sin repetir",
-             "SELECT COUNT(*) - COUNT(DISTINCT CLAVE_ARTICULO) FROM CLAVES_ARTICULOS", 0);
+             "SELECT COUNT(*) - COUNT(DISTINCT CLAVE_ARTICULO) FROM CLAVES_ARTICULOS",
+             0);
         caso("artículos en varias líneas y grupos",
-             "SELECT IIF(COUNT(DISTINCT A.LINEA_ARTICULO_ID) > 5 AND COUNT(DISTINCT L.GRUPO_LINEA_ID)"
+             "SELECT IIF(COUNT(DISTINCT A.LINEA_ARTICULO_ID) > 5 AND COUNT(DISTINCT "
+             "L.GRUPO_LINEA_ID)"
              " > 2, 1, 0) FROM ARTICULOS A JOIN LINEAS_ARTICULOS L"
-             " ON L.LINEA_ARTICULO_ID = A.LINEA_ARTICULO_ID", 1);
+             " ON L.LINEA_ARTICULO_ID = A.LINEA_ARTICULO_ID",
+             1);
         caso("un precio por artículo",
-             "SELECT COUNT(DISTINCT ARTICULO_ID) * 1000 + COUNT(*) FROM PRECIOS_ARTICULOS", 60060);
+             "SELECT COUNT(DISTINCT ARTICULO_ID) * 1000 + COUNT(*) FROM PRECIOS_ARTICULOS",
+             60060);
         // The points card: some customers have one, nobody has two.
         caso("tarjetas de puntos",
              "SELECT IIF(COUNT(*) > 5 AND COUNT(*) = COUNT(DISTINCT C.CLIENTE_ID), 1, 0)"
              " FROM CLAVES_CLIENTES C JOIN ROLES_CLAVES_CLIENTES R"
-             " ON R.ROL_CLAVE_CLI_ID = C.ROL_CLAVE_CLI_ID WHERE R.NOMBRE = 'Clave Puntos'", 1);
+             " ON R.ROL_CLAVE_CLI_ID = C.ROL_CLAVE_CLI_ID WHERE R.NOMBRE = 'Clave Puntos'",
+             1);
         caso("correos en las direcciones",
-             "SELECT IIF(COUNT(EMAIL) > 10, 1, 0) FROM DIRS_CLIENTES WHERE EMAIL LIKE '%_@_%._%'", 1);
+             "SELECT IIF(COUNT(EMAIL) > 10, 1, 0) FROM DIRS_CLIENTES WHERE EMAIL LIKE '%_@_%._%'",
+             1);
         caso("público en general",
-             "SELECT COUNT(*) FROM CLIENTES WHERE NOMBRE = 'Público en general'", 1);
+             "SELECT COUNT(*) FROM CLIENTES WHERE NOMBRE = 'Público en general'",
+             1);
     }
 
     void catalogos()
@@ -173,59 +186,66 @@ private slots:
     // every line applied.
     void existencias()
     {
-        QCOMPARE(valor(m_db, QStringLiteral("SELECT COUNT(*) FROM DOCTOS_IN_DET WHERE APLICADO <> 'S'"))
-                     .toInt(),
-                 0);
+        QCOMPARE(
+            valor(m_db, QStringLiteral("SELECT COUNT(*) FROM DOCTOS_IN_DET WHERE APLICADO <> 'S'"))
+                .toInt(),
+            0);
         const QVariant sinExistencia = valor(
             m_db,
-            QStringLiteral("EXECUTE BLOCK RETURNS (N INTEGER) AS"
-                           " DECLARE A INTEGER; DECLARE W INTEGER; DECLARE E NUMERIC(18,5);"
-                           " DECLARE V NUMERIC(15,2);"
-                           " BEGIN N = 0;"
-                           " SELECT ALMACEN_ID FROM ALMACENES WHERE ES_PREDET = 'S' INTO W;"
-                           " FOR SELECT ARTICULO_ID FROM ARTICULOS WHERE ES_ALMACENABLE = 'S' INTO A DO"
-                           " BEGIN EXECUTE PROCEDURE CALC_EXIS_ARTALM A, W, '12-31-9999'"
-                           " RETURNING_VALUES E, V; IF (E <= 0 OR V <= 0) THEN N = N + 1; END"
-                           " SUSPEND; END"));
+            QStringLiteral(
+                "EXECUTE BLOCK RETURNS (N INTEGER) AS"
+                " DECLARE A INTEGER; DECLARE W INTEGER; DECLARE E NUMERIC(18,5);"
+                " DECLARE V NUMERIC(15,2);"
+                " BEGIN N = 0;"
+                " SELECT ALMACEN_ID FROM ALMACENES WHERE ES_PREDET = 'S' INTO W;"
+                " FOR SELECT ARTICULO_ID FROM ARTICULOS WHERE ES_ALMACENABLE = 'S' INTO A DO"
+                " BEGIN EXECUTE PROCEDURE CALC_EXIS_ARTALM A, W, '12-31-9999'"
+                " RETURNING_VALUES E, V; IF (E <= 0 OR V <= 0) THEN N = N + 1; END"
+                " SUSPEND; END"));
         QCOMPARE(sinExistencia.toInt(), 0);
         QCOMPARE(valor(m_db,
-                       QStringLiteral("SELECT COUNT(*) FROM ARTICULOS A WHERE A.ES_ALMACENABLE = 'S'"
-                                      " AND (SELECT COSTO_ULTIMA_COMPRA FROM GET_ULTCOM_ART(A.ARTICULO_ID))"
-                                      " <= 0"))
+                       QStringLiteral(
+                           "SELECT COUNT(*) FROM ARTICULOS A WHERE A.ES_ALMACENABLE = 'S'"
+                           " AND (SELECT COSTO_ULTIMA_COMPRA FROM GET_ULTCOM_ART(A.ARTICULO_ID))"
+                           " <= 0"))
                      .toInt(),
                  0);
         // Services aren't stocked and have no balance.
-        QCOMPARE(valor(m_db,
-                       QStringLiteral("SELECT COUNT(*) FROM SALDOS_IN S JOIN ARTICULOS A"
-                                      " ON A.ARTICULO_ID = S.ARTICULO_ID WHERE A.ES_ALMACENABLE = 'N'"))
-                     .toInt(),
-                 0);
+        QCOMPARE(
+            valor(m_db,
+                  QStringLiteral("SELECT COUNT(*) FROM SALDOS_IN S JOIN ARTICULOS A"
+                                 " ON A.ARTICULO_ID = S.ARTICULO_ID WHERE A.ES_ALMACENABLE = 'N'"))
+                .toInt(),
+            0);
     }
 
     // An exit concept with automatic folios, in both places a Microsip keeps series.
     void conceptoDeSalida()
     {
-        QCOMPARE(valor(m_db,
-                       QStringLiteral("SELECT C.NATURALEZA || C.FOLIO_AUTOM || F.SERIE || F.CONSECUTIVO"
-                                      " FROM CONCEPTOS_IN C JOIN FOLIOS_CONCEPTOS F"
-                                      " ON F.CONCEPTO_ID = C.CONCEPTO_IN_ID"
-                                      " WHERE C.NOMBRE = 'Salida por consumo interno'"))
-                     .toString(),
-                 QStringLiteral("SSSCI1"));
+        QCOMPARE(
+            valor(m_db,
+                  QStringLiteral("SELECT C.NATURALEZA || C.FOLIO_AUTOM || F.SERIE || F.CONSECUTIVO"
+                                 " FROM CONCEPTOS_IN C JOIN FOLIOS_CONCEPTOS F"
+                                 " ON F.CONCEPTO_ID = C.CONCEPTO_IN_ID"
+                                 " WHERE C.NOMBRE = 'Salida por consumo interno'"))
+                .toString(),
+            QStringLiteral("SSSCI1"));
         fb::Database antiguo;
         m_antiguo->conectaEmpresa(antiguo);
-        QCOMPARE(valor(antiguo,
-                       QStringLiteral("SELECT NATURALEZA || FOLIO_AUTOM || SIG_FOLIO FROM CONCEPTOS_IN"
-                                      " WHERE NOMBRE = 'Salida por consumo interno'"))
-                     .toString(),
-                 QStringLiteral("SSSCI000001"));
+        QCOMPARE(
+            valor(antiguo,
+                  QStringLiteral("SELECT NATURALEZA || FOLIO_AUTOM || SIG_FOLIO FROM CONCEPTOS_IN"
+                                 " WHERE NOMBRE = 'Salida por consumo interno'"))
+                .toString(),
+            QStringLiteral("SSSCI000001"));
         // The initial stock took the first folio of its own series.
-        QCOMPARE(valor(antiguo,
-                       QStringLiteral("SELECT MIN(FOLIO) || '/' || MAX(SIG_FOLIO) FROM DOCTOS_IN D JOIN"
-                                      " CONCEPTOS_IN C ON C.CONCEPTO_IN_ID = D.CONCEPTO_IN_ID"
-                                      " WHERE C.NOMBRE = 'Inventario inicial'"))
-                     .toString(),
-                 QStringLiteral("II0000001/II0000003"));
+        QCOMPARE(
+            valor(antiguo,
+                  QStringLiteral("SELECT MIN(FOLIO) || '/' || MAX(SIG_FOLIO) FROM DOCTOS_IN D JOIN"
+                                 " CONCEPTOS_IN C ON C.CONCEPTO_IN_ID = D.CONCEPTO_IN_ID"
+                                 " WHERE C.NOMBRE = 'Inventario inicial'"))
+                .toString(),
+            QStringLiteral("II0000001/II0000003"));
     }
 
     // Historical documents: applied, in the period, and their totals agree with
@@ -233,30 +253,30 @@ private slots:
     void documentos_data()
     {
         QTest::addColumn<QString>("sql");
-        QTest::newRow("fuera del periodo")
-            << QStringLiteral("SELECT COUNT(*) FROM (SELECT FECHA, APLICADO FROM DOCTOS_PV UNION ALL"
-                              " SELECT FECHA, APLICADO FROM DOCTOS_VE) WHERE APLICADO <> 'S'"
-                              " OR FECHA NOT BETWEEN DATE '2026-04-02' AND DATE '2026-06-30'");
-        QTest::newRow("total PV")
-            << QStringLiteral("SELECT COUNT(*) FROM DOCTOS_PV D WHERE D.IMPORTE_NETO + D.TOTAL_IMPUESTOS"
-                              " <> (SELECT SUM(CAST(L.UNIDADES * L.PRECIO_UNITARIO_IMPTO AS NUMERIC(15,2)))"
-                              " FROM DOCTOS_PV_DET L WHERE L.DOCTO_PV_ID = D.DOCTO_PV_ID)");
-        QTest::newRow("neto VE")
-            << QStringLiteral("SELECT COUNT(*) FROM DOCTOS_VE D WHERE D.IMPORTE_NETO"
-                              " <> (SELECT SUM(CAST(L.UNIDADES * L.PRECIO_UNITARIO AS NUMERIC(15,2)))"
-                              " FROM DOCTOS_VE_DET L WHERE L.DOCTO_VE_ID = D.DOCTO_VE_ID)"
-                              " OR D.TOTAL_IMPUESTOS <> CAST(D.IMPORTE_NETO * 0.16 AS NUMERIC(15,2))");
-        QTest::newRow("folios repetidos")
-            << QStringLiteral("SELECT (SELECT COUNT(*) - COUNT(DISTINCT FOLIO) FROM DOCTOS_PV) +"
-                              " (SELECT COUNT(*) - COUNT(DISTINCT FOLIO) FROM DOCTOS_VE) FROM RDB$DATABASE");
-        QTest::newRow("series por tipo")
-            << QStringLiteral("SELECT COUNT(*) FROM DOCTOS_PV WHERE NOT ((TIPO_DOCTO = 'V' AND FOLIO"
-                              " STARTING WITH 'A') OR (TIPO_DOCTO = 'D' AND FOLIO STARTING WITH 'DV'))");
-        QTest::newRow("posiciones desde 1")
-            << QStringLiteral("SELECT COUNT(*) FROM DOCTOS_PV D WHERE (SELECT MIN(POSICION) ||"
-                              " MAX(POSICION) FROM DOCTOS_PV_DET L WHERE L.DOCTO_PV_ID = D.DOCTO_PV_ID)"
-                              " <> '1' || (SELECT COUNT(*) FROM DOCTOS_PV_DET L"
-                              " WHERE L.DOCTO_PV_ID = D.DOCTO_PV_ID)");
+        QTest::newRow("fuera del periodo") << QStringLiteral(
+            "SELECT COUNT(*) FROM (SELECT FECHA, APLICADO FROM DOCTOS_PV UNION ALL"
+            " SELECT FECHA, APLICADO FROM DOCTOS_VE) WHERE APLICADO <> 'S'"
+            " OR FECHA NOT BETWEEN DATE '2026-04-02' AND DATE '2026-06-30'");
+        QTest::newRow("total PV") << QStringLiteral(
+            "SELECT COUNT(*) FROM DOCTOS_PV D WHERE D.IMPORTE_NETO + D.TOTAL_IMPUESTOS"
+            " <> (SELECT SUM(CAST(L.UNIDADES * L.PRECIO_UNITARIO_IMPTO AS NUMERIC(15,2)))"
+            " FROM DOCTOS_PV_DET L WHERE L.DOCTO_PV_ID = D.DOCTO_PV_ID)");
+        QTest::newRow("neto VE") << QStringLiteral(
+            "SELECT COUNT(*) FROM DOCTOS_VE D WHERE D.IMPORTE_NETO"
+            " <> (SELECT SUM(CAST(L.UNIDADES * L.PRECIO_UNITARIO AS NUMERIC(15,2)))"
+            " FROM DOCTOS_VE_DET L WHERE L.DOCTO_VE_ID = D.DOCTO_VE_ID)"
+            " OR D.TOTAL_IMPUESTOS <> CAST(D.IMPORTE_NETO * 0.16 AS NUMERIC(15,2))");
+        QTest::newRow("folios repetidos") << QStringLiteral(
+            "SELECT (SELECT COUNT(*) - COUNT(DISTINCT FOLIO) FROM DOCTOS_PV) +"
+            " (SELECT COUNT(*) - COUNT(DISTINCT FOLIO) FROM DOCTOS_VE) FROM RDB$DATABASE");
+        QTest::newRow("series por tipo") << QStringLiteral(
+            "SELECT COUNT(*) FROM DOCTOS_PV WHERE NOT ((TIPO_DOCTO = 'V' AND FOLIO"
+            " STARTING WITH 'A') OR (TIPO_DOCTO = 'D' AND FOLIO STARTING WITH 'DV'))");
+        QTest::newRow("posiciones desde 1") << QStringLiteral(
+            "SELECT COUNT(*) FROM DOCTOS_PV D WHERE (SELECT MIN(POSICION) ||"
+            " MAX(POSICION) FROM DOCTOS_PV_DET L WHERE L.DOCTO_PV_ID = D.DOCTO_PV_ID)"
+            " <> '1' || (SELECT COUNT(*) FROM DOCTOS_PV_DET L"
+            " WHERE L.DOCTO_PV_ID = D.DOCTO_PV_ID)");
     }
 
     void documentos()
@@ -279,13 +299,15 @@ private slots:
 
     void rechazos()
     {
-        const qint64 antes = valor(m_db, QStringLiteral("SELECT COUNT(*) FROM DOCTOS_PV")).toLongLong();
+        const qint64 antes
+            = valor(m_db, QStringLiteral("SELECT COUNT(*) FROM DOCTOS_PV")).toLongLong();
         try {
             microsip::siembra(m_db, lartest::OpcionesPrueba::siembraChica());
             QFAIL("sembró dos veces la misma empresa");
         } catch (const fb::Error &e) {
-            QVERIFY2(e.message().startsWith(QStringLiteral("La empresa ya tiene clientes o artículos")),
-                     qPrintable(e.message()));
+            QVERIFY2(
+                e.message().startsWith(QStringLiteral("La empresa ya tiene clientes o artículos")),
+                qPrintable(e.message()));
         }
         QCOMPARE(valor(m_db, QStringLiteral("SELECT COUNT(*) FROM DOCTOS_PV")).toLongLong(), antes);
 
@@ -309,11 +331,16 @@ private slots:
             << QStringList{QStringLiteral("seed"), lartest::tempPath(QStringLiteral("no-hay"))} << 1
             << QStringLiteral("No existe la carpeta");
         QTest::newRow("número mal escrito")
-            << QStringList{QStringLiteral("seed"), QStringLiteral("X"), QStringLiteral("--clientes"),
+            << QStringList{QStringLiteral("seed"),
+                           QStringLiteral("X"),
+                           QStringLiteral("--clientes"),
                            QStringLiteral("20x")}
-            << 2 << QStringLiteral("El valor de --clientes debe ser un número entero entre 1 y 200000");
+            << 2
+            << QStringLiteral("El valor de --clientes debe ser un número entero entre 1 y 200000");
         QTest::newRow("fecha mal escrita")
-            << QStringList{QStringLiteral("seed"), QStringLiteral("X"), QStringLiteral("--hasta"),
+            << QStringList{QStringLiteral("seed"),
+                           QStringLiteral("X"),
+                           QStringLiteral("--hasta"),
                            QStringLiteral("30/06/2026")}
             << 2 << QStringLiteral("La fecha de --hasta no es válida (AAAA-MM-DD)");
     }
@@ -336,42 +363,54 @@ private slots:
     {
         const lartest::EntornoPrueba vacio;
         QProcess p;
-        p.start(microsipSim(), {QStringLiteral("seed"), vacio.carpeta(), QStringLiteral("--empresa"),
-                                QStringLiteral("NINGUNA")});
+        p.start(microsipSim(),
+                {QStringLiteral("seed"),
+                 vacio.carpeta(),
+                 QStringLiteral("--empresa"),
+                 QStringLiteral("NINGUNA")});
         QVERIFY(p.waitForFinished(60000));
         QCOMPARE(p.exitCode(), 1);
         QVERIFY(QString::fromUtf8(p.readAllStandardError())
                     .contains(QStringLiteral("La empresa 'NINGUNA' no existe")));
-        p.start(microsipSim(), {QStringLiteral("seed"), vacio.carpeta(), QStringLiteral("--clientes"),
-                                QStringLiteral("12"), QStringLiteral("--articulos"),
-                                QStringLiteral("20"), QStringLiteral("--documentos"),
-                                QStringLiteral("7")});
+        p.start(microsipSim(),
+                {QStringLiteral("seed"),
+                 vacio.carpeta(),
+                 QStringLiteral("--clientes"),
+                 QStringLiteral("12"),
+                 QStringLiteral("--articulos"),
+                 QStringLiteral("20"),
+                 QStringLiteral("--documentos"),
+                 QStringLiteral("7")});
         QVERIFY(p.waitForFinished(60000));
         QCOMPARE(p.exitCode(), 0);
         fb::Database db;
         vacio.conectaEmpresa(db);
-        QCOMPARE(valor(db, QStringLiteral("SELECT (SELECT COUNT(*) FROM CLIENTES) * 10000 + (SELECT"
-                                          " COUNT(*) FROM ARTICULOS) * 100 + (SELECT COUNT(*) FROM"
-                                          " DOCTOS_PV) + (SELECT COUNT(*) FROM DOCTOS_VE)"
-                                          " FROM RDB$DATABASE"))
+        QCOMPARE(valor(db,
+                       QStringLiteral("SELECT (SELECT COUNT(*) FROM CLIENTES) * 10000 + (SELECT"
+                                      " COUNT(*) FROM ARTICULOS) * 100 + (SELECT COUNT(*) FROM"
+                                      " DOCTOS_PV) + (SELECT COUNT(*) FROM DOCTOS_VE)"
+                                      " FROM RDB$DATABASE"))
                      .toInt(),
                  122007);
         db.disconnect();
 
         // The rest of the demo: the extension's upgrade and the demo's points settings.
         for (const QStringList &orden : {QStringList{QStringLiteral("upgrade"), vacio.carpeta()},
-                                         QStringList{QStringLiteral("points"), vacio.carpeta(),
+                                         QStringList{QStringLiteral("points"),
+                                                     vacio.carpeta(),
                                                      QStringLiteral("--escenario"),
-                                                     QStringLiteral("demo"), QStringLiteral("--valor"),
+                                                     QStringLiteral("demo"),
+                                                     QStringLiteral("--valor"),
                                                      QStringLiteral("No. de vtas=3")}}) {
             p.start(microsipSim(), orden);
             QVERIFY(p.waitForFinished(120000));
             QVERIFY2(p.exitCode() == 0, p.readAllStandardError().constData());
         }
         vacio.conectaEmpresa(db);
-        QCOMPARE(valor(db, QStringLiteral("SELECT LIST(NOMBRE || '=' || VALOR, ';') FROM (SELECT * FROM"
-                                          " LAR_REGISTRO WHERE NOMBRE IN ('No. de vtas',"
-                                          " 'Puntos General Activo') ORDER BY NOMBRE)"))
+        QCOMPARE(valor(db,
+                       QStringLiteral("SELECT LIST(NOMBRE || '=' || VALOR, ';') FROM (SELECT * FROM"
+                                      " LAR_REGISTRO WHERE NOMBRE IN ('No. de vtas',"
+                                      " 'Puntos General Activo') ORDER BY NOMBRE)"))
                      .toString(),
                  QStringLiteral("No. de vtas=3;Puntos General Activo=S"));
     }
