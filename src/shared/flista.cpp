@@ -125,23 +125,31 @@ void TFLista::iniciaColumnas(int desde, bool porTitulo)
     Campos.chop(2);
 }
 
+// A picker needs columns, and one that is already on screen can't be shown again.
+static bool puedeMostrarse(const QWidget &dialogo)
+{
+    if (ListaCols.isEmpty()) {
+        ListaBusquedaIni = -1;
+        return false;
+    }
+    if (dialogo.isVisible()) {
+        MensajeSistema(
+            QStringLiteral("Cierre una o más ventanas del sistema para mostrar la lista"),
+            QStringLiteral("Lista"),
+            mb::IconWarning);
+        return false;
+    }
+    return true;
+}
+
 int TFLista::preparaLista(Sesion &sesion,
                           const QString &tabla,
                           const QString &titulo,
                           const QString &condicion,
                           int busqueda)
 {
-    if (ListaCols.isEmpty()) {
-        ListaBusquedaIni = -1;
+    if (!puedeMostrarse(*this))
         return 2;
-    }
-    if (isVisible()) {
-        MensajeSistema(
-            QStringLiteral("Cierre una o más ventanas del sistema para mostrar la lista"),
-            QStringLiteral("Lista"),
-            mb::IconWarning);
-        return 2;
-    }
     m_query = std::make_unique<fb::Query>(&sesion.fbDatabase(), &sesion.fbViewTrans());
     m_query->setTrimChars(true);
     Tabla = tabla;
@@ -173,17 +181,8 @@ int TFLista::preparaDS(MemTable &dataSet,
                        const QString &condicion,
                        int busqueda)
 {
-    if (ListaCols.isEmpty()) {
-        ListaBusquedaIni = -1;
+    if (!puedeMostrarse(*this))
         return 2;
-    }
-    if (isVisible()) {
-        MensajeSistema(
-            QStringLiteral("Cierre una o más ventanas del sistema para mostrar la lista"),
-            QStringLiteral("Lista"),
-            mb::IconWarning);
-        return 2;
-    }
     iniciaColumnas(0, false);
     Condicion = condicion; // kept, plays no part
     adjunta(&dataSet);
@@ -431,17 +430,8 @@ int TFListaCh::preparaCh(MemTable &dataSet,
                          bool conCasillas,
                          int busqueda)
 {
-    if (ListaCols.isEmpty()) {
-        ListaBusquedaIni = -1;
+    if (!puedeMostrarse(*this))
         return 2;
-    }
-    if (isVisible()) {
-        MensajeSistema(
-            QStringLiteral("Cierre una o más ventanas del sistema para mostrar la lista"),
-            QStringLiteral("Lista"),
-            mb::IconWarning);
-        return 2;
-    }
     m_casillas = conCasillas;
     Lista->setTable(nullptr);
     cxGrid->setTable(nullptr);
