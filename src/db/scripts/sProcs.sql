@@ -265,6 +265,10 @@ AS
   DECLARE VARIABLE v_activo VARCHAR(100);
   DECLARE VARIABLE v_no_vtas INTEGER;
   DECLARE VARIABLE v_ventas INTEGER;
+  DECLARE VARIABLE v_fecha DATE;
+  DECLARE VARIABLE v_cajero_id INTEGER;
+  DECLARE VARIABLE v_cliente_id INTEGER;
+  DECLARE VARIABLE v_docto_id INTEGER;
   DECLARE VARIABLE v_activo_puntos CHAR(1);
   DECLARE VARIABLE v_art_activo VARCHAR(100);
   DECLARE VARIABLE v_tarjeta VARCHAR(100);
@@ -294,6 +298,7 @@ BEGIN
     EXIT;
 
   v_partida = 1;
+  v_docto_id = NEW.docto_pv_id;
 
   /* A cancelled return simply loses its rows, whatever the settings say. */
   IF (NEW.TIPO_DOCTO = 'D' AND NEW.ESTATUS = 'C') THEN
@@ -322,7 +327,13 @@ BEGIN
    WHERE folio = OLD.folio AND sistema = OLD.sistema_origen AND tipo_docto = OLD.tipo_docto
      AND naturaleza = :v_naturaleza;
 
-  /* Daily cap: folios with points of this customer at this cashier today. */
+  /* Daily cap: folios with points of this customer at this cashier today.
+     The count must start from the day's documents, whose number doesn't grow
+     with the years: the document's values go in through variables (written as
+     NEW fields, and with the index statistics as created on empty tables, the
+     engine drives the join from the ledger and reads all of it), and "+ 0"
+     keeps the engine off the customer's index, which for the general-public
+     customer holds half the documents ever made. */
   SELECT r.valor FROM lar_registro r
    WHERE r.nombre = 'No. de vtas' AND r.tipo = 'V'
      AND r.padre_id = (SELECT f.registro_id FROM lar_registro f
@@ -330,10 +341,13 @@ BEGIN
                           AND f.padre_id = (SELECT p.registro_id FROM lar_registro p
                                              WHERE p.nombre = 'PuntosLar' AND p.padre_id = 0))
     INTO :v_no_vtas;
+  v_fecha = NEW.fecha;
+  v_cajero_id = NEW.cajero_id;
+  v_cliente_id = NEW.cliente_id;
   SELECT count(distinct e.folio) FROM doctos_pv d
          INNER JOIN lar_puntos e ON (e.cliente_id = d.cliente_id) AND (e.folio = d.folio)
-   WHERE e.sistema = 'PV' AND d.tipo_docto = 'V' AND d.fecha = NEW.fecha
-     AND d.cajero_id = NEW.cajero_id AND d.cliente_id = NEW.cliente_id
+   WHERE e.sistema = 'PV' AND d.tipo_docto = 'V' AND d.fecha = :v_fecha
+     AND d.cajero_id = :v_cajero_id AND d.cliente_id + 0 = :v_cliente_id
     INTO :v_ventas;
   v_no_vtas = coalesce(v_no_vtas, 0);
   v_ventas = coalesce(v_ventas, 0);
@@ -451,9 +465,10 @@ BEGIN
       DO
       BEGIN
         SELECT Sum(v.unidades * v.precio_unitario_impto) FROM doctos_pv_det v
-               JOIN articulos a ON a.articulo_id = v.articulo_id
-               JOIN lineas_articulos la ON la.linea_articulo_id = a.linea_articulo_id
-         WHERE v.docto_pv_id = NEW.docto_pv_id AND la.linea_articulo_id = :v_linea_id
+         WHERE v.docto_pv_id = :v_docto_id
+           AND EXISTS (SELECT 1 FROM articulos a
+                         JOIN lineas_articulos la ON la.linea_articulo_id = a.linea_articulo_id
+                        WHERE a.articulo_id = v.articulo_id AND la.linea_articulo_id = :v_linea_id)
           INTO :v_suma;
         v_puntos = v_suma / v_linea_importe;
         v_puntos = trunc(v_puntos);
@@ -512,7 +527,10 @@ BEGIN
   END
 
   /* By product line: the lines' amounts with tax, whole steps of IMPORTE times
-     PUNTOS. A line with nothing sold sums NULL and writes nothing. */
+     PUNTOS. A line with nothing sold sums NULL and writes nothing. The sums go
+     through the document's own lines and look up each one's article and product
+     line: written as a three-way join, the engine may start from the product
+     line and go through every line ever sold of its articles. */
   SELECT r.valor FROM lar_registro r
    WHERE r.nombre = 'Puntos Importe Linea' AND r.tipo = 'V'
      AND r.padre_id = (SELECT f.registro_id FROM lar_registro f
@@ -527,9 +545,10 @@ BEGIN
     DO
     BEGIN
       SELECT Sum(v.unidades * v.precio_unitario_impto) FROM doctos_pv_det v
-             JOIN articulos a ON a.articulo_id = v.articulo_id
-             JOIN lineas_articulos la ON la.linea_articulo_id = a.linea_articulo_id
-       WHERE v.docto_pv_id = NEW.docto_pv_id AND la.linea_articulo_id = :v_linea_id
+       WHERE v.docto_pv_id = :v_docto_id
+         AND EXISTS (SELECT 1 FROM articulos a
+                       JOIN lineas_articulos la ON la.linea_articulo_id = a.linea_articulo_id
+                      WHERE a.articulo_id = v.articulo_id AND la.linea_articulo_id = :v_linea_id)
         INTO :v_suma;
       v_puntos = v_suma / v_linea_importe;
       v_puntos = trunc(v_puntos);
@@ -567,6 +586,9 @@ AS
   DECLARE VARIABLE v_activo VARCHAR(100);
   DECLARE VARIABLE v_no_vtas INTEGER;
   DECLARE VARIABLE v_ventas INTEGER;
+  DECLARE VARIABLE v_fecha DATE;
+  DECLARE VARIABLE v_cliente_id INTEGER;
+  DECLARE VARIABLE v_docto_id INTEGER;
   DECLARE VARIABLE v_activo_puntos CHAR(1);
   DECLARE VARIABLE v_art_activo VARCHAR(100);
   DECLARE VARIABLE v_tarjeta VARCHAR(100);
@@ -603,6 +625,7 @@ BEGIN
   END
 
   v_partida = 1;
+  v_docto_id = NEW.docto_ve_id;
 
   SELECT r.valor FROM lar_registro r
    WHERE r.nombre = 'Puntos Ventas' AND r.tipo = 'V'
@@ -623,7 +646,8 @@ BEGIN
    WHERE folio = OLD.folio AND sistema = OLD.sistema_origen AND tipo_docto = OLD.tipo_docto
      AND naturaleza = :v_naturaleza;
 
-  /* Daily cap per customer, whoever issues the invoice; an empty cap is no cap. */
+  /* Daily cap per customer, whoever issues the invoice; an empty cap is no cap.
+     The count starts from the day's invoices, as in the POS trigger. */
   SELECT case when r.valor = '' then '0' else r.valor end FROM lar_registro r
    WHERE r.nombre = 'No. de vtas' AND r.tipo = 'V'
      AND r.padre_id = (SELECT f.registro_id FROM lar_registro f
@@ -631,10 +655,12 @@ BEGIN
                           AND f.padre_id = (SELECT p.registro_id FROM lar_registro p
                                              WHERE p.nombre = 'PuntosLar' AND p.padre_id = 0))
     INTO :v_no_vtas;
+  v_fecha = NEW.fecha;
+  v_cliente_id = NEW.cliente_id;
   SELECT count(distinct e.folio) FROM doctos_ve d
          JOIN lar_puntos e ON (e.cliente_id = d.cliente_id) AND (e.folio = d.folio)
-   WHERE e.sistema = 'VE' AND d.tipo_docto = 'F' AND d.fecha = NEW.fecha
-     AND d.cliente_id = NEW.cliente_id
+   WHERE e.sistema = 'VE' AND d.tipo_docto = 'F' AND d.fecha = :v_fecha
+     AND d.cliente_id + 0 = :v_cliente_id
     INTO :v_ventas;
   v_no_vtas = coalesce(v_no_vtas, 0);
   v_ventas = coalesce(v_ventas, 0);
@@ -746,9 +772,10 @@ BEGIN
       DO
       BEGIN
         SELECT Sum(v.unidades * v.precio_unitario) FROM doctos_ve_det v
-               JOIN articulos a ON a.articulo_id = v.articulo_id
-               JOIN lineas_articulos la ON la.linea_articulo_id = a.linea_articulo_id
-         WHERE v.docto_ve_id = NEW.docto_ve_id AND la.linea_articulo_id = :v_linea_id
+         WHERE v.docto_ve_id = :v_docto_id
+           AND EXISTS (SELECT 1 FROM articulos a
+                         JOIN lineas_articulos la ON la.linea_articulo_id = a.linea_articulo_id
+                        WHERE a.articulo_id = v.articulo_id AND la.linea_articulo_id = :v_linea_id)
           INTO :v_suma;
         v_puntos = v_suma / v_linea_importe;
         v_puntos = trunc(v_puntos);
@@ -820,9 +847,10 @@ BEGIN
     DO
     BEGIN
       SELECT Sum(v.unidades * v.precio_unitario) FROM doctos_ve_det v
-             JOIN articulos a ON a.articulo_id = v.articulo_id
-             JOIN lineas_articulos la ON la.linea_articulo_id = a.linea_articulo_id
-       WHERE v.docto_ve_id = NEW.docto_ve_id AND la.linea_articulo_id = :v_linea_id
+       WHERE v.docto_ve_id = :v_docto_id
+         AND EXISTS (SELECT 1 FROM articulos a
+                       JOIN lineas_articulos la ON la.linea_articulo_id = a.linea_articulo_id
+                      WHERE a.articulo_id = v.articulo_id AND la.linea_articulo_id = :v_linea_id)
         INTO :v_suma;
       v_puntos = v_suma / v_linea_importe;
       v_puntos = trunc(v_puntos);
