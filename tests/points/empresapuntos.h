@@ -8,7 +8,6 @@
 #include <QDate>
 #include <QHash>
 
-#include <functional>
 #include <memory>
 
 namespace lartest {
@@ -27,8 +26,6 @@ class EmpresaPuntos
 public:
     explicit EmpresaPuntos(bool larSync = false, bool lineaDeOrdenes = false);
     ~EmpresaPuntos();
-
-    fb::Database &db() { return m_db; }
 
     // Writes every points setting: on, but the three ways, card and cap off, factor 2
     // per 100 pesos; then the changes given by short name (gen ven art imp lin tar cap
