@@ -7,6 +7,7 @@
 #include "microsip/sim/puntos.h"
 #include "points/ledger.h"
 
+#include <QCoreApplication>
 #include <QProcess>
 #include <QRegularExpression>
 
@@ -318,7 +319,11 @@ int EmpresaPuntos::orden(QStringList args)
     args.insert(1, m_entorno.carpeta());
     m_db.disconnect(); // the embedded engine lets one process at a time open the file
     QProcess p;
-    p.start(qEnvironmentVariable("LAR_BUILD_DIR") + QStringLiteral("/microsip/microsip-sim"), args);
+    // The build folder: CTest says which; run by hand, the test sits in tests/points of it.
+    QString build = qEnvironmentVariable("LAR_BUILD_DIR");
+    if (build.isEmpty())
+        build = QCoreApplication::applicationDirPath() + QStringLiteral("/../..");
+    p.start(build + QStringLiteral("/microsip/microsip-sim"), args);
     const bool hecho = p.waitForFinished(120000) && p.exitCode() == 0;
     m_entorno.conectaEmpresa(m_db);
     if (!hecho)
