@@ -233,32 +233,32 @@ private:
                + texto(a.de(detail::apellidos()));
     }
 
+    // Cashiers and sellers: an id and a person's name each; returns the ids.
+    std::vector<int>
+    catalogoDeNombres(Azar &a, const QString &tabla, const QString &campoId, int cuantos)
+    {
+        Lote lote(m_db,
+                  m_tr,
+                  tabla,
+                  {{campoId, QStringLiteral("INTEGER")},
+                   {QStringLiteral("NOMBRE"), QStringLiteral("VARCHAR(50)")}});
+        std::vector<int> hechos;
+        const int primero = ids(cuantos);
+        for (int i = 0; i < cuantos; ++i) {
+            lote.agrega({primero + i, nombrePersona(a)});
+            hechos.push_back(primero + i);
+        }
+        lote.termina();
+        return hechos;
+    }
+
     void personas()
     {
         Azar a(m_op.semilla * 31 + 1);
-        Lote cajeros(m_db,
-                     m_tr,
-                     QStringLiteral("CAJEROS"),
-                     {{QStringLiteral("CAJERO_ID"), QStringLiteral("INTEGER")},
-                      {QStringLiteral("NOMBRE"), QStringLiteral("VARCHAR(50)")}});
-        const int primerCajero = ids(m_op.cajeros);
-        for (int i = 0; i < m_op.cajeros; ++i) {
-            cajeros.agrega({primerCajero + i, nombrePersona(a)});
-            m_cajeros.push_back(primerCajero + i);
-        }
-        cajeros.termina();
-
-        Lote vendedores(m_db,
-                        m_tr,
-                        QStringLiteral("VENDEDORES"),
-                        {{QStringLiteral("VENDEDOR_ID"), QStringLiteral("INTEGER")},
-                         {QStringLiteral("NOMBRE"), QStringLiteral("VARCHAR(50)")}});
-        const int primerVendedor = ids(m_op.vendedores);
-        for (int i = 0; i < m_op.vendedores; ++i) {
-            vendedores.agrega({primerVendedor + i, nombrePersona(a)});
-            m_vendedores.push_back(primerVendedor + i);
-        }
-        vendedores.termina();
+        m_cajeros = catalogoDeNombres(
+            a, QStringLiteral("CAJEROS"), QStringLiteral("CAJERO_ID"), m_op.cajeros);
+        m_vendedores = catalogoDeNombres(
+            a, QStringLiteral("VENDEDORES"), QStringLiteral("VENDEDOR_ID"), m_op.vendedores);
 
         Lote empleados(m_db,
                        m_tr,
