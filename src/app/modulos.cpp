@@ -1,0 +1,20 @@
+#include "modulos.h"
+
+#include "catalog/fconfig.h"
+#include "core/fmain.h"
+#include "core/navegacion.h"
+
+namespace lar {
+
+void RegistraModulos()
+{
+    FilaModulo config;
+    config.tag = 10;
+    config.clase = QStringLiteral("TfConfig");
+    config.creaForma = [](TfMain &m) -> TMForm * {
+        return new TfConfig(m.sesion());
+    };
+    RegistraModulo(config);
+}
+
+} // namespace lar
