@@ -265,6 +265,8 @@ TfConfig::TfConfig(Sesion &sesion, QWidget *parent)
 {
     setObjectName(QStringLiteral("TfConfig"));
     setWindowTitle(QStringLiteral("Configuración"));
+    // Embedded, it covers the main window's picture.
+    setAutoFillBackground(true);
     mDetalle = new MemTable(this);
     mClientes = new MemTable(this);
     mlineaspuntos = new MemTable(this);
