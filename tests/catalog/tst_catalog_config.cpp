@@ -439,6 +439,7 @@ private slots:
             f.vPuntosArtActivo->setChecked(true);
             f.ckTarjeta->setChecked(true);
             f.vNoVentas->clear();
+            f.chkBoleto->setChecked(false);
             f.mlineaspuntos->appendRecord({30, 5, QVariant::fromValue(fb::Decimal::fromInt(10))});
         });
         juega(
@@ -446,6 +447,10 @@ private slots:
                            "=[SELECT COUNT(*) FROM LAR_PUNTOS WHERE CLIENTE_ID = 1 AND TIPO_DOCTO "
                            "= 'L'] 2; =[SELECT VALOR FROM LAR_REGISTRO WHERE NOMBRE = 'No. de "
                            "vtas'] 0"));
+        // Under by-line points the ticket flag can't be off; the lines were replaced.
+        QCOMPARE(valor(QStringLiteral("UsarArtBoleto")), QStringLiteral("S"));
+        QCOMPARE(valor(QStringLiteral("Puntos Importe Activo")), QStringLiteral("N"));
+        QCOMPARE(m_emp->valor(QStringLiteral("SELECT COUNT(*) FROM LAR_PUNTOSLINEAS")).toInt(), 3);
     }
 };
 
