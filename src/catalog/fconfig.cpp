@@ -153,9 +153,8 @@ public:
             op->text = nombreLinea(i.data(Qt::EditRole));
     }
 
-    QWidget *createEditor(QWidget *parent,
-                          const QStyleOptionViewItem &op,
-                          const QModelIndex &i) const override
+    QWidget *
+    createEditor(QWidget *parent, const QStyleOptionViewItem &, const QModelIndex &i) const override
     {
         if (i.column() == 0) {
             auto *c = new QComboBox(parent);
@@ -174,7 +173,6 @@ public:
         auto *e = new QLineEdit(parent);
         e->setObjectName(QStringLiteral("edImporte"));
         e->setValidator(soloDigitos(e, QStringLiteral("[0-9]{0,9}(\\.[0-9]{0,2})?")));
-        Q_UNUSED(op);
         return e;
     }
 
@@ -229,10 +227,21 @@ protected:
     void keyPressEvent(QKeyEvent *ev) override
     {
         const bool enter = ev->key() == Qt::Key_Return || ev->key() == Qt::Key_Enter;
-        if (enter && state() != EditingState && currentIndex().column() == 2
-            && m_forma->editando()) {
-            m_forma->agregaLinea();
-            return;
+        if (m_forma->editando() && state() != EditingState) {
+            if (enter && currentIndex().column() == 2) {
+                m_forma->agregaLinea();
+                return;
+            }
+            // The grid's own keys for rows: Insert adds one, Ctrl+Delete removes one.
+            if (ev->key() == Qt::Key_Insert) {
+                m_forma->agregaLinea();
+                return;
+            }
+            if (ev->key() == Qt::Key_Delete && (ev->modifiers() & Qt::ControlModifier)) {
+                if (table() && !table()->isEmpty())
+                    table()->deleteRecord();
+                return;
+            }
         }
         MemGrid::keyPressEvent(ev);
     }

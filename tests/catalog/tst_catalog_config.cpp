@@ -250,6 +250,8 @@ private slots:
         eligeLinea(QStringLiteral("L30"));
         QTRY_COMPARE(f->mlineaspuntos->valueOfAnyRow(2, 0).toInt(), 30);
         QCOMPARE(guion.cajas().size(), 1);
+        QTest::keyClick(g, Qt::Key_Delete, Qt::ControlModifier);
+        QCOMPARE(f->mlineaspuntos->recordCount(), 2);
     }
 
     void reinicioManualYProgramado()
