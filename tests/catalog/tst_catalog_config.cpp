@@ -8,6 +8,9 @@
 #include "core/ayudagui.h"
 #include "core/registro.h"
 #include "core/sesion.h"
+#include "fb/database.h"
+#include "fb/query.h"
+#include "fb/transaction.h"
 #include "shared/flista.h"
 #include "support/guionmensajes.h"
 #include "toolkit/memgrid.h"
@@ -309,8 +312,36 @@ private slots:
 
     void validacionEnOrdenYGuardado()
     {
+        // Print forms in Microsip's report store: two of the tickets, one of transfers.
+        {
+            fb::Database config;
+            m_emp->entorno().conectaConfig(config);
+            fb::Transaction tr(&config);
+            fb::Query q(&config, &tr);
+            const QString carpeta = QStringLiteral(
+                "(SELECT F.FOLDER_ID FROM RB_FOLDER F JOIN RB_FOLDER P ON P.FOLDER_ID = "
+                "F.PARENT_ID JOIN RB_FOLDER L ON L.FOLDER_ID = P.PARENT_ID WHERE F.NAME = "
+                "'Formas' AND P.NAME = '%1' AND L.NAME = 'LarvenosPV' AND L.PARENT_ID = 0)");
+            const QList<QPair<QString, QString>> formas{
+                {QStringLiteral("Puntos"), QStringLiteral("Boleto grande")},
+                {QStringLiteral("Puntos"), QStringLiteral("Boleto chico")},
+                {QStringLiteral("Traspasos"), QStringLiteral("Traspaso")}};
+            int id = 9100;
+            for (const auto &[donde, nombre] : formas) {
+                q.setSql(QStringLiteral("INSERT INTO RB_ITEM (ITEM_ID, FOLDER_ID, NAME) VALUES "
+                                        "(%1, %2, '%3')")
+                             .arg(++id)
+                             .arg(carpeta.arg(donde), nombre));
+                q.execute();
+            }
+            tr.commit();
+        }
         GuionMensajes guion;
         std::unique_ptr<TfConfig> f = abre();
+        QCOMPARE(f->vListaFormas->count(), 2);
+        QCOMPARE(f->vListaFormas->item(0)->text(), QStringLiteral("Boleto chico"));
+        QVERIFY(!f->vListaFormas->currentItem());
+        f->vListaFormas->setCurrentRow(1);
         f->vFolioPuntos->setText(QStringLiteral("A0"));
         f->vPuntosImpActivo->click();
         guion.responde({mb::IdYes});
@@ -396,9 +427,15 @@ private slots:
             {QStringLiteral("CorreoRem"), QStringLiteral(" a@b.mx")},
             {QStringLiteral("UsarArtBoleto"), QStringLiteral("S")},
             {QStringLiteral("ArtBoleto"), QStringLiteral("105")},
-            {QStringLiteral("Lista por empleados"), QStringLiteral("N")}};
+            {QStringLiteral("Lista por empleados"), QStringLiteral("N")},
+            {QStringLiteral("FormaBoleto"), QStringLiteral("Boleto grande")}};
         for (const auto &[clave, esperado] : guardado)
             QCOMPARE(valor(clave), esperado);
+        f = abre(3, false);
+        QVERIFY(f->vListaFormas->currentItem());
+        QCOMPARE(f->vListaFormas->currentItem()->text(), QStringLiteral("Boleto grande"));
+        QCOMPARE(f->vArticulo->text(), QStringLiteral("A5"));
+        QCOMPARE(f->vPesos->text(), QStringLiteral("99.5"));
     }
 
     void reglasGuardadasRigenLasVentas()
