@@ -400,8 +400,7 @@ QWidget *TfConfig::creaPaginaPuntos()
     rbPtolinea
         = nombra(new QCheckBox(QStringLiteral("Puntos por línea")), QStringLiteral("rbPtolinea"));
     gi->addWidget(rbPtolinea, 2, 0, 1, 4);
-    auto *rejilla = new RejillaLineas(this);
-    gridLineas = nombra(static_cast<MemGrid *>(rejilla), QStringLiteral("gridLineas"));
+    gridLineas = nombra<MemGrid>(new RejillaLineas(this), QStringLiteral("gridLineas"));
     gridLineas->setAccessibleName(QStringLiteral("Líneas con puntos"));
     gridLineas->setItemDelegate(new DelegadoLineas(this, gridLineas));
     gridLineas->setMinimumHeight(90);
