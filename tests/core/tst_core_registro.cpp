@@ -108,6 +108,40 @@ private slots:
         QCOMPARE(lar::LeeRegistro(s2, QStringLiteral("Clave")), QStringLiteral("Sí, 5"));
     }
 
+    // Settings reads (which create keys) and writes are committed on the tree's own
+    // transaction: other stations see them at once, while a screen's pending write
+    // on fbUpdateTrans stays pending and can still be rolled back.
+    void ajenoALaTransaccionDeLaPantalla()
+    {
+        lar::Sesion &s = *m_s;
+        s.TransInicia();
+        fb::Query q(&s.fbDatabase(), &s.fbUpdateTrans());
+        q.setSql(QStringLiteral("insert into lar_permisos (modulo, usuario, acceso) values (5, "
+                                "'PENDIENTE', 1)"));
+        q.execute();
+        QCOMPARE(lar::LeeRegistro(s, QStringLiteral("Nueva")), QString());
+        lar::GuardaRegistro(s, QStringLiteral("Otra"), QStringLiteral("x"));
+        QString version;
+        lar::Registro(s, {}, {}, {}, true, version, QStringLiteral("PuntosLar_DB"));
+        QVERIFY(s.fbUpdateTrans().isActive());
+
+        fb::Database otra;
+        m_e->conectaEmpresa(otra);
+        const QString claves = QStringLiteral(
+            "select nombre, valor from lar_registro where nombre in ('Nueva', 'Otra', "
+            "'PuntosLar_DB') order by nombre");
+        const QStringList esperadas{
+            QStringLiteral("Nueva|"), QStringLiteral("Otra|x"), QStringLiteral("PuntosLar_DB|")};
+        QCOMPARE(filas(otra, claves), esperadas);
+        const QString pendiente
+            = QStringLiteral("select count(*) from lar_permisos where usuario = 'PENDIENTE'");
+        QCOMPARE(filas(otra, pendiente), QStringList{QStringLiteral("0")});
+
+        s.UpdateRollback();
+        QCOMPARE(filas(otra, pendiente), QStringList{QStringLiteral("0")});
+        QCOMPARE(filas(otra, claves), esperadas);
+    }
+
     // Folder ids stay cached for the whole session, even when the rows go away.
     void cacheDeCarpetas()
     {
