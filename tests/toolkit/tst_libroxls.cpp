@@ -1,12 +1,11 @@
 // The .xls writer, read back by two readers that owe it nothing: freexl (C) and
 // xlrd (Python), cells, types and number formats.
 
+#include "support/lectorxls.h"
 #include "toolkit/libroxls.h"
 
 #include <QJsonArray>
-#include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -15,27 +14,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-// The cells of every sheet as xlrd sees them: {"hojas": [{"nombre", "celdas":
-// [[fila, col, tipo, valor, formato]]}]}, tipo being xlrd's ctype (1 text, 2
-// number, 3 date).
-const char *const LectorXlrd = R"(
-import json, sys, xlrd
-libro = xlrd.open_workbook(sys.argv[1], formatting_info=True)
-hojas = []
-for h in libro.sheets():
-    celdas = []
-    for f in range(h.nrows):
-        for c in range(h.ncols):
-            cel = h.cell(f, c)
-            if cel.ctype == xlrd.XL_CELL_EMPTY:
-                continue
-            fmt = libro.format_map[libro.xf_list[cel.xf_index].format_key].format_str
-            celdas.append([f, c, cel.ctype, cel.value, fmt])
-    anchos = {str(c): i.width for c, i in h.colinfo_map.items()}
-    hojas.append({"nombre": h.name, "celdas": celdas, "anchos": anchos})
-print(json.dumps({"hojas": hojas, "fecha1904": libro.datemode}))
-)";
 
 struct LibroFreexl
 {
@@ -95,22 +73,6 @@ private:
     QTemporaryDir m_dir;
 
     QString ruta(const QString &nombre) const { return m_dir.filePath(nombre); }
-
-    QJsonObject leeConXlrd(const QString &archivo)
-    {
-        QProcess p;
-        // Debian's interpreter, the one python3-xlrd installs into.
-        const QString python
-            = QFile::exists(u"/usr/bin/python3"_s) ? u"/usr/bin/python3"_s : u"python3"_s;
-        p.start(python, {u"-c"_s, QString::fromUtf8(LectorXlrd), archivo});
-        if (!p.waitForFinished(120000) || p.exitCode() != 0) {
-            const QString err = QString::fromUtf8(p.readAllStandardError());
-            if (err.contains(u"No module named 'xlrd'") || p.error() == QProcess::FailedToStart)
-                return {{u"falta"_s, u"python3-xlrd no está instalado"_s}};
-            return {{u"error"_s, err}};
-        }
-        return QJsonDocument::fromJson(p.readAllStandardOutput()).object();
-    }
 
 private slots:
     void initTestCase() { QVERIFY(m_dir.isValid()); }
@@ -181,7 +143,7 @@ private slots:
             QCOMPARE(x.texto(0, 0), u"Segunda"_s);
         }
 
-        const QJsonObject r = leeConXlrd(ruta(u"tipos.xls"_s));
+        const QJsonObject r = lartest::LeeXlsConXlrd(ruta(u"tipos.xls"_s));
         if (r.contains(u"falta"_s))
             QSKIP(qPrintable(r.value(u"falta"_s).toString()));
         QVERIFY2(!r.contains(u"error"_s), qPrintable(r.value(u"error"_s).toString()));
@@ -277,7 +239,7 @@ private slots:
         libro.texto(h, 1, 0, QString(40000, QChar(u'x')));
         libro.texto(h, 2, 0, u"después"_s);
         QVERIFY(libro.guarda(ruta(u"larga.xls"_s)));
-        const QJsonObject r = leeConXlrd(ruta(u"larga.xls"_s));
+        const QJsonObject r = lartest::LeeXlsConXlrd(ruta(u"larga.xls"_s));
         if (r.contains(u"falta"_s))
             QSKIP(qPrintable(r.value(u"falta"_s).toString()));
         QVERIFY2(!r.contains(u"error"_s), qPrintable(r.value(u"error"_s).toString()));
