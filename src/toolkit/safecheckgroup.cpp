@@ -50,7 +50,6 @@ void TSafeCheckGroup::setItems(const QStringList &items)
         QFont f = b->font();
         f.setBold(false);
         b->setFont(f);
-        b->setEnabled(isEnabled());
         connect(b, &QCheckBox::clicked, this, [this, i] { click(i); });
         m_boxes << b;
         b->show();

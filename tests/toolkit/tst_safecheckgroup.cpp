@@ -61,6 +61,12 @@ private slots:
         QCOMPARE(g.findChildren<lar::TCheckButton *>().size(), 2);
         QCOMPARE(g.itemIndex(), -1);
         QVERIFY(g.boton(1)->isChecked());
+
+        // Boxes made while the group is off follow it when it comes on.
+        g.setEnabled(false);
+        g.setItems(kCinco);
+        g.setEnabled(true);
+        QVERIFY(g.boton(0)->isEnabled());
     }
 
     void primaria()
