@@ -1,5 +1,6 @@
 #include "core/fmain.h"
 #include "db/dbscript.h"
+#include "security/modulos.h"
 
 #include <QApplication>
 
@@ -11,6 +12,7 @@ int main(int argc, char *argv[])
     lar::TfMain::FabricaActualizaDB() = [](lar::TfMain &m) -> QDialog * {
         return new lar::TfDBScript(m.sesion(), &m);
     };
+    lar::RegistraModulosSeguridad();
     lar::TfMain principal;
     principal.show();
     return QApplication::exec();
