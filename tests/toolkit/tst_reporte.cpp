@@ -196,6 +196,90 @@ private slots:
         QVERIFY(error.startsWith(QStringLiteral("No fue posible crear el archivo")));
     }
 
+    // Scripts: a registered function with var arguments called from the template's
+    // script, band and element events, expressions, and the errors they raise.
+    void scripts()
+    {
+        FuncionScript f;
+        f.nombre = QStringLiteral("Desglosa");
+        f.categoria = QStringLiteral("Pruebas");
+        f.firma = QStringLiteral(
+            "function Desglosa(Texto: string; var Antes, Despues: string; Fijo: string): Boolean;");
+        f.ejecuta = [](QVariantList &a, QVariant &resultado) {
+            const QString t = a[0].toString();
+            a[1] = t.section(u'/', 0, 0);
+            a[2] = t.section(u'/', 1);
+            a[3] = QStringLiteral("perdido");
+            resultado = t.contains(u'/');
+        };
+        QCOMPARE(f.argumentosVar(), (QList<int>{1, 2}));
+        FuncionesScript::registra(f);
+        QVERIFY(FuncionesScript::busca(QStringLiteral("desglosa")));
+
+        lar::MemTable t;
+        t.addField(QStringLiteral("TEXTO"), lar::FieldType::String, 40);
+        t.addField(QStringLiteral("PTS"), lar::FieldType::Integer);
+        t.open();
+        for (int i = 1; i <= 4; ++i) {
+            t.append();
+            t[QStringLiteral("TEXTO")] = QStringLiteral("PESOS %1/M.N.").arg(i);
+            t[QStringLiteral("PTS")] = i * 100;
+            t.post();
+        }
+        const QByteArray texto = R"(<reporte alIniciar="inicia">
+          <vista nombre="V"/>
+          <script><![CDATA[
+            var llamadas = 0, fijo = {value: 'fijo'};
+            function inicia() { llamadas = 0; }
+            function detalle(b) { b.visible = Campo('PTS') != 300; }
+            function parte(e) {
+              var antes = {value: ''}, despues = {value: 'x'};
+              var ok = Desglosa(Campo('TEXTO'), antes, despues, fijo);
+              e.texto = antes.value + '|' + despues.value + '|' + ok + '|' + fijo.value;
+              ++llamadas;
+            }
+            function fin(e) { e.texto = 'Filas: ' + llamadas + ', página ' + Reporte.pagina; }
+          ]]></script>
+          <banda tipo="detalle" alto="5" alImprimir="detalle">
+            <texto nombre="parte" x="0" y="0" ancho="50" alto="5" alImprimir="parte"/>
+            <expresion nombre="doble" x="60" y="0" ancho="20" alto="5" formato="#,0">Campo('PTS') * 2 + Parametro('extra')</expresion>
+          </banda>
+          <banda tipo="resumen" alto="5"><texto nombre="fin" x="0" y="0" ancho="50" alto="5" alImprimir="fin"/></banda>
+        </reporte>)";
+        Reporte r;
+        QString error;
+        QVERIFY2(r.cargaTexto(texto, &error), qPrintable(error));
+        r.setCursor(QStringLiteral("V"), std::make_unique<CursorMemTable>(&t));
+        r.setParametro(QStringLiteral("extra"), 1);
+        QVERIFY2(r.genera(&error), qPrintable(error));
+        const Documento &d = r.documento();
+        // The band hidden by its event (PTS 300) takes no room.
+        QCOMPARE(d.hojas[0].bandas.size(), 4);
+        QCOMPARE(d.hojas[0].bandas[3].tipo, TipoBanda::Resumen);
+        QCOMPARE(d.hojas[0].bandas[3].y, 6.35 + 15);
+        QCOMPARE(textosDe(d, QStringLiteral("parte")),
+                 (QStringList{QStringLiteral("PESOS 1|M.N.|true|fijo"),
+                              QStringLiteral("PESOS 2|M.N.|true|fijo"),
+                              QStringLiteral("PESOS 4|M.N.|true|fijo")}));
+        QCOMPARE(
+            textosDe(d, QStringLiteral("doble")),
+            (QStringList{QStringLiteral("201"), QStringLiteral("401"), QStringLiteral("801")}));
+        QCOMPARE(textosDe(d, QStringLiteral("fin")),
+                 QStringList{QStringLiteral("Filas: 3, página 1")});
+
+        // Removed by name, the function is gone from the next run.
+        QVERIFY(FuncionesScript::quita(QStringLiteral("Desglosa")));
+        QVERIFY(!FuncionesScript::quita(QStringLiteral("Desglosa")));
+        QVERIFY(!r.genera(&error));
+        QVERIFY2(error.startsWith(QStringLiteral("Error en el script del reporte")),
+                 qPrintable(error));
+        QVERIFY(error.contains(QStringLiteral("Desglosa")));
+
+        r.plantilla().bandas[0].alImprimir = QStringLiteral("noExiste");
+        QVERIFY(!r.genera(&error));
+        QCOMPARE(error, QStringLiteral("El script del reporte no tiene la función \"noExiste\"."));
+    }
+
     void emptyReportAndBadTemplates()
     {
         Reporte vacio;

@@ -24,6 +24,13 @@ enum class Dispositivo { Pdf, Impresora, XLSReport };
 // template's queries (on the given database, in a read transaction of its own),
 // its scripts, and lays the bands out into pages of primitives, which the
 // renderers draw.
+//
+// Scripts are JavaScript. Besides the registered functions (FuncionesScript) they
+// see Campo("CAMPO") or Campo("VISTA.CAMPO"), Parametro("NOMBRE") and
+// Reporte.pagina. The report's alIniciar function runs once before the layout; a
+// band's alImprimir gets {nombre, visible, alto} and an element's {nombre, texto,
+// visible, imagen} (imagen: a file or base64 PNG data), and what they change is
+// what gets placed.
 class Reporte
 {
 public:
