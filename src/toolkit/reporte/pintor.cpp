@@ -76,10 +76,15 @@ QImage imagenHoja(const Hoja &hoja, double pxPorMm)
     return img;
 }
 
-void pintaDocumento(QPainter &painter, QPagedPaintDevice &dispositivo, const Documento &doc)
+bool pintaDocumento(QPainter &painter,
+                    QPagedPaintDevice &dispositivo,
+                    const Documento &doc,
+                    const std::function<bool(int)> &sigue)
 {
     const double pxPorMm = dispositivo.logicalDpiX() / 25.4;
     for (int i = 0; i < doc.hojas.size(); ++i) {
+        if (sigue && !sigue(i + 1))
+            return false;
         if (i > 0) {
             dispositivo.setPageSize(
                 QPageSize(doc.hojas[i].tamano, QPageSize::Millimeter, {}, QPageSize::ExactMatch));
@@ -87,6 +92,7 @@ void pintaDocumento(QPainter &painter, QPagedPaintDevice &dispositivo, const Doc
         }
         pintaHoja(painter, doc.hojas[i], pxPorMm);
     }
+    return true;
 }
 
 bool escribePdf(const Documento &doc, const QString &ruta, QString *error)

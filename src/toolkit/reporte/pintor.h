@@ -5,6 +5,8 @@
 #include <QImage>
 #include <QString>
 
+#include <functional>
+
 class QPainter;
 class QPagedPaintDevice;
 
@@ -18,8 +20,13 @@ void pintaHoja(QPainter &painter, const Hoja &hoja, double pxPorMm);
 QImage imagenHoja(const Hoja &hoja, double pxPorMm);
 
 // Paints every page on a paged device (PDF writer, printer) whose page size has
-// been set; the painter must be active on it.
-void pintaDocumento(QPainter &painter, QPagedPaintDevice &dispositivo, const Documento &doc);
+// been set; the painter must be active on it. sigue, when given, is asked before
+// each page (1-based) and stops the painting with false; the result says whether
+// every page went.
+bool pintaDocumento(QPainter &painter,
+                    QPagedPaintDevice &dispositivo,
+                    const Documento &doc,
+                    const std::function<bool(int)> &sigue = {});
 
 // Writes the document as PDF, through a temporary file so that a failure leaves
 // no half-written file; false and a Spanish message when it can't.

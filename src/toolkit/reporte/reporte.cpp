@@ -634,6 +634,7 @@ Reporte::~Reporte() = default;
 
 bool Reporte::cargaTexto(const QByteArray &texto, QString *error)
 {
+    m_documento = {};
     return leePlantilla(texto, m_plantilla, error);
 }
 

@@ -7,6 +7,7 @@
 #include <QString>
 #include <QVariantHash>
 
+#include <functional>
 #include <map>
 #include <memory>
 
@@ -62,6 +63,12 @@ public:
     QString archivo() const { return m_archivo; }
     void setArchivo(const QString &ruta) { m_archivo = ruta; }
 
+    // Called by the printer between pages with the page about to go; false cancels
+    // the job.
+    using Avance = std::function<bool(int pagina)>;
+    void setAvance(Avance avance) { m_avance = std::move(avance); }
+    const Avance &avance() const { return m_avance; }
+
     // Lays the report out again; false with the Spanish error of the data layer,
     // the script or the template.
     bool genera(QString *error = nullptr);
@@ -78,6 +85,7 @@ private:
     QString m_impresora;
     int m_copias = 1;
     QString m_archivo;
+    Avance m_avance;
     Documento m_documento;
 };
 
