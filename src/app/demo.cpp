@@ -6,7 +6,7 @@
 //                                            configuration screen as PNG (login,
 //                                            main, main-operacion, config)
 
-#include "app/modulos.h"
+#include "catalog/fconfig.h"
 #include "core/conecta.h"
 #include "core/fmain.h"
 #include "db/actualizadb.h"
@@ -148,7 +148,7 @@ int capturas(const QString &carpeta, const QString &destino)
 int main(int argc, char *argv[])
 {
     QApplication app(argc, argv);
-    lar::RegistraModulos();
+    lar::RegistraConfiguracion();
     const QStringList args = QApplication::arguments();
     try {
         if (args.size() == 3 && args[1] == u"instala")

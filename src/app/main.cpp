@@ -1,6 +1,8 @@
-#include "app/modulos.h"
+#include "catalog/articulos_lista.h"
+#include "catalog/fconfig.h"
 #include "core/fmain.h"
 #include "db/dbscript.h"
+#include "security/modulos.h"
 
 #include <QApplication>
 
@@ -12,7 +14,9 @@ int main(int argc, char *argv[])
     lar::TfMain::FabricaActualizaDB() = [](lar::TfMain &m) -> QDialog * {
         return new lar::TfDBScript(m.sesion(), &m);
     };
-    lar::RegistraModulos();
+    lar::RegistraModulosSeguridad();
+    lar::RegistraArticulosPuntos();
+    lar::RegistraConfiguracion();
     lar::TfMain principal;
     principal.show();
     return QApplication::exec();

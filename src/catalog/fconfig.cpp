@@ -1,6 +1,7 @@
 #include "fconfig.h"
 
 #include "core/acceso.h"
+#include "core/fmain.h"
 #include "core/navegacion.h"
 #include "core/sesion.h"
 #include "points/reinicio.h"
@@ -266,6 +267,17 @@ private:
 };
 
 } // namespace
+
+void RegistraConfiguracion()
+{
+    FilaModulo m;
+    m.tag = Modulo;
+    m.clase = QStringLiteral("TfConfig");
+    m.creaForma = [](TfMain &principal) -> TMForm * {
+        return new TfConfig(principal.sesion());
+    };
+    RegistraModulo(m);
+}
 
 TfConfig::TfConfig(Sesion &sesion, QWidget *parent)
     : TMForm(parent)
