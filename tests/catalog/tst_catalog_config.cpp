@@ -491,6 +491,38 @@ private slots:
         QCOMPARE(valor(QStringLiteral("Puntos Importe Activo")), QStringLiteral("N"));
         QCOMPARE(m_emp->valor(QStringLiteral("SELECT COUNT(*) FROM LAR_PUNTOSLINEAS")).toInt(), 3);
     }
+
+    void guardadoFallidoNoPierdeLasLineas()
+    {
+        const QString lineas = QStringLiteral(
+            "SELECT LIST(L, ' ') FROM (SELECT LINEA_ID || ':' || PUNTOS || ':' || IMPORTE L FROM "
+            "LAR_PUNTOSLINEAS ORDER BY LINEA_ID)");
+        const QString antes = m_emp->valor(lineas).toString();
+        m_emp->ejecuta(QStringLiteral("CREATE EXCEPTION E_PRUEBA_LINEAS 'linea rechazada'"));
+        m_emp->ejecuta(QStringLiteral("CREATE TRIGGER TR_PRUEBA_LINEAS FOR LAR_PUNTOSLINEAS BEFORE "
+                                      "INSERT AS BEGIN IF (NEW.LINEA_ID = 10) THEN EXCEPTION "
+                                      "E_PRUEBA_LINEAS; END"));
+        GuionMensajes guion;
+        std::unique_ptr<TfConfig> f = abre();
+        f->vFolioPuntos->setText(QStringLiteral("L1"));
+        f->chkReinicio->setChecked(false);
+        f->chkBoleto->setChecked(false);
+        f->rbPtolinea->setChecked(true);
+        f->mlineaspuntos->appendRecord({35, 1, QVariant::fromValue(fb::Decimal::fromInt(20))});
+        f->bSave->click();
+        m_emp->ejecuta(QStringLiteral("DROP TRIGGER TR_PRUEBA_LINEAS"));
+        QCOMPARE(guion.textos().size(), 1);
+        QVERIFY2(guion.textos()[0].startsWith(
+                     QStringLiteral("No fue posible guardar la configuración: "))
+                     && guion.textos()[0].contains(QStringLiteral("linea rechazada")),
+                 qPrintable(guion.textos()[0]));
+        QVERIFY(f->isVisible());
+        // The old lines stay: the deletion went back with the failed insert.
+        QCOMPARE(m_emp->valor(lineas).toString(), antes);
+        f->bSave->click();
+        QVERIFY(!f->isVisible());
+        QCOMPARE(m_emp->valor(lineas).toString(), antes + QStringLiteral(" 35:1:20"));
+    }
 };
 
 QTEST_MAIN(TstConfig)
