@@ -41,6 +41,19 @@ const QString AvisoSistema = QStringLiteral("Aviso del sistema");
 constexpr int Modulo = 10;
 constexpr quint32 BitModificar = 2;
 
+// Runs a step of a handler; an engine error is shown and the step given up.
+template<class F>
+bool protegido(F &&paso)
+{
+    try {
+        paso();
+        return true;
+    } catch (const std::exception &e) {
+        MensajeSistema(TextoExcepcion(e), QStringLiteral("Error"), mb::IconStop);
+        return false;
+    }
+}
+
 // Folio boxes: Backspace, digits and the letters A to Z (no 'Ñ'), upper-cased as typed.
 class ValidadorFolio : public QValidator
 {
@@ -298,7 +311,9 @@ TfConfig::TfConfig(Sesion &sesion, QWidget *parent)
     creaControles();
     terminaDiseno();
     ponSoloLectura(true);
+    // Errors here reach the dispatch, which reports them and opens nothing.
     cargaCatalogos();
+    leeConfiguracion();
 }
 
 TfConfig::~TfConfig() = default;
@@ -587,7 +602,6 @@ void TfConfig::showEvent(QShowEvent *ev)
         return;
     m_mostrada = true;
     bEdit->setEnabled((Acceso & BitModificar) != 0);
-    leeConfiguracion();
     pcConfig->setCurrentWidget(TabPuntos);
 }
 
@@ -720,12 +734,13 @@ void TfConfig::RBListaEmpleadosClick(bool marcado)
 {
     if (!marcado || m_cargando)
         return;
-    if (!m_config->hayEmpleados()) {
+    bool hay = false;
+    if (protegido([&] { hay = m_config->hayEmpleados(); }) && !hay)
         MensajeSistema(QStringLiteral("La empresa no tiene empleados registrados."),
                        AvisoSistema,
                        mb::IconInformation);
+    if (!hay)
         RBListaClientes->setChecked(true);
-    }
 }
 
 void TfConfig::chkReinicioClick(bool marcado)
@@ -826,7 +841,9 @@ void TfConfig::lineaElegida(const QString &nombre)
     if (mlineaspuntos->isEmpty())
         return;
     const int fila = mlineaspuntos->recNo();
-    const int linea = m_config->lineaPorNombre(nombre);
+    int linea = 0;
+    if (!protegido([&] { linea = m_config->lineaPorNombre(nombre); }))
+        return;
     mlineaspuntos->setValueAt(fila, 0, linea);
     int veces = 0;
     for (int r = 0; r < mlineaspuntos->recordCount(); ++r) {
