@@ -6,6 +6,8 @@
 #include "catalog/fconfig.h"
 #include "core/acceso.h"
 #include "core/ayudagui.h"
+#include "core/fmain.h"
+#include "core/navegacion.h"
 #include "core/registro.h"
 #include "core/sesion.h"
 #include "fb/database.h"
@@ -19,6 +21,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDateEdit>
+#include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
@@ -103,6 +106,25 @@ class TstConfig : public QObject
 
 private slots:
     void initTestCase() { m_emp = std::make_unique<lartest::EmpresaPuntos>(false, true); }
+
+    void abreDesdeElMenu()
+    {
+        RegistraConfiguracion();
+        for (const quint32 acceso : {1u, 3u}) {
+            TfMain m;
+            m_emp->entorno().conectaSesion(m.sesion());
+            m.sesion().Permisos[10] = acceso;
+            m.fPrimeraActivacion = false;
+            m.show();
+            QVERIFY(QTest::qWaitForWindowExposed(&m));
+            m.aSisConfiguracion->trigger();
+            auto *f = m.fPanelFondo->findChild<TfConfig *>();
+            QVERIFY(f && f->isVisible());
+            QCOMPARE(m.Modulo->text(), QStringLiteral("Configuración"));
+            QCOMPARE(f->bEdit->isEnabled(), acceso == 3);
+        }
+        QuitaModulo(10);
+    }
 
     void porOmisionYSoloLectura()
     {
