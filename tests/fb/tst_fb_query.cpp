@@ -273,6 +273,42 @@ private slots:
         q.close();
     }
 
+    // Typed options: the default is write, nowait, rec_version, read_committed; a
+    // read-only transaction refuses writes, a snapshot keeps its view, and a
+    // contradiction is refused before reaching the engine.
+    void transactionOptions()
+    {
+        using O = fb::TransactionOption;
+        QCOMPARE(fb::Transaction::defaultOptions(),
+                 O::Write | O::NoWait | O::RecVersion | O::ReadCommitted);
+        QCOMPARE(m_tr.options(), fb::Transaction::defaultOptions());
+        exec(QStringLiteral("insert into t (id, v) values (1, 'uno')"));
+
+        fb::Transaction lectura(&m_db);
+        lectura.setOptions(O::Read | O::Concurrency);
+        fb::Query q(&m_db, &lectura);
+        q.setSql(QStringLiteral("select count(*) from t"));
+        q.open();
+        QCOMPARE(q.field(0).toInt(), 1);
+        q.close();
+        exec(QStringLiteral("insert into t (id, v) values (2, 'dos')"));
+        q.open();
+        QCOMPARE(q.field(0).toInt(), 1); // its snapshot
+        q.close();
+        fb::Query escribe(&m_db, &lectura);
+        escribe.setSql(QStringLiteral("delete from t"));
+        QVERIFY_THROWS_EXCEPTION(fb::Error, escribe.execute());
+        lectura.rollback();
+
+        for (const fb::TransactionOptions malas :
+             {O::Write | O::Read, O::Wait | O::NoWait, O::ReadCommitted | O::Concurrency}) {
+            fb::Transaction t(&m_db);
+            t.setOptions(malas);
+            QVERIFY_THROWS_EXCEPTION(fb::Error, t.start());
+            QVERIFY(!t.isActive());
+        }
+    }
+
     void twoTransactions()
     {
         exec(QStringLiteral("insert into t (id, v) values (1, 'uno')"));
