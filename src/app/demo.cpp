@@ -35,6 +35,7 @@ QTextStream &err()
 void derechosDemo(lar::Sesion &s)
 {
     const QList<QPair<int, int>> derechos{{73, 31}, {74, 3}, {75, 3}, {76, 7}, {77, 7}, {78, 3}};
+    fb::TransactionGuard guardia(s.fbUpdateTrans());
     fb::Query q(&s.fbDatabase(), &s.fbUpdateTrans());
     q.setSql(QStringLiteral(
         "update or insert into lar_permisos (modulo, usuario, acceso) values (:m, 'CAJERO', :a)"));
@@ -43,7 +44,7 @@ void derechosDemo(lar::Sesion &s)
         q.bind(QStringLiteral("a"), acceso);
         q.execute();
     }
-    s.UpdateCommit();
+    guardia.commit();
 }
 
 int instala(const QString &carpeta)

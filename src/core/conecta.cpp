@@ -279,7 +279,7 @@ void TfConecta::bOkClick()
             accept();
             return;
         }
-        if (VerificaDB(m_sesion, true)) {
+        if (RevisaDB(m_sesion, true)) {
             accept();
             return;
         }
@@ -397,16 +397,13 @@ void TfConecta::GuardaUltimos()
     }
     if (EmpresaId > 0) {
         try {
-            m_sesion.ConfigInicia();
+            fb::TransactionGuard guardia(m_sesion.fbConfigTrans());
             const int usuario = RegistroMicrosip(m_sesion, Usuario.toUpper(), 0, QStringLiteral("L"), false, QString());
             const int microsip = RegistroMicrosip(m_sesion, QStringLiteral("Microsip"), usuario, QStringLiteral("L"), false, QString());
             RegistroMicrosip(m_sesion, QStringLiteral("Empresa"), microsip, QStringLiteral("V"), true, QString::number(EmpresaId));
-            m_sesion.ConfigCommit();
+            guardia.commit();
         } catch (const std::exception &) {
-            try {
-                m_sesion.ConfigRollback();
-            } catch (const std::exception &) {
-            }
+            // Only a convenience for the next login: the guard rolled it back.
         }
     }
 }
