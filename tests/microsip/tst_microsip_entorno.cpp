@@ -363,6 +363,12 @@ private slots:
         QTest::newRow("opción desconocida")
             << QStringList{QStringLiteral("init"), nueva, QStringLiteral("--color")} << 2
             << QStringLiteral("Opción desconocida: --color");
+        QTest::newRow("falta el valor")
+            << QStringList{QStringLiteral("init"), nueva, QStringLiteral("--empresa")} << 2
+            << QStringLiteral("Falta el valor de --empresa.");
+        QTest::newRow("bandera con valor")
+            << QStringList{QStringLiteral("init"), nueva, QStringLiteral("--sin-folios=1")} << 2
+            << QStringLiteral("La opción --sin-folios no lleva valor.");
         QTest::newRow("usuario mal escrito")
             << QStringList{QStringLiteral("init"),
                            nueva,
