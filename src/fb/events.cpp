@@ -26,7 +26,8 @@ namespace {
 class Callback final : public IEventCallbackImpl<Callback, ThrowStatusWrapper>
 {
 public:
-    Callback(std::shared_ptr<EventShared> shared, std::function<void(std::vector<unsigned char>)> post)
+    Callback(std::shared_ptr<EventShared> shared,
+             std::function<void(std::vector<unsigned char>)> post)
         : m_shared(std::move(shared))
         , m_post(std::move(post))
     {}

@@ -42,7 +42,8 @@ void Transaction::setDatabase(Database *db)
     if (db == m_db)
         return;
     if (isActive())
-        throw Error::usage(QStringLiteral("No se puede cambiar la base de datos de una transacción activa"));
+        throw Error::usage(
+            QStringLiteral("No se puede cambiar la base de datos de una transacción activa"));
     if (m_db)
         std::erase(m_db->m_transactions, this);
     m_db = db;
@@ -81,7 +82,8 @@ std::vector<unsigned char> Transaction::buildTpb() const
                 continue;
             else {
                 tpb->dispose();
-                throw Error::usage(QStringLiteral("Parámetro de transacción desconocido: %1").arg(word));
+                throw Error::usage(
+                    QStringLiteral("Parámetro de transacción desconocido: %1").arg(word));
             }
             tpb->insertTag(st, tag);
         }

@@ -10,6 +10,7 @@
 #include "support/entornoprueba.h"
 #include "support/guionmensajes.h"
 #include "support/testenv.h"
+#include "support/testmain.h"
 #include "toolkit/memgrid.h"
 #include "toolkit/memtable.h"
 
@@ -319,5 +320,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestRegistro)
+LAR_TEST_MAIN(TestRegistro)
 #include "tst_core_registro.moc"

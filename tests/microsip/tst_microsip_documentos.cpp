@@ -11,6 +11,7 @@
 #include "fb/query.h"
 #include "fb/transaction.h"
 #include "support/entornoprueba.h"
+#include "support/testmain.h"
 
 #include <QProcess>
 #include <QTest>
@@ -686,5 +687,5 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(TestMicrosipDocumentos)
+LAR_TEST_GUILESS_MAIN(TestMicrosipDocumentos)
 #include "tst_microsip_documentos.moc"

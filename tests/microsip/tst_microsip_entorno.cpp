@@ -9,6 +9,7 @@
 #include "fb/transaction.h"
 #include "support/entornoprueba.h"
 #include "support/testenv.h"
+#include "support/testmain.h"
 
 #include <QDir>
 #include <QDomDocument>
@@ -426,5 +427,5 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(TestMicrosipEntorno)
+LAR_TEST_GUILESS_MAIN(TestMicrosipEntorno)
 #include "tst_microsip_entorno.moc"

@@ -8,6 +8,7 @@
 #include "empresapuntos.h"
 
 #include "fb/error.h"
+#include "support/testmain.h"
 
 #include <QTest>
 
@@ -342,19 +343,12 @@ private slots:
     }
 };
 
-template<class Clase>
-int ejecutaUna(int argc, char **argv)
-{
-    Clase t;
-    return QTest::qExec(&t, argc, argv);
-}
-
 // The areas in their order, each in a company of its own.
 template<class... Clases>
 int ejecuta(int argc, char **argv)
 {
     int fallas = 0;
-    ((fallas += ejecutaUna<Clases>(argc, argv)), ...);
+    ((fallas += lartest::ejecuta<Clases>(argc, argv)), ...);
     return fallas;
 }
 

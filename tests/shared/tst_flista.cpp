@@ -7,6 +7,7 @@
 #include "shared/listas.h"
 #include "support/entornoprueba.h"
 #include "support/guionmensajes.h"
+#include "support/testmain.h"
 #include "toolkit/memgrid.h"
 #include "toolkit/memtable.h"
 #include "toolkit/radiogroup.h"
@@ -492,5 +493,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestFLista)
+LAR_TEST_MAIN(TestFLista)
 #include "tst_flista.moc"

@@ -5,6 +5,7 @@
 #include "fb/query.h"
 #include "shared/listas.h"
 #include "support/entornoprueba.h"
+#include "support/testmain.h"
 #include "toolkit/memgrid.h"
 #include "toolkit/memtable.h"
 
@@ -336,5 +337,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestListas)
+LAR_TEST_MAIN(TestListas)
 #include "tst_listas.moc"
