@@ -86,10 +86,8 @@ CREATE TABLE ATRIBUTOS (
     VALOR_DEFAULT_CARACTER  VARCHAR(100),
     REQUERIDO               CHAR(1) DEFAULT 'N',   /* guessed type */
     DESCRIPCION             BLOB SUB_TYPE TEXT,
-    CONSTRAINT PK_ATRIBUTOS PRIMARY KEY (ATRIBUTO_ID),
-    -- (L) a column is declared once per object; Microsip's screens would
-    -- otherwise show it twice.
-    CONSTRAINT UK_ATRIBUTOS_COLUMNA UNIQUE (CLAVE_OBJETO, NOMBRE_COLUMNA)
+    CONSTRAINT PK_ATRIBUTOS PRIMARY KEY (ATRIBUTO_ID)
+    -- Names not declared unique: a real Microsip may lack the constraint.
 );
 
 /* ------------------------------------------------------------------ */
@@ -163,9 +161,8 @@ CREATE TABLE ROLES_CLAVES_CLIENTES (
     NOMBRE            VARCHAR(50) CHARACTER SET ISO8859_1 NOT NULL,
     ES_PPAL           SI_NO_N,
     ES_GLN            SI_NO_N,            /* guessed type */
-    CONSTRAINT PK_ROLES_CLAVES_CLIENTES PRIMARY KEY (ROL_CLAVE_CLI_ID),
-    -- (L) Microsip names its catalogue rows uniquely.
-    CONSTRAINT UK_ROLES_CLAVES_CLIENTES_NOMBRE UNIQUE (NOMBRE)
+    CONSTRAINT PK_ROLES_CLAVES_CLIENTES PRIMARY KEY (ROL_CLAVE_CLI_ID)
+    -- Names not declared unique: a real Microsip may lack the constraint.
 );
 
 /* Several keys a customer: nothing forbids two keys of one role. */
@@ -427,9 +424,8 @@ CREATE TABLE CONCEPTOS_IN (
     USUARIO_ULT_MODIF     USUARIO_TYPE,
     FECHA_HORA_ULT_MODIF  FECHA_Y_HORA,
     USUARIO_AUT_MODIF     VARCHAR(31),
-    CONSTRAINT PK_CONCEPTOS_IN PRIMARY KEY (CONCEPTO_IN_ID),
-    -- (L) Microsip names its catalogue rows uniquely.
-    CONSTRAINT UK_CONCEPTOS_IN_NOMBRE UNIQUE (NOMBRE)
+    CONSTRAINT PK_CONCEPTOS_IN PRIMARY KEY (CONCEPTO_IN_ID)
+    -- Names not declared unique: a real Microsip may lack the constraint.
 );
 
 /* Inventory documents. Inserted with APLICADO 'N' and then updated to 'S',
