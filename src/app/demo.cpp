@@ -49,7 +49,8 @@ void derechosDemo(lar::Sesion &s)
 
 int instala(const QString &carpeta)
 {
-    const microsip::Entorno e = microsip::Entorno::abre(carpeta, qEnvironmentVariable("LAR_FB_PASSWORD"));
+    const microsip::Entorno e
+        = microsip::Entorno::abre(carpeta, qEnvironmentVariable("LAR_FB_PASSWORD"));
     lar::Sesion s;
     e.conecta(s.fbConfig(), e.rutaConfig());
     e.conecta(s.fbDatabase(), e.rutaEmpresa(e.empresas().value(0)));
@@ -109,9 +110,11 @@ int capturas(const QString &carpeta, const QString &destino)
                 QTimer::singleShot(300, &m, [&] {
                     // The dropped-down tab is a window of its own: drawn over the main one.
                     QPixmap imagen = m.grab();
-                    if (auto *panel = m.dxRibbon->findChild<QWidget *>(QStringLiteral("panelGrupos"))) {
+                    if (auto *panel
+                        = m.dxRibbon->findChild<QWidget *>(QStringLiteral("panelGrupos"))) {
                         QPainter p(&imagen);
-                        p.drawPixmap(m.mapFromGlobal(panel->mapToGlobal(QPoint(0, 0))), panel->grab());
+                        p.drawPixmap(m.mapFromGlobal(panel->mapToGlobal(QPoint(0, 0))),
+                                     panel->grab());
                     }
                     const QString ruta = destino + QStringLiteral("/main-operacion.png");
                     if (imagen.save(ruta)) {

@@ -14,8 +14,8 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTimer>
-#include <QValidator>
 #include <QVBoxLayout>
+#include <QValidator>
 
 namespace lar {
 
@@ -37,10 +37,10 @@ bool Conectar(Sesion &sesion, fb::Database &base)
             sesion.UpdateRollback();
         } catch (const std::exception &) {
         }
-        const QString texto = e.iscCode() == fb::isc::LoginFailed
-                                  ? QStringLiteral("El nombre de usuario o contraseña no es válido")
-                                  : QStringLiteral("Error ") + QString::number(e.iscCode()) + u'\r'
-                                        + e.message();
+        const QString texto
+            = e.iscCode() == fb::isc::LoginFailed
+                  ? QStringLiteral("El nombre de usuario o contraseña no es válido")
+                  : QStringLiteral("Error ") + QString::number(e.iscCode()) + u'\r' + e.message();
         MensajeSistema(texto, QStringLiteral("Error de datos"), mb::IconStop);
         return false;
     } catch (const std::exception &e) {
@@ -192,8 +192,10 @@ void TfAcceso::showEvent(QShowEvent *ev)
 void TfAcceso::tDontUseTimer()
 {
     tDontUse->stop();
-    for (QWidget *w : {static_cast<QWidget *>(vUser), static_cast<QWidget *>(vPass),
-                       static_cast<QWidget *>(bOk), static_cast<QWidget *>(bCancel)})
+    for (QWidget *w : {static_cast<QWidget *>(vUser),
+                       static_cast<QWidget *>(vPass),
+                       static_cast<QWidget *>(bOk),
+                       static_cast<QWidget *>(bCancel)})
         w->setEnabled(true);
     vPass->setFocus();
     MensajeSistema(QStringLiteral("La contraseña no es correcta"),

@@ -64,7 +64,8 @@ TfEmpresas::TfEmpresas(QWidget *parent)
 {
     setObjectName(QStringLiteral("fEmpresas"));
     setWindowTitle(QStringLiteral("Seleccione una empresa"));
-    auto *etiqueta = new QLabel(QStringLiteral("&Seleccione la empresa con la que desea trabajar:"), this);
+    auto *etiqueta
+        = new QLabel(QStringLiteral("&Seleccione la empresa con la que desea trabajar:"), this);
     vEmpresas = new QListWidget(this);
     vEmpresas->setObjectName(QStringLiteral("vEmpresas"));
     vEmpresas->setSortingEnabled(true);
@@ -305,8 +306,9 @@ bool TfConecta::ConectaBase(fb::Database &base, bool esMetadatos)
                   << QStringLiteral("sql_role_name=USUARIO_MICROSIP");
     const QString path = PathSeleccionado();
     const QString sep = path.contains(u'\\') ? QStringLiteral("\\") : QStringLiteral("/");
-    base.setDatabaseName(path + QStringLiteral("System") + sep
-                         + (esMetadatos ? QStringLiteral("Metadatos.fdb") : QStringLiteral("Config.fdb")));
+    base.setDatabaseName(
+        path + QStringLiteral("System") + sep
+        + (esMetadatos ? QStringLiteral("Metadatos.fdb") : QStringLiteral("Config.fdb")));
     if (esMetadatos)
         return Conectar(m_sesion, base);
     if (!Conectar(m_sesion, base))
@@ -326,8 +328,9 @@ bool TfConecta::ConectaBase(fb::Database &base, bool esMetadatos)
     }
     Query.close();
     if (accesoEmpresas == u"L") {
-        Query.setSql(QStringLiteral("select e.nombre_corto from empresas e join empresas_usuarios u "
-                                    "on e.empresa_id=u.empresa_id where u.usuario_id=:id"));
+        Query.setSql(
+            QStringLiteral("select e.nombre_corto from empresas e join empresas_usuarios u "
+                           "on e.empresa_id=u.empresa_id where u.usuario_id=:id"));
         Query.bind(QStringLiteral("id"), usuarioId);
     } else {
         Query.setSql(QStringLiteral("select nombre_corto from empresas"));
@@ -398,9 +401,20 @@ void TfConecta::GuardaUltimos()
     if (EmpresaId > 0) {
         try {
             fb::TransactionGuard guardia(m_sesion.fbConfigTrans());
-            const int usuario = RegistroMicrosip(m_sesion, Usuario.toUpper(), 0, QStringLiteral("L"), false, QString());
-            const int microsip = RegistroMicrosip(m_sesion, QStringLiteral("Microsip"), usuario, QStringLiteral("L"), false, QString());
-            RegistroMicrosip(m_sesion, QStringLiteral("Empresa"), microsip, QStringLiteral("V"), true, QString::number(EmpresaId));
+            const int usuario = RegistroMicrosip(
+                m_sesion, Usuario.toUpper(), 0, QStringLiteral("L"), false, QString());
+            const int microsip = RegistroMicrosip(m_sesion,
+                                                  QStringLiteral("Microsip"),
+                                                  usuario,
+                                                  QStringLiteral("L"),
+                                                  false,
+                                                  QString());
+            RegistroMicrosip(m_sesion,
+                             QStringLiteral("Empresa"),
+                             microsip,
+                             QStringLiteral("V"),
+                             true,
+                             QString::number(EmpresaId));
             guardia.commit();
         } catch (const std::exception &) {
             // Only a convenience for the next login: the guard rolled it back.

@@ -178,7 +178,8 @@ TfMain::~TfMain()
         fMain = nullptr;
 }
 
-QAction *TfMain::accion(const QString &nombre, const QString &texto, int tag, QStyle::StandardPixmap icono)
+QAction *
+TfMain::accion(const QString &nombre, const QString &texto, int tag, QStyle::StandardPixmap icono)
 {
     auto *a = new QAction(style()->standardIcon(icono), texto, this);
     a->setObjectName(nombre);
@@ -189,19 +190,51 @@ QAction *TfMain::accion(const QString &nombre, const QString &texto, int tag, QS
 
 void TfMain::creaRibbon()
 {
-    accArticulos = accion(QStringLiteral("accArticulos"), QStringLiteral("Artículos con puntos"), 72, QStyle::SP_FileDialogDetailedView);
-    accVentasPuntos = accion(QStringLiteral("accVentasPuntos"), QStringLiteral("Canje de puntos"), 73, QStyle::SP_DialogApplyButton);
-    accAsignaPuntos = accion(QStringLiteral("accAsignaPuntos"), QStringLiteral("Asigna o Retira Puntos a Clientes"), 75, QStyle::SP_ArrowUp);
-    AsigPxActiv = accion(QStringLiteral("AsigPxActiv"), QStringLiteral("Asignar puntos por actividad a Empleados"), 79, QStyle::SP_FileDialogListView);
-    accCompCte = accion(QStringLiteral("accCompCte"), QStringLiteral("Compras por cliente"), 76, QStyle::SP_FileDialogContentsView);
-    accArtmas = accion(QStringLiteral("accArtmas"), QStringLiteral("Artículos más vendidos"), 77, QStyle::SP_FileDialogInfoView);
-    accBusqueda = accion(QStringLiteral("accBusqueda"), QStringLiteral("Buscador clientes"), 78, QStyle::SP_FileDialogStart);
-    accConsultaHistorial = accion(QStringLiteral("accConsultaHistorial"), QStringLiteral("Historial puntos"), 74, QStyle::SP_FileDialogBack);
-    aSisPermisosDes = accion(QStringLiteral("aSisPermisosDes"), QStringLiteral("Diseño"), 1, QStyle::SP_DesktopIcon);
-    aSisPermisos = accion(QStringLiteral("aSisPermisos"), QStringLiteral("Permisos del sistema"), 2, QStyle::SP_VistaShield);
-    aSisConfiguracion = accion(QStringLiteral("aSisConfiguracion"), QStringLiteral("Configuración del sistema"), 10, QStyle::SP_ComputerIcon);
+    accArticulos = accion(QStringLiteral("accArticulos"),
+                          QStringLiteral("Artículos con puntos"),
+                          72,
+                          QStyle::SP_FileDialogDetailedView);
+    accVentasPuntos = accion(QStringLiteral("accVentasPuntos"),
+                             QStringLiteral("Canje de puntos"),
+                             73,
+                             QStyle::SP_DialogApplyButton);
+    accAsignaPuntos = accion(QStringLiteral("accAsignaPuntos"),
+                             QStringLiteral("Asigna o Retira Puntos a Clientes"),
+                             75,
+                             QStyle::SP_ArrowUp);
+    AsigPxActiv = accion(QStringLiteral("AsigPxActiv"),
+                         QStringLiteral("Asignar puntos por actividad a Empleados"),
+                         79,
+                         QStyle::SP_FileDialogListView);
+    accCompCte = accion(QStringLiteral("accCompCte"),
+                        QStringLiteral("Compras por cliente"),
+                        76,
+                        QStyle::SP_FileDialogContentsView);
+    accArtmas = accion(QStringLiteral("accArtmas"),
+                       QStringLiteral("Artículos más vendidos"),
+                       77,
+                       QStyle::SP_FileDialogInfoView);
+    accBusqueda = accion(QStringLiteral("accBusqueda"),
+                         QStringLiteral("Buscador clientes"),
+                         78,
+                         QStyle::SP_FileDialogStart);
+    accConsultaHistorial = accion(QStringLiteral("accConsultaHistorial"),
+                                  QStringLiteral("Historial puntos"),
+                                  74,
+                                  QStyle::SP_FileDialogBack);
+    aSisPermisosDes = accion(
+        QStringLiteral("aSisPermisosDes"), QStringLiteral("Diseño"), 1, QStyle::SP_DesktopIcon);
+    aSisPermisos = accion(QStringLiteral("aSisPermisos"),
+                          QStringLiteral("Permisos del sistema"),
+                          2,
+                          QStyle::SP_VistaShield);
+    aSisConfiguracion = accion(QStringLiteral("aSisConfiguracion"),
+                               QStringLiteral("Configuración del sistema"),
+                               10,
+                               QStyle::SP_ComputerIcon);
     // Not modules: their own handlers, tag 0 (always enabled).
-    acc_AcercaDe = new QAction(style()->standardIcon(QStyle::SP_MessageBoxInformation), QStringLiteral("Acerca de"), this);
+    acc_AcercaDe = new QAction(
+        style()->standardIcon(QStyle::SP_MessageBoxInformation), QStringLiteral("Acerca de"), this);
     acc_AcercaDe->setObjectName(QStringLiteral("acc_AcercaDe"));
     SetTag(acc_AcercaDe, 0);
     connect(acc_AcercaDe, &QAction::triggered, this, &TfMain::acercaDe);
@@ -218,7 +251,8 @@ void TfMain::creaRibbon()
     tabConsultas = dxRibbon->agregaTab(QStringLiteral("tabConsultas"), QStringLiteral("Reportes"));
     tabSistema = dxRibbon->agregaTab(QStringLiteral("tabSistema"), QStringLiteral("Sistema"));
 
-    RibbonGrupo *g = tabCatalogos->agregaGrupo(QStringLiteral("grpArticulos"), QStringLiteral("Artículos"));
+    RibbonGrupo *g
+        = tabCatalogos->agregaGrupo(QStringLiteral("grpArticulos"), QStringLiteral("Artículos"));
     g->agregaBoton(QStringLiteral("bArticulos"), accArticulos);
 
     g = tabReportes->agregaGrupo(QStringLiteral("grpOperaciones"), QStringLiteral("Operaciónes"));
@@ -237,7 +271,9 @@ void TfMain::creaRibbon()
     g->agregaBoton(QStringLiteral("bPermisos"), aSisPermisos);
 
     g = tabSistema->agregaGrupo(QStringLiteral("grpSistema"), QStringLiteral("Sistema"));
-    bActualizaDB = g->agregaBoton(QStringLiteral("bActualizaDB"), QStringLiteral("Base de Datos"), style()->standardIcon(QStyle::SP_DriveHDIcon));
+    bActualizaDB = g->agregaBoton(QStringLiteral("bActualizaDB"),
+                                  QStringLiteral("Base de Datos"),
+                                  style()->standardIcon(QStyle::SP_DriveHDIcon));
     connect(bActualizaDB, &QAbstractButton::clicked, this, &TfMain::bActualizaDBClick);
     g->agregaBoton(QStringLiteral("bConfiguracion"), aSisConfiguracion);
     g->agregaBoton(QStringLiteral("bAcercaDe"), acc_AcercaDe);
@@ -358,10 +394,11 @@ bool TfMain::Acceso()
         m_sesion.Permisos.fill(0);
         m_sesion.TransInicia();
         if (!RevisaDB(m_sesion, true)) {
-            MensajeSistema(QStringLiteral("Es necesario actualizar la base de datos, para eso necesita "
-                                          "entrar al sistema con el usuario SYSDBA"),
-                           QStringLiteral("Aviso del sistema"),
-                           mb::IconInformation);
+            MensajeSistema(
+                QStringLiteral("Es necesario actualizar la base de datos, para eso necesita "
+                               "entrar al sistema con el usuario SYSDBA"),
+                QStringLiteral("Aviso del sistema"),
+                mb::IconInformation);
             return false;
         }
         fb::Query &q = m_sesion.Query();
@@ -395,8 +432,8 @@ bool TfMain::Acceso()
         if (Tag(b) < 0 || !a)
             continue;
         const int tag = Tag(a);
-        const bool habilitado = tag >= 0 && tag < int(m_sesion.Permisos.size())
-                                && m_sesion.Permisos[tag] > 0;
+        const bool habilitado
+            = tag >= 0 && tag < int(m_sesion.Permisos.size()) && m_sesion.Permisos[tag] > 0;
         a->setEnabled(habilitado);
         b->setEnabled(habilitado);
     }
@@ -450,7 +487,8 @@ bool TfMain::preRevision(int tag)
 {
     const QString aviso = QStringLiteral("Aviso del sistema");
     if (tag == 73) {
-        const QString valor = LeeRegistro(m_sesion, QStringLiteral("Concepto Salida Puntos")).trimmed();
+        const QString valor
+            = LeeRegistro(m_sesion, QStringLiteral("Concepto Salida Puntos")).trimmed();
         bool ok = false;
         const int concepto = valor.toInt(&ok);
         if (!ok || concepto <= 0) {
@@ -463,18 +501,21 @@ bool TfMain::preRevision(int tag)
         m_sesion.TransInicia();
         fb::Query &q = m_sesion.Query();
         if (ExisteTabla(m_sesion, QStringLiteral("FOLIOS_CONCEPTOS")))
-            q.setSql(QStringLiteral("SELECT consecutivo FROM FOLIOS_CONCEPTOS WHERE concepto_id = :cons"));
+            q.setSql(QStringLiteral(
+                "SELECT consecutivo FROM FOLIOS_CONCEPTOS WHERE concepto_id = :cons"));
         else
-            q.setSql(QStringLiteral("SELECT sig_folio FROM conceptos_in WHERE concepto_in_id = :cons"));
+            q.setSql(
+                QStringLiteral("SELECT sig_folio FROM conceptos_in WHERE concepto_in_id = :cons"));
         q.bind(QStringLiteral("cons"), concepto);
         q.open();
         const QString folio = (q.eof() || q.field(0).isNull()) ? QString() : q.field(0).toTrimmed();
         q.close();
         if (folio.trimmed().isEmpty()) {
-            MensajeSistema(QStringLiteral("Es necesario asignar una serie y consecutivo al concepto de "
-                                          "salida de inventarios en Microsip."),
-                           aviso,
-                           mb::IconInformation);
+            MensajeSistema(
+                QStringLiteral("Es necesario asignar una serie y consecutivo al concepto de "
+                               "salida de inventarios en Microsip."),
+                aviso,
+                mb::IconInformation);
             return false;
         }
     }
@@ -501,9 +542,10 @@ bool TfMain::preRevision(int tag)
     if (tag == 79) {
         if (LeeRegistro(m_sesion, QStringLiteral("Lista por clientes")).isEmpty()
             || LeeRegistro(m_sesion, QStringLiteral("Lista por empleados")).isEmpty()) {
-            MensajeSistema(QStringLiteral("No ha configurado el listado a utilizar, Revisar configuración."),
-                           aviso,
-                           mb::IconInformation);
+            MensajeSistema(
+                QStringLiteral("No ha configurado el listado a utilizar, Revisar configuración."),
+                aviso,
+                mb::IconInformation);
             return false;
         }
     }
@@ -534,7 +576,10 @@ void TfMain::AbreVentana(int tag, const QString &parametro)
         m->alAbrir(forma);
 }
 
-bool TfMain::AbreForma(QPointer<TMForm> &forma, const FilaModulo &clase, bool mostrar, const QString &titulo)
+bool TfMain::AbreForma(QPointer<TMForm> &forma,
+                       const FilaModulo &clase,
+                       bool mostrar,
+                       const QString &titulo)
 {
     FormasAbiertas &abiertas = FormasAbiertasLista();
     const QString clave = ClaveForma(clase.clase, titulo);
@@ -583,7 +628,9 @@ bool TfMain::AbreForma(QPointer<TMForm> &forma, const FilaModulo &clase, bool mo
         if (!m_parametro.isEmpty())
             f->DoIt(m_parametro);
         f->Acceso = m_sesion.Permisos[m_tag];
-        f->OnClose = [this](TMForm *forma, TMForm::AccionCierre &accion) { CierraVentana(forma, accion); };
+        f->OnClose = [this](TMForm *forma, TMForm::AccionCierre &accion) {
+            CierraVentana(forma, accion);
+        };
         if (!f->isVisible())
             f->show();
         if (embebida) {
@@ -628,12 +675,13 @@ void TfMain::llenaFiltro(TMForm *forma)
     vFiltro->addItems(forma->Filtros);
     vFiltro->setCurrentIndex(forma->FiltroIndice);
     QPointer<TMForm> destino(forma);
-    m_cambioFiltro = connect(vFiltro, &QComboBox::currentIndexChanged, this, [this, destino](int i) {
-        if (!destino)
-            return;
-        destino->FiltroIndice = i;
-        destino->DoFiltroChange(vFiltro);
-    });
+    m_cambioFiltro
+        = connect(vFiltro, &QComboBox::currentIndexChanged, this, [this, destino](int i) {
+              if (!destino)
+                  return;
+              destino->FiltroIndice = i;
+              destino->DoFiltroChange(vFiltro);
+          });
 }
 
 void TfMain::colocaFiltro()
@@ -710,12 +758,12 @@ bool TfMain::eventFilter(QObject *obj, QEvent *ev)
     const QEvent::Type t = ev->type();
     if ((t == QEvent::KeyPress || t == QEvent::KeyRelease) && fFormaActual && obj->isWidgetType()) {
         auto *w = static_cast<QWidget *>(obj);
-        const bool destino = w == QApplication::focusWidget()
-                             || (!QApplication::focusWidget() && w == this);
+        const bool destino
+            = w == QApplication::focusWidget() || (!QApplication::focusWidget() && w == this);
         if (destino && w->window() == this) {
             auto *k = static_cast<QKeyEvent *>(ev);
-            const bool usada = t == QEvent::KeyPress ? fFormaActual->FormKeyDown(k)
-                                                     : fFormaActual->FormKeyUp(k);
+            const bool usada
+                = t == QEvent::KeyPress ? fFormaActual->FormKeyDown(k) : fFormaActual->FormKeyUp(k);
             if (usada)
                 return true;
         }

@@ -41,7 +41,10 @@ public:
     // Adds an entry bound to an action (its text and icon come from the action).
     RibbonBoton *agregaBoton(const QString &nombre, QAction *accion, bool grande = true);
     // An entry without an action, with its own text; connect to its clicked signal.
-    RibbonBoton *agregaBoton(const QString &nombre, const QString &texto, const QIcon &icono, bool grande = true);
+    RibbonBoton *agregaBoton(const QString &nombre,
+                             const QString &texto,
+                             const QIcon &icono,
+                             bool grande = true);
     QList<RibbonBoton *> botones() const;
 
 private:

@@ -10,6 +10,7 @@
 #include "core/ids.h"
 #include "db/dbscript.h"
 #include "support/guionmensajes.h"
+#include "support/testmain.h"
 #include "toolkit/ribbon.h"
 #include "toolkit/tag.h"
 
@@ -60,7 +61,9 @@ class TstInicio : public QObject
         bool terminada = false;
         Arranque()
         {
-            m.sesion().terminaAplicacion = [this] { terminada = true; };
+            m.sesion().terminaAplicacion = [this] {
+                terminada = true;
+            };
         }
     };
 
@@ -77,8 +80,9 @@ private slots:
 
         lartest::OpcionesPrueba dos;
         dos.empresas = {QStringLiteral("DEMO"), QStringLiteral("OTRA")};
-        dos.usuarios = {{QStringLiteral("LUIS"), QStringLiteral("luis"), u'L', {}},
-                        {QStringLiteral("ANA"), QStringLiteral("ana"), u'L', {QStringLiteral("OTRA")}}};
+        dos.usuarios
+            = {{QStringLiteral("LUIS"), QStringLiteral("luis"), u'L', {}},
+               {QStringLiteral("ANA"), QStringLiteral("ana"), u'L', {QStringLiteral("OTRA")}}};
         m_dos = std::make_unique<lartest::EntornoPrueba>(dos);
         lartest::preparaExtension(*m_dos, {}, QStringLiteral("DEMO"));
         lartest::preparaExtension(*m_dos, {{72, QStringLiteral("ANA"), 1}}, QStringLiteral("OTRA"));
@@ -93,7 +97,9 @@ private slots:
         Arranque a;
         TfMain &m = a.m;
         int reinicios = 0;
-        TfMain::RutinaReinicio() = [&](TfMain &) { ++reinicios; };
+        TfMain::RutinaReinicio() = [&](TfMain &) {
+            ++reinicios;
+        };
         m.tmrReinicio->setInterval(20);
         QCOMPARE(m.windowTitle(), QStringLiteral("Puntos Larvenos v") + VersionArchivo());
         QVERIFY(m.bDisenoSeguridad->isHidden());
@@ -103,7 +109,8 @@ private slots:
             entra(f, QStringLiteral("SYSDBA"));
         });
         m.show();
-        QTRY_COMPARE_WITH_TIMEOUT(m.windowTitle(), QStringLiteral("Empresa de demostración - SYSDBA"), 20000);
+        QTRY_COMPARE_WITH_TIMEOUT(
+            m.windowTitle(), QStringLiteral("Empresa de demostración - SYSDBA"), 20000);
         QVERIFY(guion.cajas().isEmpty());
         QCOMPARE(m.dxRibbon->tabActiva(), m.tabReportes);
         QCOMPARE(m.sesion().UsuarioActual, QStringLiteral("SYSDBA"));
@@ -116,12 +123,17 @@ private slots:
             QVERIFY2(b->isEnabled(), qPrintable(b->objectName()));
         QCOMPARE(m.fPanelFondo->texto, QStringLiteral("Empresa de demostración"));
         // The last company is remembered in Microsip's registry of the configuration.
-        const QString id = valorConfig(m.sesion(), QStringLiteral("select empresa_id from empresas where nombre_corto='DEMO'"));
-        QCOMPARE(valorConfig(m.sesion(),
-                             QStringLiteral("select valor from registry where nombre='Empresa' and padre_id="
-                                            "(select elemento_id from registry where nombre='Microsip' and padre_id="
-                                            "(select elemento_id from registry where nombre='SYSDBA' and padre_id=0))")),
-                 id);
+        const QString id = valorConfig(
+            m.sesion(),
+            QStringLiteral("select empresa_id from empresas where nombre_corto='DEMO'"));
+        QCOMPARE(
+            valorConfig(
+                m.sesion(),
+                QStringLiteral(
+                    "select valor from registry where nombre='Empresa' and padre_id="
+                    "(select elemento_id from registry where nombre='Microsip' and padre_id="
+                    "(select elemento_id from registry where nombre='SYSDBA' and padre_id=0))")),
+            id);
         QTRY_VERIFY(reinicios >= 1);
         TfMain::RutinaReinicio() = {};
         QVERIFY(!a.terminada);
@@ -135,7 +147,8 @@ private slots:
         TfMain &m = a.m;
         alAparecer<TfConecta>([](TfConecta *f) { entra(f, QStringLiteral(" pe pe ")); });
         m.show();
-        QTRY_COMPARE_WITH_TIMEOUT(m.windowTitle(), QStringLiteral("Empresa de demostración - PEPE"), 20000);
+        QTRY_COMPARE_WITH_TIMEOUT(
+            m.windowTitle(), QStringLiteral("Empresa de demostración - PEPE"), 20000);
         QVERIFY(guion.cajas().isEmpty());
         Sesion &s = m.sesion();
         QCOMPARE(s.UsuarioActual, QStringLiteral("PEPE"));
@@ -158,7 +171,8 @@ private slots:
         // The name as typed, without its blanks, is what the profile remembers.
         QDomDocument doc;
         CargaXml(doc, m_una->entorno().xmlUsuario());
-        QCOMPARE(TextoNodo(NodoBarraXml(doc, UsuarioWindows()), QStringLiteral("Usuario")), QStringLiteral("pepe"));
+        QCOMPARE(TextoNodo(NodoBarraXml(doc, UsuarioWindows()), QStringLiteral("Usuario")),
+                 QStringLiteral("pepe"));
     }
 
     void esquemaViejo_data()
@@ -187,24 +201,31 @@ private slots:
         const QString titulo = m.windowTitle();
         bool retenido = false;
         alAparecer<TfConecta>([&](TfConecta *f) {
-            entra(f, administrador ? QStringLiteral("SYSDBA") : QStringLiteral("PEPE"), QStringLiteral("pepe"));
+            entra(f,
+                  administrador ? QStringLiteral("SYSDBA") : QStringLiteral("PEPE"),
+                  QStringLiteral("pepe"));
             if (administrador)
                 return;
             // Held in the dialog, asked for the administrator.
-            retenido = f->isVisible() && f->vUsuario->text() == u"SYSDBA" && f->vPass->text().isEmpty();
+            retenido
+                = f->isVisible() && f->vUsuario->text() == u"SYSDBA" && f->vPass->text().isEmpty();
             f->bCancel->click();
         });
         m.show();
         if (administrador) {
-            QTRY_COMPARE_WITH_TIMEOUT(m.windowTitle(), QStringLiteral("Empresa de demostración - SYSDBA"), 20000);
-            QCOMPARE(guion.textos(), QStringList{QStringLiteral("Es necesario actualizar la base de datos para continuar")});
+            QTRY_COMPARE_WITH_TIMEOUT(
+                m.windowTitle(), QStringLiteral("Empresa de demostración - SYSDBA"), 20000);
+            QCOMPARE(guion.textos(),
+                     QStringList{QStringLiteral(
+                         "Es necesario actualizar la base de datos para continuar")});
             QCOMPARE(dialogos, 1);
             QVERIFY(!a.terminada);
         } else {
             QTRY_VERIFY_WITH_TIMEOUT(a.terminada, 20000);
             QVERIFY(retenido);
             QCOMPARE(guion.textos(),
-                     QStringList{QStringLiteral("Es necesario actualizar la base de datos, para hacerlo debe entrar con el usuario SYSDBA")});
+                     QStringList{QStringLiteral("Es necesario actualizar la base de datos, para "
+                                                "hacerlo debe entrar con el usuario SYSDBA")});
             QCOMPARE(guion.cajas()[0].titulo, QStringLiteral("Aviso del sistema"));
             QCOMPARE(dialogos, 0);
             QCOMPARE(m.windowTitle(), titulo);
@@ -222,13 +243,16 @@ private slots:
             QString preseleccion;
             alAparecer<TfConecta>([](TfConecta *f) { entra(f, QStringLiteral("SYSDBA")); });
             alAparecer<TfEmpresas>([&](TfEmpresas *e) {
-                preseleccion = e->vEmpresas->currentItem() ? e->vEmpresas->currentItem()->text() : QString();
+                preseleccion
+                    = e->vEmpresas->currentItem() ? e->vEmpresas->currentItem()->text() : QString();
                 QCOMPARE(e->vEmpresas->count(), 2);
-                e->vEmpresas->setCurrentItem(e->vEmpresas->findItems(QStringLiteral("OTRA"), Qt::MatchExactly).value(0));
+                e->vEmpresas->setCurrentItem(
+                    e->vEmpresas->findItems(QStringLiteral("OTRA"), Qt::MatchExactly).value(0));
                 e->bOk->click();
             });
             a.m.show();
-            QTRY_VERIFY_WITH_TIMEOUT(a.m.sesion().UsuarioActual == u"SYSDBA" && !a.m.fPrimeraActivacion
+            QTRY_VERIFY_WITH_TIMEOUT(a.m.sesion().UsuarioActual == u"SYSDBA"
+                                         && !a.m.fPrimeraActivacion
                                          && a.m.windowTitle().endsWith(QStringLiteral(" - SYSDBA")),
                                      20000);
             QVERIFY(a.m.sesion().fbDatabase().databaseName().endsWith(QStringLiteral("OTRA.fdb")));
@@ -252,7 +276,8 @@ private slots:
                 e->reject();
             });
             a.m.show();
-            QTRY_COMPARE_WITH_TIMEOUT(a.m.windowTitle(), QStringLiteral("Empresa de demostración - ANA"), 20000);
+            QTRY_COMPARE_WITH_TIMEOUT(
+                a.m.windowTitle(), QStringLiteral("Empresa de demostración - ANA"), 20000);
             QVERIFY(a.m.sesion().fbDatabase().databaseName().endsWith(QStringLiteral("OTRA.fdb")));
             QCOMPARE(a.m.sesion().Permisos[72], 1u);
             QVERIFY(!vioEmpresas);
@@ -285,5 +310,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TstInicio)
+LAR_TEST_MAIN(TstInicio)
 #include "tst_core_inicio.moc"
