@@ -115,6 +115,7 @@ QList<RibbonGrupo *> RibbonTab::grupos() const
 Ribbon::Ribbon(QWidget *parent)
     : QWidget(parent)
     , m_barra(new QTabBar(this))
+    , m_esquina(new QHBoxLayout)
     , m_panel(new QFrame(this))
     , m_pila(new QStackedWidget(m_panel))
     , m_layout(new QVBoxLayout(this))
@@ -124,7 +125,13 @@ Ribbon::Ribbon(QWidget *parent)
     m_barra->setDrawBase(true);
     m_barra->setExpanding(false);
     m_barra->setObjectName(QStringLiteral("barraTabs"));
-    m_layout->addWidget(m_barra);
+    auto *fila = new QHBoxLayout;
+    fila->setContentsMargins(0, 0, 0, 0);
+    fila->addWidget(m_barra);
+    fila->addStretch(1);
+    m_esquina->setContentsMargins(0, 0, 4, 0);
+    fila->addLayout(m_esquina);
+    m_layout->addLayout(fila);
     m_panel->setObjectName(QStringLiteral("panelGrupos"));
     m_panel->setFrameShape(QFrame::StyledPanel);
     auto *pl = new QVBoxLayout(m_panel);
@@ -156,6 +163,15 @@ RibbonTab *Ribbon::agregaTab(const QString &nombre, const QString &titulo)
     m_barra->addTab(titulo);
     m_tabs.append(t);
     return t;
+}
+
+RibbonBoton *Ribbon::agregaEsquina(const QString &nombre, QAction *accion)
+{
+    auto *b = new RibbonBoton(accion, false, this);
+    b->setObjectName(nombre);
+    b->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    m_esquina->addWidget(b);
+    return b;
 }
 
 QList<RibbonTab *> Ribbon::tabs() const
