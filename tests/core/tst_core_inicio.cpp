@@ -9,6 +9,7 @@
 #include "core/conecta.h"
 #include "core/fmain.h"
 #include "core/ids.h"
+#include "core/presentacion.h"
 #include "db/dbscript.h"
 #include "support/guionmensajes.h"
 #include "toolkit/ribbon.h"
@@ -19,6 +20,7 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
+#include <QScreen>
 #include <QTest>
 
 #include <memory>
@@ -125,6 +127,9 @@ private slots:
         QCOMPARE(m.windowTitle(), QStringLiteral("Puntos Larvenos v") + VersionArchivo());
         QVERIFY(m.bDisenoSeguridad->isHidden());
         QVERIFY(m.dxRibbon->colapsado());
+        QPoint centroSplash;
+        alAparecer<TfPresentacion>([&](TfPresentacion *p) { centroSplash = p->frameGeometry().center(); });
+        m.move(0, 0);
         alAparecer<TfConecta>([](TfConecta *f) {
             QCOMPARE(f->vUsuario->text(), QStringLiteral("SYSDBA")); // last user of the profile
             entra(f, QStringLiteral("SYSDBA"));
@@ -133,6 +138,10 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(
             m.windowTitle(), QStringLiteral("Empresa de demostración - SYSDBA"), 20000);
         QVERIFY(guion.cajas().isEmpty());
+        // The splash in the middle of the screen, wherever the window was.
+        const QPoint centro = m.screen()->availableGeometry().center();
+        QVERIFY2((centroSplash - centro).manhattanLength() <= 2,
+                 qPrintable(QStringLiteral("%1,%2").arg(centroSplash.x()).arg(centroSplash.y())));
         QCOMPARE(m.dxRibbon->tabActiva(), m.tabReportes);
         QCOMPARE(m.sesion().UsuarioActual, QStringLiteral("SYSDBA"));
         QCOMPARE(m.sesion().Permisos[0], 1u);
