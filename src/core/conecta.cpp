@@ -71,6 +71,9 @@ TfEmpresas::TfEmpresas(QWidget *parent)
     vEmpresas->setObjectName(QStringLiteral("vEmpresas"));
     vEmpresas->setSortingEnabled(true);
     etiqueta->setBuddy(vEmpresas);
+    // A list takes no name from its label for assistive technology.
+    vEmpresas->setAccessibleName(
+        QStringLiteral("Seleccione la empresa con la que desea trabajar:"));
     bOk = new QPushButton(QStringLiteral("&Aceptar"), this);
     bOk->setObjectName(QStringLiteral("bOk"));
     Button2 = new QPushButton(QStringLiteral("&Cancelar"), this);

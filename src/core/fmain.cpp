@@ -298,10 +298,12 @@ void TfMain::creaEncabezado()
     bClose->setIcon(style()->standardIcon(QStyle::SP_TitleBarCloseButton));
     bClose->setAutoRaise(true);
     bClose->setToolTip(QStringLiteral("Cerrar"));
+    bClose->setAccessibleName(QStringLiteral("Cerrar"));
     bClose->hide();
     connect(bClose, &QToolButton::clicked, this, &TfMain::bCloseClick);
     vFiltro = new QComboBox(Panel1);
     vFiltro->setObjectName(QStringLiteral("vFiltro"));
+    vFiltro->setAccessibleName(QStringLiteral("Filtro"));
     vFiltro->hide();
     Panel1->installEventFilter(this);
 }

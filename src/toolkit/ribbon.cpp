@@ -1,15 +1,162 @@
 #include "ribbon.h"
 
+#include "teclado.h"
+
+#include <QAccessibleWidget>
 #include <QAction>
 #include <QEvent>
 #include <QGridLayout>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QStackedWidget>
 #include <QTabBar>
 #include <QVBoxLayout>
 
 namespace lar {
+
+namespace {
+
+// The ribbon as assistive technology sees it, whether collapsed or not: a list of
+// page tabs, each holding its groups, each holding its entries, then the entries
+// beside the tabs. The widgets alone would show the tab bar and, collapsed,
+// nothing of the groups (they live in a hidden popup).
+class AccesibleRibbon : public QAccessibleWidget
+{
+public:
+    explicit AccesibleRibbon(Ribbon *r)
+        : QAccessibleWidget(r, QAccessible::PageTabList)
+    {}
+    Ribbon *ribbon() const { return static_cast<Ribbon *>(object()); }
+    QString text(QAccessible::Text t) const override
+    {
+        if (t == QAccessible::Name && ribbon()->accessibleName().isEmpty())
+            return QStringLiteral("Cinta de opciones");
+        return QAccessibleWidget::text(t);
+    }
+    QList<QWidget *> hijos() const
+    {
+        QList<QWidget *> l;
+        for (RibbonTab *t : ribbon()->tabs())
+            l << t;
+        for (RibbonBoton *b : ribbon()->esquinas())
+            l << b;
+        return l;
+    }
+    int childCount() const override { return int(hijos().size()); }
+    QAccessibleInterface *child(int i) const override
+    {
+        return QAccessible::queryAccessibleInterface(hijos().value(i));
+    }
+    int indexOfChild(const QAccessibleInterface *c) const override
+    {
+        return c ? int(hijos().indexOf(qobject_cast<QWidget *>(c->object()))) : -1;
+    }
+};
+
+class AccesibleRibbonTab : public QAccessibleWidget
+{
+public:
+    explicit AccesibleRibbonTab(RibbonTab *t)
+        : QAccessibleWidget(t, QAccessible::PageTab)
+    {}
+    RibbonTab *tab() const { return static_cast<RibbonTab *>(object()); }
+    Ribbon *ribbon() const
+    {
+        QObject *o = tab()->parent();
+        while (o && !qobject_cast<Ribbon *>(o))
+            o = o->parent();
+        return static_cast<Ribbon *>(o);
+    }
+    int indice() const { return ribbon() ? int(ribbon()->tabs().indexOf(tab())) : -1; }
+    QAccessibleInterface *parent() const override
+    {
+        return QAccessible::queryAccessibleInterface(ribbon());
+    }
+    QString text(QAccessible::Text t) const override
+    {
+        if (t == QAccessible::Name)
+            return QString(tab()->titulo()).remove(u'&');
+        return QAccessibleWidget::text(t);
+    }
+    QRect rect() const override { return ribbon() ? ribbon()->rectoTab(indice()) : QRect(); }
+    QAccessible::State state() const override
+    {
+        QAccessible::State st = QAccessibleWidget::state();
+        // The caption is on screen even while the groups are folded away.
+        st.invisible = !ribbon() || !ribbon()->isVisible();
+        st.offscreen = st.invisible;
+        st.selectable = true;
+        st.selected = ribbon() && ribbon()->tabActiva() == tab();
+        return st;
+    }
+    int childCount() const override { return int(tab()->grupos().size()); }
+    QAccessibleInterface *child(int i) const override
+    {
+        return QAccessible::queryAccessibleInterface(tab()->grupos().value(i));
+    }
+    int indexOfChild(const QAccessibleInterface *c) const override
+    {
+        return c ? int(tab()->grupos().indexOf(qobject_cast<RibbonGrupo *>(c->object()))) : -1;
+    }
+    QStringList actionNames() const override { return {pressAction()}; }
+    void doAction(const QString &accion) override
+    {
+        if (accion == pressAction() && ribbon())
+            ribbon()->muestraTab(indice());
+    }
+};
+
+class AccesibleRibbonGrupo : public QAccessibleWidget
+{
+public:
+    explicit AccesibleRibbonGrupo(RibbonGrupo *g)
+        : QAccessibleWidget(g, QAccessible::Grouping)
+    {}
+    RibbonGrupo *grupo() const { return static_cast<RibbonGrupo *>(object()); }
+    QString text(QAccessible::Text t) const override
+    {
+        if (t == QAccessible::Name)
+            return grupo()->titulo();
+        return QAccessibleWidget::text(t);
+    }
+    QAccessibleInterface *parent() const override
+    {
+        return QAccessible::queryAccessibleInterface(grupo()->parentWidget());
+    }
+    // The entries the design shows; one hidden for good isn't one of them.
+    QList<RibbonBoton *> entradas() const
+    {
+        QList<RibbonBoton *> l;
+        for (RibbonBoton *b : grupo()->botones()) {
+            if (b->isVisibleTo(grupo()))
+                l << b;
+        }
+        return l;
+    }
+    int childCount() const override { return int(entradas().size()); }
+    QAccessibleInterface *child(int i) const override
+    {
+        return QAccessible::queryAccessibleInterface(entradas().value(i));
+    }
+    int indexOfChild(const QAccessibleInterface *c) const override
+    {
+        return c ? int(entradas().indexOf(qobject_cast<RibbonBoton *>(c->object()))) : -1;
+    }
+};
+
+QAccessibleInterface *fabricaAccesible(const QString &, QObject *o)
+{
+    if (auto *r = qobject_cast<Ribbon *>(o))
+        return new AccesibleRibbon(r);
+    if (auto *t = qobject_cast<RibbonTab *>(o))
+        return new AccesibleRibbonTab(t);
+    if (auto *g = qobject_cast<RibbonGrupo *>(o))
+        return new AccesibleRibbonGrupo(g);
+    return nullptr;
+}
+
+} // namespace
 
 RibbonBoton::RibbonBoton(QAction *accion, bool grande, QWidget *parent)
     : QToolButton(parent)
@@ -20,6 +167,7 @@ RibbonBoton::RibbonBoton(QAction *accion, bool grande, QWidget *parent)
     setAutoRaise(true);
     setToolButtonStyle(grande ? Qt::ToolButtonTextUnderIcon : Qt::ToolButtonTextBesideIcon);
     setIconSize(grande ? QSize(32, 32) : QSize(16, 16));
+    EnterPulsa(this);
     if (grande)
         setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Expanding);
     else
@@ -125,6 +273,10 @@ Ribbon::Ribbon(QWidget *parent)
     m_barra->setDrawBase(true);
     m_barra->setExpanding(false);
     m_barra->setObjectName(QStringLiteral("barraTabs"));
+    m_barra->setAccessibleName(QStringLiteral("Pestañas"));
+    m_barra->installEventFilter(this);
+    static const bool fabrica = (QAccessible::installFactory(fabricaAccesible), true);
+    Q_UNUSED(fabrica);
     auto *fila = new QHBoxLayout;
     fila->setContentsMargins(0, 0, 0, 0);
     fila->addWidget(m_barra);
@@ -171,7 +323,32 @@ RibbonBoton *Ribbon::agregaEsquina(const QString &nombre, QAction *accion)
     b->setObjectName(nombre);
     b->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     m_esquina->addWidget(b);
+    m_esquinas.append(b);
     return b;
+}
+
+QRect Ribbon::rectoTab(int indice) const
+{
+    const QRect r = m_barra->tabRect(indice);
+    return r.isValid() ? QRect(m_barra->mapToGlobal(r.topLeft()), r.size()) : QRect();
+}
+
+void Ribbon::entraTab(int indice)
+{
+    muestraTab(indice);
+    RibbonTab *t = m_tabs.value(indice);
+    if (!t)
+        return;
+    for (RibbonGrupo *g : t->grupos()) {
+        for (RibbonBoton *b : g->botones()) {
+            if (b->isEnabled() && b->isVisibleTo(t)) {
+                if (m_colapsado)
+                    m_panel->activateWindow();
+                EnfocaConTeclado(b);
+                return;
+            }
+        }
+    }
 }
 
 QList<RibbonTab *> Ribbon::tabs() const
@@ -231,6 +408,15 @@ void Ribbon::ajustaPanel()
 
 bool Ribbon::eventFilter(QObject *obj, QEvent *ev)
 {
+    // On the tab bar, Down, Enter or Space go into the tab's entries; Left and
+    // Right keep moving between tabs.
+    if (obj == m_barra && ev->type() == QEvent::KeyPress) {
+        const int k = static_cast<QKeyEvent *>(ev)->key();
+        if (k == Qt::Key_Down || k == Qt::Key_Return || k == Qt::Key_Enter || k == Qt::Key_Space) {
+            entraTab(m_barra->currentIndex());
+            return true;
+        }
+    }
     // A dropped-down tab folds up again as soon as one of its entries is pressed.
     if (obj == m_panel && ev->type() == QEvent::Show && m_colapsado) {
         const QList<RibbonBoton *> botones = m_panel->findChildren<RibbonBoton *>();

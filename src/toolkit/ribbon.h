@@ -83,6 +83,12 @@ public:
     // An entry at the right end of the tab row, in reach whatever the tab.
     RibbonBoton *agregaEsquina(const QString &nombre, QAction *accion);
     QList<RibbonTab *> tabs() const;
+    QList<RibbonBoton *> esquinas() const { return m_esquinas; }
+    // Where the caption of a tab is drawn, in global coordinates.
+    QRect rectoTab(int indice) const;
+    // From the keyboard: shows the tab's groups and puts the focus on its first
+    // enabled entry.
+    void entraTab(int indice);
     RibbonTab *tabActiva() const;
     void setTabActiva(RibbonTab *tab);
 
@@ -106,6 +112,7 @@ private:
     QStackedWidget *m_pila;
     QVBoxLayout *m_layout;
     QList<RibbonTab *> m_tabs;
+    QList<RibbonBoton *> m_esquinas;
     bool m_colapsado = false;
 };
 
