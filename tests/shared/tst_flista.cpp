@@ -18,6 +18,8 @@
 #include <QMenu>
 #include <QPushButton>
 #include <QScreen>
+#include "support/accesibilidad.h"
+
 #include <QTest>
 #include <QTimer>
 
@@ -96,6 +98,7 @@ private slots:
         const int r = conLista(
             [&](lar::TFLista &f) {
                 QCOMPARE(f.windowTitle(), QStringLiteral("Listado de clientes"));
+                LAR_VERIFICA_ACCESIBLE(&f);
                 QCOMPARE(f.Busqueda->items(), (QStringList{"&Clave", "&Nombre"}));
                 QCOMPARE(f.Busqueda->itemIndex(), 1); // two items: the second
                 QCOMPARE(f.CampoBusca, QStringLiteral("nombre"));

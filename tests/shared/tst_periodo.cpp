@@ -7,6 +7,8 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSpinBox>
+#include "support/accesibilidad.h"
+
 #include <QTest>
 #include <QTimer>
 
@@ -30,6 +32,7 @@ private slots:
         QCOMPARE(f.g3->text(), QStringLiteral("Período:"));
         QCOMPARE(f.Button2->text(), QStringLiteral("Ca&ncelar"));
         QVERIFY(f.findChild<QDateEdit *>(QStringLiteral("vInicial")));
+        LAR_VERIFICA_ACCESIBLE(&f);
     }
 
     void inputsFollowTheChoice_data()

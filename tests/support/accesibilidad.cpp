@@ -6,6 +6,7 @@
 #include <QAbstractSpinBox>
 #include <QAccessible>
 #include <QComboBox>
+#include <QHeaderView>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QTextEdit>
@@ -27,6 +28,9 @@ QWidget *control(QWidget *w)
 
 bool esInteractivo(const QWidget *w)
 {
+    // A table's headers are reached through the table itself.
+    if (qobject_cast<const QHeaderView *>(w))
+        return false;
     return qobject_cast<const QAbstractButton *>(w) || qobject_cast<const QLineEdit *>(w)
            || qobject_cast<const QComboBox *>(w) || qobject_cast<const QAbstractSpinBox *>(w)
            || qobject_cast<const QAbstractItemView *>(w) || qobject_cast<const QAbstractSlider *>(w)
