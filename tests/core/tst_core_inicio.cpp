@@ -128,7 +128,8 @@ private slots:
         QVERIFY(m.bDisenoSeguridad->isHidden());
         QVERIFY(m.dxRibbon->colapsado());
         QPoint centroSplash;
-        alAparecer<TfPresentacion>([&](TfPresentacion *p) { centroSplash = p->frameGeometry().center(); });
+        alAparecer<TfPresentacion>(
+            [&](TfPresentacion *p) { centroSplash = p->frameGeometry().center(); });
         m.move(0, 0);
         alAparecer<TfConecta>([](TfConecta *f) {
             QCOMPARE(f->vUsuario->text(), QStringLiteral("SYSDBA")); // last user of the profile

@@ -12,13 +12,13 @@
 #include "toolkit/radiogroup.h"
 #include "toolkit/wordsearch.h"
 
+#include "support/accesibilidad.h"
 #include <QAction>
 #include <QApplication>
 #include <QLineEdit>
 #include <QMenu>
 #include <QPushButton>
 #include <QScreen>
-#include "support/accesibilidad.h"
 
 #include <QTest>
 #include <QTimer>

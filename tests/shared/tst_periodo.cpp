@@ -2,12 +2,12 @@
 
 #include "shared/periodo.h"
 
+#include "support/accesibilidad.h"
 #include <QDateEdit>
 #include <QFocusEvent>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSpinBox>
-#include "support/accesibilidad.h"
 
 #include <QTest>
 #include <QTimer>
