@@ -9,7 +9,6 @@
 #include <QMainWindow>
 #include <QPixmap>
 #include <QPointer>
-#include <QStyle>
 
 #include <functional>
 #include <memory>
@@ -131,8 +130,7 @@ private:
     void FormActivate();
     void creaRibbon();
     void creaEncabezado();
-    QAction *
-    accion(const QString &nombre, const QString &texto, int tag, QStyle::StandardPixmap icono);
+    QAction *accion(const QString &nombre, const QString &texto, int tag, const QString &icono);
     bool preRevision(int tag);
     void bActualizaDBClick();
     void bCloseClick();
