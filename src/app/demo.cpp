@@ -2,9 +2,11 @@
 // pictures of the documentation.
 //
 //   larvenos-demo instala CARPETA            extension schema and demo rights
-//   larvenos-demo capturas CARPETA DESTINO   login dialog and main window as PNG
-//                                            (login, main, main-operacion)
+//   larvenos-demo capturas CARPETA DESTINO   login dialog, main window and the
+//                                            configuration screen as PNG (login,
+//                                            main, main-operacion, config)
 
+#include "app/modulos.h"
 #include "core/conecta.h"
 #include "core/fmain.h"
 #include "db/actualizadb.h"
@@ -117,11 +119,20 @@ int capturas(const QString &carpeta, const QString &destino)
                                      panel->grab());
                     }
                     const QString ruta = destino + QStringLiteral("/main-operacion.png");
-                    if (imagen.save(ruta)) {
-                        QTextStream(stdout) << ruta << Qt::endl;
-                        resultado = 0;
-                    }
-                    QApplication::quit();
+                    if (!imagen.save(ruta))
+                        return QApplication::quit();
+                    QTextStream(stdout) << ruta << Qt::endl;
+                    // The configuration screen at the size it is designed for.
+                    if (auto *panel
+                        = m.dxRibbon->findChild<QWidget *>(QStringLiteral("panelGrupos")))
+                        panel->hide();
+                    m.resize(1366, 768);
+                    m.AbreVentana(10, QString());
+                    QTimer::singleShot(500, &m, [&] {
+                        if (guarda(&m, destino + QStringLiteral("/config.png")))
+                            resultado = 0;
+                        QApplication::quit();
+                    });
                 });
             });
             return;
@@ -138,6 +149,7 @@ int capturas(const QString &carpeta, const QString &destino)
 int main(int argc, char *argv[])
 {
     QApplication app(argc, argv);
+    lar::RegistraModulos();
     const QStringList args = QApplication::arguments();
     try {
         if (args.size() == 3 && args[1] == u"instala")
