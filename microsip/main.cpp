@@ -8,6 +8,7 @@
 #include "microsip/sim/simulacion.h"
 
 #include "db/actualizadb.h"
+#include "reports/formas.h"
 
 #include "fb/database.h"
 #include "fb/error.h"
@@ -58,6 +59,7 @@ const char *const kAyuda = R"(Uso: microsip-sim ORDEN CARPETA [opciones]
       --conexion NOMBRE     nombre de la conexión (Demo)
 
   seed CARPETA            llena una empresa recién creada con datos de demostración
+                          y guarda las formas de impresión de muestra
       --semilla N           los mismos datos para la misma semilla (1)
       --clientes N          (250, hasta 200000)
       --articulos N         (600, hasta 100000)
@@ -260,6 +262,10 @@ int ordenSeed(const QStringList &args)
     fb::Database db;
     d.entorno.conecta(db, d.entorno.rutaEmpresa(d.empresa));
     microsip::siembra(db, op);
+    // The program's sample print forms, in the configuration database's report store.
+    fb::Database config;
+    d.entorno.conecta(config, d.entorno.rutaConfig());
+    lar::InstalaFormasMuestra(config);
     salida() << QStringLiteral("Empresa %1 sembrada.\n").arg(d.empresa);
     return 0;
 }

@@ -102,12 +102,20 @@ private slots:
         m_formas = AseguraFolder(*m_s, QStringLiteral("Formas"), puntos);
         QCOMPARE(FolderFormas(*m_s), m_formas);
 
+        GuardaForma(m_s->fbConfig(),
+                    m_formas,
+                    QStringLiteral("Vale"),
+                    listado(QStringLiteral("Vale de canje")));
         GuardaForma(
-            *m_s, m_formas, QStringLiteral("Vale"), listado(QStringLiteral("Vale de canje")));
-        GuardaForma(*m_s, m_formas, QStringLiteral("Boleto"), listado(QStringLiteral("Boleto")));
-        GuardaForma(*m_s, m_formas, QStringLiteral("Actividad"), listado(QStringLiteral("Ñandú")));
-        GuardaForma(
-            *m_s, m_formas, QStringLiteral("Vale"), listado(QStringLiteral("Vale de canje")));
+            m_s->fbConfig(), m_formas, QStringLiteral("Boleto"), listado(QStringLiteral("Boleto")));
+        GuardaForma(m_s->fbConfig(),
+                    m_formas,
+                    QStringLiteral("Actividad"),
+                    listado(QStringLiteral("Ñandú")));
+        GuardaForma(m_s->fbConfig(),
+                    m_formas,
+                    QStringLiteral("Vale"),
+                    listado(QStringLiteral("Vale de canje")));
         QCOMPARE(ListaFormas(*m_s, m_formas),
                  (QStringList{QStringLiteral("Actividad"),
                               QStringLiteral("Boleto"),

@@ -117,6 +117,14 @@ public:
         return paraScript(parametro(nombre));
     }
     Q_INVOKABLE int paginaActual() const { return pagina; }
+    Q_INVOKABLE QString formatoCampo(const QString &nombre, const QString &formato) const
+    {
+        return textoValor(campo(nombre), formato);
+    }
+    Q_INVOKABLE QString formatoNumero(double valor, const QString &formato) const
+    {
+        return formatFloat(formato, valor);
+    }
     // Runs a registered function; returns [resultado, argumentos...] so that the
     // script side can write the var arguments back.
     Q_INVOKABLE QVariantList llama(const QString &nombre, const QVariantList &argumentos) const
@@ -310,6 +318,8 @@ void Maquetador::preparaScripts()
     QString base
         = QStringLiteral("function Campo(n) { return __lar.leeCampo(n); }\n"
                          "function Parametro(n) { return __lar.leeParametro(n); }\n"
+                         "function FormatoCampo(n, f) { return __lar.formatoCampo(n, f); }\n"
+                         "function FormatoNumero(v, f) { return __lar.formatoNumero(v, f); }\n"
                          "var Reporte = { get pagina() { return __lar.paginaActual(); } };\n");
     // Each registered function becomes a global that calls the bridge and writes
     // its var arguments back into {value: ...} objects.
