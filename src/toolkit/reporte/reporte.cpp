@@ -443,13 +443,15 @@ void Maquetador::colocaElemento(const Elemento &e, double y0, TipoBanda tipoBand
     p.color = e.color;
     p.fondo = e.fondo;
     p.elemento = e.nombre;
+    p.formato = e.formato;
     bool numeroPagina = false;
     switch (e.tipo) {
     case TipoElemento::Texto:
         p.texto = e.texto;
         break;
     case TipoElemento::Campo:
-        p.texto = textoValor(campo(e.texto), e.formato);
+        p.valor = campo(e.texto);
+        p.texto = textoValor(p.valor, e.formato);
         break;
     case TipoElemento::Expresion: {
         auto it = m_expresiones.find(e.texto);
@@ -461,7 +463,9 @@ void Maquetador::colocaElemento(const Elemento &e, double y0, TipoBanda tipoBand
         }
         const QJSValue v = it->call();
         compruebaScript(v);
-        p.texto = v.isUndefined() || v.isNull() ? QString() : textoValor(v.toVariant(), e.formato);
+        if (!v.isUndefined() && !v.isNull())
+            p.valor = v.toVariant();
+        p.texto = textoValor(p.valor, e.formato);
         break;
     }
     case TipoElemento::Linea:
@@ -485,9 +489,10 @@ void Maquetador::colocaElemento(const Elemento &e, double y0, TipoBanda tipoBand
         else if (nivelGrupo >= 0)
             a = &m_grupos[nivelGrupo];
         if (e.funcion == Funcion::Cuenta)
-            p.texto = textoValor(a->cuenta, e.formato);
+            p.valor = a->cuenta;
         else
-            p.texto = textoValor(a->sumas.value(e.texto.toUpper()), e.formato);
+            p.valor = a->sumas.value(e.texto.toUpper());
+        p.texto = textoValor(p.valor, e.formato);
         break;
     }
     case TipoElemento::NumPagina:
@@ -503,7 +508,11 @@ void Maquetador::colocaElemento(const Elemento &e, double y0, TipoBanda tipoBand
         llamaScript(e.alImprimir, {o});
         if (!o.property(QStringLiteral("visible")).toBool())
             return;
-        p.texto = o.property(QStringLiteral("texto")).toString();
+        const QString texto = o.property(QStringLiteral("texto")).toString();
+        if (texto != p.texto) {
+            p.texto = texto;
+            p.valor = QVariant();
+        }
         const QString img = o.property(QStringLiteral("imagen")).toString();
         if (!img.isEmpty() && p.tipo == Primitiva::Tipo::Imagen)
             p.imagen = cargaImagen(img);
