@@ -9,14 +9,19 @@
 
 #include "db/actualizadb.h"
 #include "reports/formas.h"
+#include "toolkit/reporte/plantilla.h"
 
 #include "fb/database.h"
 #include "fb/error.h"
 
 #include <QCoreApplication>
 #include <QDate>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QMultiHash>
 #include <QRegularExpression>
+#include <QSaveFile>
 #include <QTextStream>
 
 #include <cstdio>
@@ -72,6 +77,12 @@ const char *const kAyuda = R"(Uso: microsip-sim ORDEN CARPETA [opciones]
                             (lo que hace el programa cuando entra el administrador)
   simulate CARPETA        ventas de unos días, cada una creada y aplicada como en Microsip
       --ventas N (50) --dias N (7) --hasta AAAA-MM-DD --semilla N
+
+  forms CARPETA           formas de impresión en LarvenosPV/Puntos/Formas de Config.fdb
+      --exporta DESTINO     escribe cada forma guardada como DESTINO/<nombre>.xml
+      --carga ARCHIVO.xml   guarda el archivo como la forma <nombre del archivo>
+                            (repetible); se revisa antes de guardarlo
+                            sin opciones: las formas de muestra del programa
 
 Documentos (--sistema PV, el punto de venta, o VE, ventas; PV si no se indica):
   create CARPETA          crea un documento sin aplicar; escribe su id
@@ -567,6 +578,50 @@ int ordenInit(const QStringList &args)
     return 0;
 }
 
+int ordenForms(const QStringList &args)
+{
+    const Argumentos a(
+        args, {QStringLiteral("password"), QStringLiteral("exporta"), QStringLiteral("carga")}, {});
+    const Entorno e = Entorno::abre(carpetaDe(a), passwordDe(a));
+    fb::Database config;
+    e.conecta(config, e.rutaConfig());
+    if (!a.tiene(QStringLiteral("exporta")) && !a.tiene(QStringLiteral("carga"))) {
+        const int carpeta = lar::InstalaFormasMuestra(config);
+        salida() << QStringLiteral("Formas de muestra guardadas en la carpeta %1.\n").arg(carpeta);
+        return 0;
+    }
+    const int raiz = lar::AseguraFolder(config, QStringLiteral("LarvenosPV"), 0);
+    const int carpeta
+        = lar::AseguraFolder(config,
+                             QStringLiteral("Formas"),
+                             lar::AseguraFolder(config, QStringLiteral("Puntos"), raiz));
+    for (const QString &ruta : a.valores(QStringLiteral("carga"))) {
+        QFile f(ruta);
+        if (!f.open(QIODevice::ReadOnly))
+            throw ErrorUso{QStringLiteral("No se puede leer %1: %2").arg(ruta, f.errorString())};
+        const QByteArray texto = f.readAll();
+        lar::reporte::Plantilla p;
+        QString error;
+        if (!lar::reporte::leePlantilla(texto, p, &error))
+            throw ErrorUso{QStringLiteral("%1: %2").arg(ruta, error)};
+        const QString nombre = QFileInfo(ruta).completeBaseName();
+        lar::GuardaForma(config, carpeta, nombre, texto);
+        salida() << QStringLiteral("Forma \"%1\" guardada.\n").arg(nombre);
+    }
+    if (a.tiene(QStringLiteral("exporta"))) {
+        const QDir destino(a.valor(QStringLiteral("exporta")));
+        QDir().mkpath(destino.path());
+        for (const auto &[nombre, texto] : lar::LeeFormas(config, carpeta)) {
+            QSaveFile f(destino.filePath(nombre + QStringLiteral(".xml")));
+            if (!f.open(QIODevice::WriteOnly) || f.write(texto) != texto.size() || !f.commit())
+                throw ErrorUso{QStringLiteral("No se puede escribir %1: %2")
+                                   .arg(f.fileName(), f.errorString())};
+            salida() << f.fileName() << u'\n';
+        }
+    }
+    return 0;
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -601,6 +656,8 @@ int main(int argc, char *argv[])
             return ordenSimulate(args);
         if (orden == u"points")
             return ordenPoints(args);
+        if (orden == u"forms")
+            return ordenForms(args);
         if (orden == u"article-points")
             return ordenArticlePoints(args);
         throw ErrorUso{QStringLiteral("Orden desconocida: %1").arg(orden)};

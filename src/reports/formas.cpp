@@ -194,6 +194,21 @@ void GuardaForma(fb::Database &config,
     guardia.commit();
 }
 
+QList<std::pair<QString, QByteArray>> LeeFormas(fb::Database &config, int folderId)
+{
+    QList<std::pair<QString, QByteArray>> formas;
+    fb::Transaction tr(&config);
+    fb::Query q(&config, &tr);
+    q.setSql(QStringLiteral(
+        "SELECT NAME, TEMPLATE FROM RB_ITEM WHERE FOLDER_ID = :FOLDER_ID ORDER BY NAME"));
+    q.bind(QStringLiteral("FOLDER_ID"), folderId);
+    for (q.open(); !q.eof(); q.next())
+        formas.append({q.field(0).toTrimmed(), q.field(1).toBytes()});
+    q.close();
+    tr.commit();
+    return formas;
+}
+
 QList<std::pair<QString, QByteArray>> FormasMuestra()
 {
     QList<std::pair<QString, QByteArray>> formas;

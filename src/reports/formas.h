@@ -60,6 +60,9 @@ void GuardaForma(fb::Database &config,
                  const QString &nombre,
                  const QByteArray &plantilla);
 
+// The forms of a folder with their templates, sorted by name.
+QList<std::pair<QString, QByteArray>> LeeFormas(fb::Database &config, int folderId);
+
 // The sample forms shipped with the program (name, template), and their
 // installation under LarvenosPV / Puntos / Formas, which replaces forms of the
 // same names and leaves the others alone. Returns the folder's id.

@@ -82,8 +82,10 @@ private slots:
         m_e->conectaSesion(*m_s);
         m_formas = InstalaFormasMuestra(m_s->fbConfig());
         QCOMPARE(FolderFormas(*m_s), m_formas);
-        // Installing again replaces, it doesn't duplicate.
+        // Installing again replaces, it doesn't duplicate; the store gives back the
+        // files' bytes.
         QCOMPARE(InstalaFormasMuestra(m_s->fbConfig()), m_formas);
+        QCOMPARE(LeeFormas(m_s->fbConfig(), m_formas), FormasMuestra());
         QCOMPARE(ListaFormas(*m_s, m_formas),
                  (QStringList{QStringLiteral("Boleto de rifa"),
                               QStringLiteral("REP_ARTICULOS"),
