@@ -1,3 +1,4 @@
+#include "catalog/articulos_lista.h"
 #include "core/fmain.h"
 #include "db/dbscript.h"
 #include "security/modulos.h"
@@ -13,6 +14,7 @@ int main(int argc, char *argv[])
         return new lar::TfDBScript(m.sesion(), &m);
     };
     lar::RegistraModulosSeguridad();
+    lar::RegistraArticulosPuntos();
     lar::TfMain principal;
     principal.show();
     return QApplication::exec();

@@ -161,7 +161,8 @@ TfMain::~TfMain()
             SIBfibEvent->unregisterEvents();
         } catch (const std::exception &) {
         }
-        SIBfibEvent.reset();
+        delete SIBfibEvent;
+        SIBfibEvent = nullptr;
     }
     for (const QPointer<TMForm> &f : std::as_const(fFormas))
         delete f.data();
@@ -402,12 +403,15 @@ bool TfMain::Acceso()
     fUsuarioNombre = m_sesion.UsuarioActual;
 
     try {
-        SIBfibEvent = std::make_unique<fb::EventListener>(&m_sesion.fbDatabase());
+        delete SIBfibEvent;
+        SIBfibEvent = new fb::EventListener(&m_sesion.fbDatabase(), this);
+        SIBfibEvent->setObjectName(QStringLiteral("SIBfibEvent"));
         SIBfibEvent->setEvents({QStringLiteral("VentaLAR")});
         SIBfibEvent->registerEvents();
     } catch (const std::exception &) {
         // Nothing listens to it; a failure here changes nothing.
-        SIBfibEvent.reset();
+        delete SIBfibEvent;
+        SIBfibEvent = nullptr;
     }
     return true;
 }
