@@ -1,8 +1,6 @@
-#include "catalog/articulos_lista.h"
-#include "catalog/fconfig.h"
+#include "app/modulos.h"
 #include "core/fmain.h"
 #include "db/dbscript.h"
-#include "security/modulos.h"
 
 #include <QApplication>
 
@@ -14,9 +12,7 @@ int main(int argc, char *argv[])
     lar::TfMain::FabricaActualizaDB() = [](lar::TfMain &m) -> QDialog * {
         return new lar::TfDBScript(m.sesion(), &m);
     };
-    lar::RegistraModulosSeguridad();
-    lar::RegistraArticulosPuntos();
-    lar::RegistraConfiguracion();
+    lar::RegistraModulos();
     lar::TfMain principal;
     principal.show();
     return QApplication::exec();

@@ -51,7 +51,7 @@ public:
     //       (position 0), "101x2$104.40" (price)
     //   apply|cancel|unapply|delete|cancel-return NAME, reapply NAME [new LINES]
     //   return NEW NAME [LINES]   the return NEW of NAME, on the sale's day
-    //   set CHANGES (as ajusta's, over what is there), sql STATEMENT
+    //   set CHANGES (as ajusta's, over what is there), sql STATEMENT, upgrade (once more)
     //   =NAME ROWS, =saldoN BALANCE, =[SELECT ...] VALUE   checks; ROWS is a pattern
     //   !CODE STEP   the step fails with the engine's error CODE
     // "{NAME}" and "{NAME:folio}" stand for a document's id and folio.
