@@ -6,9 +6,11 @@
 #include "core/sesion.h"
 #include "points/reinicio.h"
 #include "shared/listas.h"
+#include "toolkit/iconos.h"
 #include "toolkit/memgrid.h"
 #include "toolkit/memtable.h"
 #include "toolkit/mensajes.h"
+#include "toolkit/teclado.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -329,8 +331,8 @@ void TfConfig::creaControles()
     auto *barra = new QHBoxLayout;
     bSave = nombra(new QPushButton(QStringLiteral("Guardar y cerrar")), QStringLiteral("bSave"));
     bEdit = nombra(new QPushButton(QStringLiteral("Modificar")), QStringLiteral("bEdit"));
-    bSave->setIcon(style()->standardIcon(QStyle::SP_DialogSaveButton));
-    bEdit->setIcon(style()->standardIcon(QStyle::SP_FileDialogDetailedView));
+    bSave->setIcon(Icono(QStringLiteral("document-save")));
+    bEdit->setIcon(Icono(QStringLiteral("document-properties")));
     bEdit->setCheckable(true);
     bEdit->setEnabled(false);
     barra->addWidget(bSave);
@@ -482,8 +484,7 @@ QWidget *TfConfig::creaPaginaPuntos()
     vCorreoRem->setValidator(new ValidadorCorreo(vCorreoRem));
     fr->addRow(QStringLiteral(" E-Mail del remitente:"), vCorreoRem);
     edPass = nombra(new QLineEdit, QStringLiteral("edPass"));
-    edPass->setEchoMode(QLineEdit::Password);
-    edPass->setStyleSheet(QStringLiteral("lineedit-password-character: 42"));
+    CampoContrasena(edPass);
     fr->addRow(QStringLiteral("Pass:"), edPass);
     vHost = nombra(new QLineEdit, QStringLiteral("vHost"));
     fr->addRow(QStringLiteral("Host:"), vHost);
@@ -509,12 +510,11 @@ QWidget *TfConfig::creaPaginaPuntos()
     gridListaNegra = nombra(new MemGrid, QStringLiteral("gridListaNegra"));
     gridListaNegra->setAccessibleName(QStringLiteral("Lista negra"));
     gridListaNegra->setMinimumHeight(90);
-    bAddArt
-        = nombra(new QPushButton(style()->standardIcon(QStyle::SP_FileDialogNewFolder), QString()),
-                 QStringLiteral("bAddArt"));
+    bAddArt = nombra(new QPushButton(Icono(QStringLiteral("list-add")), QString()),
+                     QStringLiteral("bAddArt"));
     bAddArt->setToolTip(QStringLiteral("Agregar una línea"));
     bAddArt->setAccessibleName(QStringLiteral("Agregar una línea"));
-    bDelArt = nombra(new QPushButton(style()->standardIcon(QStyle::SP_TrashIcon), QString()),
+    bDelArt = nombra(new QPushButton(Icono(QStringLiteral("list-remove")), QString()),
                      QStringLiteral("bDelArt"));
     bDelArt->setToolTip(QStringLiteral("Borrar una línea"));
     bDelArt->setAccessibleName(QStringLiteral("Borrar una línea"));
@@ -527,6 +527,9 @@ QWidget *TfConfig::creaPaginaPuntos()
     desliza->setObjectName(QStringLiteral("TabPuntos"));
     desliza->setWidgetResizable(true);
     desliza->setFrameShape(QFrame::NoFrame);
+    // Only a frame for the page: Tab goes straight to its controls.
+    desliza->setFocusPolicy(Qt::NoFocus);
+    desliza->setAccessibleName(QStringLiteral("Puntos"));
     desliza->setWidget(contenido);
     return desliza;
 }

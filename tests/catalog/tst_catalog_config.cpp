@@ -14,6 +14,7 @@
 #include "fb/query.h"
 #include "fb/transaction.h"
 #include "shared/flista.h"
+#include "support/accesibilidad.h"
 #include "support/guionmensajes.h"
 #include "toolkit/memgrid.h"
 #include "toolkit/memtable.h"
@@ -168,6 +169,7 @@ private slots:
 
         // The input rules, in edit mode.
         f = abre();
+        LAR_VERIFICA_ACCESIBLE(f.get());
         QVERIFY(!f->vPuntos->isReadOnly() && f->vFolioPuntos->isEnabled());
         QTest::keyClick(f->vFolioPuntos, Qt::Key_A);
         QTest::sendKeyEvent(QTest::Click, f->vFolioPuntos, Qt::Key_Ntilde, QStringLiteral("ñ"), {});
