@@ -14,6 +14,7 @@
 #include "fb/database.h"
 #include "fb/error.h"
 
+#include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QDate>
 #include <QDir>
@@ -113,56 +114,41 @@ Opciones comunes:
                             (o las variables ISC_PASSWORD, LAR_FB_PASSWORD)
 )";
 
+// The options of one order, read by QCommandLineParser: "--nombre valor" or
+// "--nombre=valor", repeatable; anything else is the folder.
 class Argumentos
 {
 public:
     Argumentos(const QStringList &args, const QStringList &conValor, const QStringList &banderas)
     {
-        for (qsizetype i = 0; i < args.size(); ++i) {
-            const QString &a = args[i];
-            if (!a.startsWith(QStringLiteral("--"))) {
-                m_posicionales << a;
-                continue;
-            }
-            QString nombre = a.mid(2);
-            QString valor;
-            const qsizetype igual = nombre.indexOf(u'=');
-            const bool conIgual = igual >= 0;
-            if (conIgual) {
-                valor = nombre.mid(igual + 1);
-                nombre.truncate(igual);
-            }
-            if (banderas.contains(nombre)) {
-                if (conIgual)
-                    throw ErrorUso{QStringLiteral("La opción --%1 no lleva valor.").arg(nombre)};
-                m_opciones.insert(nombre, QString());
-            } else if (conValor.contains(nombre)) {
-                if (!conIgual) {
-                    if (i + 1 >= args.size())
-                        throw ErrorUso{QStringLiteral("Falta el valor de --%1.").arg(nombre)};
-                    valor = args[++i];
-                }
-                m_opciones.insert(nombre, valor);
-            } else {
-                throw ErrorUso{QStringLiteral("Opción desconocida: --%1").arg(nombre)};
-            }
+        m_parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
+        for (const QString &n : conValor)
+            m_parser.addOption(QCommandLineOption(n, QString(), QStringLiteral("valor")));
+        for (const QString &n : banderas)
+            m_parser.addOption(QCommandLineOption(n));
+        if (m_parser.parse(QStringList{QStringLiteral("microsip-sim")} + args))
+            return;
+        if (!m_parser.unknownOptionNames().isEmpty())
+            throw ErrorUso{QStringLiteral("Opción desconocida: --%1")
+                               .arg(m_parser.unknownOptionNames().first())};
+        // The parser's own text is in English; the two other mistakes it knows of.
+        for (const QString &a : args) {
+            const QString nombre = a.mid(2).section(u'=', 0, 0);
+            if (a.startsWith(QStringLiteral("--")) && a.contains(u'=') && banderas.contains(nombre))
+                throw ErrorUso{QStringLiteral("La opción --%1 no lleva valor.").arg(nombre)};
         }
+        throw ErrorUso{QStringLiteral("Falta el valor de %1.").arg(args.last())};
     }
 
-    bool tiene(const QString &n) const { return m_opciones.contains(n); }
+    bool tiene(const QString &n) const { return m_parser.isSet(n); }
     QString valor(const QString &n, const QString &omision = {}) const
     {
         const QStringList v = valores(n);
         return v.isEmpty() ? omision : v.last();
     }
     // In the order given.
-    QStringList valores(const QString &n) const
-    {
-        QStringList v = m_opciones.values(n);
-        std::reverse(v.begin(), v.end());
-        return v;
-    }
-    const QStringList &posicionales() const { return m_posicionales; }
+    QStringList valores(const QString &n) const { return m_parser.values(n); }
+    QStringList posicionales() const { return m_parser.positionalArguments(); }
 
     int entero(const QString &n, int omision, int minimo, int maximo) const
     {
@@ -193,8 +179,7 @@ public:
     }
 
 private:
-    QMultiHash<QString, QString> m_opciones;
-    QStringList m_posicionales;
+    QCommandLineParser m_parser;
 };
 
 QString carpetaDe(const Argumentos &a)

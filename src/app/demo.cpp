@@ -2,11 +2,13 @@
 // pictures of the documentation.
 //
 //   larvenos-demo instala CARPETA            extension schema and demo rights
-//   larvenos-demo capturas CARPETA DESTINO   login dialog and main window as PNG
-//                                            (login, main, main-operacion)
+//   larvenos-demo capturas CARPETA DESTINO   login dialog, main window and the
+//                                            configuration screen as PNG (login,
+//                                            main, main-operacion, config)
 //   larvenos-demo vale CARPETA DESTINO       the preview of the redemption voucher
 //                                            (vale-preview)
 
+#include "app/modulos.h"
 #include "core/conecta.h"
 #include "core/fmain.h"
 #include "db/actualizadb.h"
@@ -43,6 +45,7 @@ QTextStream &err()
 void derechosDemo(lar::Sesion &s)
 {
     const QList<QPair<int, int>> derechos{{73, 31}, {74, 3}, {75, 3}, {76, 7}, {77, 7}, {78, 3}};
+    fb::TransactionGuard guardia(s.fbUpdateTrans());
     fb::Query q(&s.fbDatabase(), &s.fbUpdateTrans());
     q.setSql(QStringLiteral(
         "update or insert into lar_permisos (modulo, usuario, acceso) values (:m, 'CAJERO', :a)"));
@@ -51,7 +54,7 @@ void derechosDemo(lar::Sesion &s)
         q.bind(QStringLiteral("a"), acceso);
         q.execute();
     }
-    s.UpdateCommit();
+    guardia.commit();
 }
 
 int instala(const QString &carpeta)
@@ -124,11 +127,20 @@ int capturas(const QString &carpeta, const QString &destino)
                                      panel->grab());
                     }
                     const QString ruta = destino + QStringLiteral("/main-operacion.png");
-                    if (imagen.save(ruta)) {
-                        QTextStream(stdout) << ruta << Qt::endl;
-                        resultado = 0;
-                    }
-                    QApplication::quit();
+                    if (!imagen.save(ruta))
+                        return QApplication::quit();
+                    QTextStream(stdout) << ruta << Qt::endl;
+                    // The configuration screen at the size it is designed for.
+                    if (auto *panel
+                        = m.dxRibbon->findChild<QWidget *>(QStringLiteral("panelGrupos")))
+                        panel->hide();
+                    m.resize(1366, 768);
+                    m.AbreVentana(10, QString());
+                    QTimer::singleShot(500, &m, [&] {
+                        if (guarda(&m, destino + QStringLiteral("/config.png")))
+                            resultado = 0;
+                        QApplication::quit();
+                    });
                 });
             });
             return;
@@ -238,6 +250,7 @@ int vale(const QString &carpeta, const QString &destino)
 int main(int argc, char *argv[])
 {
     QApplication app(argc, argv);
+    lar::RegistraModulos();
     const QStringList args = QApplication::arguments();
     try {
         if (args.size() == 3 && args[1] == u"instala")
