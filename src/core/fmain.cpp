@@ -121,8 +121,11 @@ TfMain::TfMain(QWidget *parent)
     v->addWidget(fPanelFondo, 1);
     setCentralWidget(central);
 
-    // The Security menu design has no entry for anyone.
+    // The Security menu design has no entry for anyone; the administrator reaches it
+    // by its keys (its action is enabled only for him, by the rights).
     bDisenoSeguridad->setVisible(false);
+    aSisPermisosDes->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_D));
+    addAction(aSisPermisosDes);
     dxRibbon->setColapsado(true);
 
     ttStart = new QTimer(this);

@@ -128,7 +128,8 @@ void Database::connect()
     const std::vector<unsigned char> dpb = buildDpb(false, 0);
     const QByteArray path = m_name.toUtf8();
     IAttachment *att = call([&](ThrowStatusWrapper *st) {
-        return detail::provider()->attachDatabase(st, path.constData(), unsigned(dpb.size()), dpb.data());
+        return detail::provider()->attachDatabase(
+            st, path.constData(), unsigned(dpb.size()), dpb.data());
     });
     m_handle = new DatabaseHandle{att};
 }
@@ -140,7 +141,8 @@ void Database::createDatabase(int pageSize)
     const std::vector<unsigned char> dpb = buildDpb(true, pageSize);
     const QByteArray path = m_name.toUtf8();
     IAttachment *att = call([&](ThrowStatusWrapper *st) {
-        return detail::provider()->createDatabase(st, path.constData(), unsigned(dpb.size()), dpb.data());
+        return detail::provider()->createDatabase(
+            st, path.constData(), unsigned(dpb.size()), dpb.data());
     });
     m_handle = new DatabaseHandle{att};
 }

@@ -40,7 +40,8 @@ void Transaction::setDatabase(Database *db)
     if (db == m_db)
         return;
     if (isActive())
-        throw Error::usage(QStringLiteral("No se puede cambiar la base de datos de una transacción activa"));
+        throw Error::usage(
+            QStringLiteral("No se puede cambiar la base de datos de una transacción activa"));
     if (m_db)
         std::erase(m_db->m_transactions, this);
     m_db = db;

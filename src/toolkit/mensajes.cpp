@@ -45,7 +45,8 @@ int muestraCaja(const CajaMensaje &caja)
     QList<Def> defs;
     switch (caja.botones()) {
     case mb::OkCancel:
-        defs = {{"Aceptar", mb::IdOk, QMessageBox::AcceptRole}, {"Cancelar", mb::IdCancel, QMessageBox::RejectRole}};
+        defs = {{"Aceptar", mb::IdOk, QMessageBox::AcceptRole},
+                {"Cancelar", mb::IdCancel, QMessageBox::RejectRole}};
         break;
     case mb::AbortRetryIgnore:
         defs = {{"Anular", mb::IdAbort, QMessageBox::RejectRole},
@@ -61,7 +62,8 @@ int muestraCaja(const CajaMensaje &caja)
         defs = {{"Sí", mb::IdYes, QMessageBox::YesRole}, {"No", mb::IdNo, QMessageBox::NoRole}};
         break;
     case mb::RetryCancel:
-        defs = {{"Reintentar", mb::IdRetry, QMessageBox::AcceptRole}, {"Cancelar", mb::IdCancel, QMessageBox::RejectRole}};
+        defs = {{"Reintentar", mb::IdRetry, QMessageBox::AcceptRole},
+                {"Cancelar", mb::IdCancel, QMessageBox::RejectRole}};
         break;
     default:
         defs = {{"Aceptar", mb::IdOk, QMessageBox::AcceptRole}};
@@ -76,7 +78,8 @@ int muestraCaja(const CajaMensaje &caja)
     box.exec();
     const int pressed = int(buttons.indexOf(box.clickedButton()));
     if (pressed < 0) // closed with Escape or the close box
-        return caja.botones() == mb::Ok ? mb::IdOk : (caja.botones() == mb::YesNo ? mb::IdNo : mb::IdCancel);
+        return caja.botones() == mb::Ok ? mb::IdOk
+                                        : (caja.botones() == mb::YesNo ? mb::IdNo : mb::IdCancel);
     return defs[pressed].id;
 }
 
