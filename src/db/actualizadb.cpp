@@ -88,7 +88,10 @@ void ActualizaDB::Log(const QString &texto)
     if (texto.isEmpty())
         m_bitacora(QString());
     else
-        m_bitacora(QLocale().toString(QTime::currentTime(), QLocale::ShortFormat)
+        // The short time of the shop's locale (hours and minutes), not the machine's,
+        // whose short form may carry seconds or another language.
+        m_bitacora(QLocale(QLocale::Spanish, QLocale::Mexico)
+                       .toString(QTime::currentTime(), QLocale::ShortFormat)
                    + QStringLiteral(": ") + texto);
 }
 

@@ -50,6 +50,8 @@ TFLista::TFLista(QWidget *parent)
     Busqueda->setItems({QStringLiteral("&Clave"), QStringLiteral("&Nombre")});
     Busca = new QLineEdit(this);
     Busca->setObjectName(QStringLiteral("Busca"));
+    // The group above it is its caption on screen.
+    Busca->setAccessibleName(QStringLiteral("Búsqueda rápida"));
     Busca->installEventFilter(this);
     Aceptar = new QPushButton(QStringLiteral("&Aceptar"), this);
     Aceptar->setObjectName(QStringLiteral("Aceptar"));
@@ -210,6 +212,7 @@ void TFLista::terminaPreparacion(const QString &titulo, int busqueda)
     Busca->setVisible(items > 0);
     Busqueda->setVisible(Busca->isVisibleTo(this));
     setWindowTitle(titulo);
+    Lista->setAccessibleName(titulo);
 }
 
 void TFLista::showEvent(QShowEvent *ev)

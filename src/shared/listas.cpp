@@ -3,6 +3,7 @@
 #include "flista.h"
 
 #include "fb/query.h"
+#include "fb/sqltext.h"
 #include "toolkit/memgrid.h"
 #include "toolkit/memtable.h"
 
@@ -54,11 +55,12 @@ QString CondicionLike(const QString &campo,
     ListaPartesLike = t.isEmpty() ? QStringList() : t.split(comodin, Qt::KeepEmptyParts);
     QStringList terminos;
     for (qsizetype k = 0; k < ListaPartesLike.size(); ++k) {
-        QString s = campo + u' ' + operador + QStringLiteral(" '") + comodin + ListaPartesLike[k]
-                    + comodin;
+        // The parts are the user's text: quotes doubled, so O'Brien is sought.
+        QString s = campo + u' ' + operador + QStringLiteral(" '") + comodin
+                    + fb::escapeLiteral(ListaPartesLike[k]) + comodin;
         for (qsizetype j = 0; j < ListaPartesLike.size(); ++j) {
             if (j != k)
-                s += ListaPartesLike[j] + comodin;
+                s += fb::escapeLiteral(ListaPartesLike[j]) + comodin;
         }
         terminos << s + u'\'';
     }

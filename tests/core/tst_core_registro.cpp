@@ -11,6 +11,7 @@
 #include "support/entornoprueba.h"
 #include "support/guionmensajes.h"
 #include "support/testenv.h"
+#include "support/testmain.h"
 #include "toolkit/memgrid.h"
 #include "toolkit/memtable.h"
 
@@ -366,5 +367,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestRegistro)
+LAR_TEST_MAIN(TestRegistro)
 #include "tst_core_registro.moc"

@@ -11,6 +11,8 @@
 #include "fb/query.h"
 #include "fb/transaction.h"
 #include "support/entornoprueba.h"
+#include "support/testenv.h"
+#include "support/testmain.h"
 
 #include <QProcess>
 #include <QTest>
@@ -709,7 +711,67 @@ private slots:
         // The sale and its inventory document, nothing of the refused one.
         QCOMPARE(cuenta(), antes + 2);
     }
+
+    // Stations selling at once through the server never share a folio; a folio
+    // given by hand is refused when taken, and the next ones follow it.
+    void foliosConcurrentes()
+    {
+        if (!lartest::serverAvailable())
+            QSKIP("sin servidor de pruebas (LAR_FB_PORT)");
+        lartest::OpcionesPrueba op;
+        op.servidor = true;
+        op.sembrado = true;
+        const lartest::EntornoPrueba prueba(op);
+        const QString sim
+            = qEnvironmentVariable("LAR_BUILD_DIR") + QStringLiteral("/microsip/microsip-sim");
+        auto vende = [&](const QStringList &extra) {
+            auto p = std::make_unique<QProcess>();
+            p->start(sim,
+                     QStringList{QStringLiteral("sell"),
+                                 prueba.carpeta(),
+                                 QStringLiteral("--cliente"),
+                                 m_cliente,
+                                 QStringLiteral("--renglon"),
+                                 m_servicio + QStringLiteral(":1:10"),
+                                 QStringLiteral("--password"),
+                                 lartest::serverPassword()}
+                         + extra);
+            return p;
+        };
+        // "ID PV FOLIO ..." of each sale.
+        QStringList folios;
+        for (int ronda = 0; ronda < 2; ++ronda) {
+            std::vector<std::unique_ptr<QProcess>> procesos;
+            for (int i = 0; i < 4; ++i)
+                procesos.push_back(vende({}));
+            for (auto &p : procesos) {
+                QVERIFY(p->waitForFinished(120000));
+                QVERIFY2(p->exitCode() == 0, p->readAllStandardError().constData());
+                folios << QString::fromUtf8(p->readAllStandardOutput()).section(u' ', 2, 2);
+            }
+        }
+        folios.sort();
+        const QStringList todos = folios;
+        folios.removeDuplicates();
+        QVERIFY2(folios.size() == 8 && !folios.contains(QString()), qPrintable(todos.join(u' ')));
+
+        auto hecho = vende({QStringLiteral("--folio"), folios.first()});
+        QVERIFY(hecho->waitForFinished(120000));
+        QCOMPARE(hecho->exitCode(), 1);
+        QVERIFY2(QString::fromUtf8(hecho->readAllStandardError())
+                     .contains(QStringLiteral("El folio %1 ya lo tiene otro documento de punto de"
+                                              " venta.")
+                                   .arg(folios.first())),
+                 qPrintable(folios.first()));
+        hecho = vende({QStringLiteral("--folio"), QStringLiteral("A00090000")});
+        QVERIFY(hecho->waitForFinished(120000));
+        QCOMPARE(hecho->exitCode(), 0);
+        hecho = vende({});
+        QVERIFY(hecho->waitForFinished(120000));
+        QCOMPARE(QString::fromUtf8(hecho->readAllStandardOutput()).section(u' ', 2, 2),
+                 QStringLiteral("A00090001"));
+    }
 };
 
-QTEST_GUILESS_MAIN(TestMicrosipDocumentos)
+LAR_TEST_GUILESS_MAIN(TestMicrosipDocumentos)
 #include "tst_microsip_documentos.moc"
