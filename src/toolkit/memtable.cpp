@@ -342,6 +342,11 @@ QVariant MemTable::convert(const FieldDef &def, const QVariant &v)
     case FieldType::Currency:
         return QVariant::fromValue(toDecimal(def, v, currencyScale(def)));
     case FieldType::String: {
+        if (text) {
+            // The common case of a load: the text as it came, unless it must be cut.
+            const QString &t = *static_cast<const QString *>(v.constData());
+            return def.size > 0 && t.size() > def.size ? QVariant(t.left(def.size)) : v;
+        }
         QString s;
         if (isDecimal(v))
             s = v.value<fb::Decimal>().toString();
@@ -767,35 +772,49 @@ void MemTable::rebuild() const
 
 void MemTable::sortByText() const
 {
-    // One text field, compared without case: fold every text once instead of at
-    // each of the n log n comparisons (a catalogue of 100,000 rows sorts at once).
-    // Nulls go first, as compareVariant puts them.
+    // One text field, compared without case: fold every text once, into one buffer,
+    // instead of at each of the n log n comparisons (a catalogue of 100,000 rows
+    // sorts at once). Nulls go first, as compareVariant puts them.
     struct Clave
     {
-        bool valor;
-        QString texto;
+        qsizetype desde;
+        qsizetype largo; // -1: null
         Rec *rec;
     };
     const size_t f = size_t(m_key.fields[0]);
     std::vector<Clave> claves;
     claves.reserve(m_order.size());
+    std::u16string textos;
     for (Rec *r : m_order) {
         const QVariant &v = r->v[f];
-        if (v.isNull())
-            claves.push_back({false, QString(), r});
-        else if (v.typeId() == QMetaType::QString)
-            claves.push_back(
-                {true, static_cast<const QString *>(v.constData())->toCaseFolded(), r});
-        else
-            claves.push_back({true, v.toString().toCaseFolded(), r});
+        if (v.isNull()) {
+            claves.push_back({0, -1, r});
+            continue;
+        }
+        QString copia;
+        const QString *t = nullptr;
+        if (v.typeId() == QMetaType::QString) {
+            t = static_cast<const QString *>(v.constData());
+        } else {
+            copia = v.toString();
+            t = &copia;
+        }
+        const qsizetype desde = qsizetype(textos.size());
+        for (const QChar c : *t)
+            textos.push_back(c.toCaseFolded().unicode());
+        claves.push_back({desde, qsizetype(textos.size()) - desde, r});
     }
     const bool desc = m_key.descending;
-    std::stable_sort(claves.begin(), claves.end(), [desc](const Clave &a, const Clave &b) {
+    const char16_t *base = textos.data();
+    std::stable_sort(claves.begin(), claves.end(), [desc, base](const Clave &a, const Clave &b) {
         const Clave &x = desc ? b : a;
         const Clave &y = desc ? a : b;
-        if (x.valor != y.valor)
-            return !x.valor;
-        return x.valor && QString::compare(x.texto, y.texto) < 0;
+        if ((x.largo < 0) != (y.largo < 0))
+            return x.largo < 0;
+        if (x.largo < 0)
+            return false;
+        return QStringView(base + x.desde, x.largo).compare(QStringView(base + y.desde, y.largo))
+               < 0;
     });
     for (size_t i = 0; i < claves.size(); ++i)
         m_order[i] = claves[i].rec;
