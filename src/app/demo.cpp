@@ -4,7 +4,9 @@
 //   larvenos-demo instala CARPETA            extension schema and demo rights
 //   larvenos-demo capturas CARPETA DESTINO   login dialog and main window as PNG
 //                                            (login, main, main-operacion)
+//   larvenos-demo articulos CARPETA DESTINO  the articles with points, searched (articulos)
 
+#include "catalog/articulos_lista.h"
 #include "core/conecta.h"
 #include "core/fmain.h"
 #include "db/actualizadb.h"
@@ -48,7 +50,8 @@ void derechosDemo(lar::Sesion &s)
 
 int instala(const QString &carpeta)
 {
-    const microsip::Entorno e = microsip::Entorno::abre(carpeta, qEnvironmentVariable("LAR_FB_PASSWORD"));
+    const microsip::Entorno e
+        = microsip::Entorno::abre(carpeta, qEnvironmentVariable("LAR_FB_PASSWORD"));
     lar::Sesion s;
     e.conecta(s.fbConfig(), e.rutaConfig());
     e.conecta(s.fbDatabase(), e.rutaEmpresa(e.empresas().value(0)));
@@ -108,9 +111,11 @@ int capturas(const QString &carpeta, const QString &destino)
                 QTimer::singleShot(300, &m, [&] {
                     // The dropped-down tab is a window of its own: drawn over the main one.
                     QPixmap imagen = m.grab();
-                    if (auto *panel = m.dxRibbon->findChild<QWidget *>(QStringLiteral("panelGrupos"))) {
+                    if (auto *panel
+                        = m.dxRibbon->findChild<QWidget *>(QStringLiteral("panelGrupos"))) {
                         QPainter p(&imagen);
-                        p.drawPixmap(m.mapFromGlobal(panel->mapToGlobal(QPoint(0, 0))), panel->grab());
+                        p.drawPixmap(m.mapFromGlobal(panel->mapToGlobal(QPoint(0, 0))),
+                                     panel->grab());
                     }
                     const QString ruta = destino + QStringLiteral("/main-operacion.png");
                     if (imagen.save(ruta)) {
@@ -129,6 +134,25 @@ int capturas(const QString &carpeta, const QString &destino)
     return resultado;
 }
 
+// The articles with points as a user with both rights sees them after a search.
+int articulos(const QString &carpeta, const QString &destino)
+{
+    const microsip::Entorno e = microsip::Entorno::abre(carpeta);
+    QDir().mkpath(destino);
+    lar::Sesion s;
+    e.conecta(s.fbConfig(), e.rutaConfig());
+    e.conecta(s.fbDatabase(), e.rutaEmpresa(e.empresas().value(0)));
+    s.UsuarioActual = QStringLiteral("SYSDBA");
+    lar::Tfcat_articulos_lista f(s);
+    f.Acceso = 7;
+    f.resize(1100, 560);
+    f.show();
+    f.Button1Click();
+    f.vBusca->setText(QStringLiteral("refresco cola"));
+    QApplication::processEvents();
+    return guarda(&f, destino + QStringLiteral("/articulos.png")) ? 0 : 1;
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -140,10 +164,14 @@ int main(int argc, char *argv[])
             return instala(args[2]);
         if (args.size() == 4 && args[1] == u"capturas")
             return capturas(args[2], args[3]);
+        if (args.size() == 4 && args[1] == u"articulos")
+            return articulos(args[2], args[3]);
     } catch (const std::exception &ex) {
         err() << ex.what() << Qt::endl;
         return 1;
     }
-    err() << "Uso: larvenos-demo instala CARPETA | capturas CARPETA DESTINO" << Qt::endl;
+    err() << "Uso: larvenos-demo instala CARPETA | capturas CARPETA DESTINO"
+             " | articulos CARPETA DESTINO"
+          << Qt::endl;
     return 2;
 }

@@ -249,13 +249,13 @@ Tfcat_articulos_lista::Tfcat_articulos_lista(Sesion &sesion, QWidget *parent)
     MemTableModel *m = cxGrid->memModel();
     m->addColumn(QStringLiteral("CLAVE_ARTICULO"), QStringLiteral("Clave"), 120);
     m->addColumn(QStringLiteral("NOMBRE"), QStringLiteral("Nombre"), 300);
-    m->addColumn(QStringLiteral("ES_ALMACENABLE"), QStringLiteral("Almacenable"), 75);
+    m->addColumn(QStringLiteral("ES_ALMACENABLE"), QStringLiteral("Almacenable"), 85);
     m->addColumn(QStringLiteral("ES_JUEGO"), QStringLiteral("Juego"), 50);
     m->addColumn(QStringLiteral("ESTATUS"), QStringLiteral("Estatus"), 90);
     m->addColumn(QStringLiteral("LINEA"), QStringLiteral("Línea"), 140);
     m->addColumn(QStringLiteral("UNIDAD_VENTA"), QStringLiteral("U.Venta"), 60);
     m->addColumn(QStringLiteral("PUNTOS"), QStringLiteral("Puntos"), 60);
-    m->addColumn(QStringLiteral("VALOR_PUNTOS"), QStringLiteral("Valor en puntos"), 95);
+    m->addColumn(QStringLiteral("VALOR_PUNTOS"), QStringLiteral("Valor en puntos"), 105);
     m->addColumn(QStringLiteral("Existencia"), QStringLiteral("Existencia"), 0);
     cxGrid->setTable(mArt.get());
     m_pintor = new HighlightDelegate(this);
