@@ -5,6 +5,7 @@
 
 #include "fb/error.h"
 #include "toolkit/mensajes.h"
+#include "toolkit/teclado.h"
 
 #include <QCloseEvent>
 #include <QFormLayout>
@@ -14,8 +15,8 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTimer>
-#include <QValidator>
 #include <QVBoxLayout>
+#include <QValidator>
 
 namespace lar {
 
@@ -37,10 +38,10 @@ bool Conectar(Sesion &sesion, fb::Database &base)
             sesion.UpdateRollback();
         } catch (const std::exception &) {
         }
-        const QString texto = e.iscCode() == fb::isc::LoginFailed
-                                  ? QStringLiteral("El nombre de usuario o contraseña no es válido")
-                                  : QStringLiteral("Error ") + QString::number(e.iscCode()) + u'\r'
-                                        + e.message();
+        const QString texto
+            = e.iscCode() == fb::isc::LoginFailed
+                  ? QStringLiteral("El nombre de usuario o contraseña no es válido")
+                  : QStringLiteral("Error ") + QString::number(e.iscCode()) + u'\r' + e.message();
         MensajeSistema(texto, QStringLiteral("Error de datos"), mb::IconStop);
         return false;
     } catch (const std::exception &e) {
@@ -96,7 +97,7 @@ TfAcceso::TfAcceso(Sesion &sesion, QWidget *parent)
     vUser->setValidator(new Mayusculas(vUser));
     vPass = new QLineEdit(this);
     vPass->setObjectName(QStringLiteral("vPass"));
-    vPass->setEchoMode(QLineEdit::Password);
+    CampoContrasena(vPass);
     bOk = new QPushButton(QStringLiteral("&Aceptar"), this);
     bOk->setObjectName(QStringLiteral("bOk"));
     bCancel = new QPushButton(QStringLiteral("&Cancelar"), this);
@@ -118,6 +119,8 @@ TfAcceso::TfAcceso(Sesion &sesion, QWidget *parent)
 
     bOk->setAutoDefault(false);
     bCancel->setAutoDefault(false);
+    EnterPulsa(bOk);
+    EnterPulsa(bCancel);
     vUser->installEventFilter(this);
     vPass->installEventFilter(this);
     connect(bOk, &QPushButton::clicked, this, &TfAcceso::bOkClick);
@@ -158,9 +161,9 @@ bool TfAcceso::eventFilter(QObject *obj, QEvent *ev)
         const int k = static_cast<QKeyEvent *>(ev)->key();
         if (k == Qt::Key_Return || k == Qt::Key_Enter) {
             if (obj == vUser)
-                vPass->setFocus();
+                EnfocaConTeclado(vPass);
             else if (obj == vPass)
-                bOk->setFocus();
+                EnfocaConTeclado(bOk);
             return true;
         }
     }
@@ -192,8 +195,10 @@ void TfAcceso::showEvent(QShowEvent *ev)
 void TfAcceso::tDontUseTimer()
 {
     tDontUse->stop();
-    for (QWidget *w : {static_cast<QWidget *>(vUser), static_cast<QWidget *>(vPass),
-                       static_cast<QWidget *>(bOk), static_cast<QWidget *>(bCancel)})
+    for (QWidget *w : {static_cast<QWidget *>(vUser),
+                       static_cast<QWidget *>(vPass),
+                       static_cast<QWidget *>(bOk),
+                       static_cast<QWidget *>(bCancel)})
         w->setEnabled(true);
     vPass->setFocus();
     MensajeSistema(QStringLiteral("La contraseña no es correcta"),

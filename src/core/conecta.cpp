@@ -8,6 +8,7 @@
 
 #include "fb/database.h"
 #include "toolkit/mensajes.h"
+#include "toolkit/teclado.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -64,17 +65,23 @@ TfEmpresas::TfEmpresas(QWidget *parent)
 {
     setObjectName(QStringLiteral("fEmpresas"));
     setWindowTitle(QStringLiteral("Seleccione una empresa"));
-    auto *etiqueta = new QLabel(QStringLiteral("&Seleccione la empresa con la que desea trabajar:"), this);
+    auto *etiqueta
+        = new QLabel(QStringLiteral("&Seleccione la empresa con la que desea trabajar:"), this);
     vEmpresas = new QListWidget(this);
     vEmpresas->setObjectName(QStringLiteral("vEmpresas"));
     vEmpresas->setSortingEnabled(true);
     etiqueta->setBuddy(vEmpresas);
+    // A list takes no name from its label for assistive technology.
+    vEmpresas->setAccessibleName(
+        QStringLiteral("Seleccione la empresa con la que desea trabajar:"));
     bOk = new QPushButton(QStringLiteral("&Aceptar"), this);
     bOk->setObjectName(QStringLiteral("bOk"));
     Button2 = new QPushButton(QStringLiteral("&Cancelar"), this);
     Button2->setObjectName(QStringLiteral("Button2"));
     bOk->setAutoDefault(false);
     Button2->setAutoDefault(false);
+    EnterPulsa(bOk);
+    EnterPulsa(Button2);
 
     auto *botones = new QHBoxLayout;
     botones->addStretch(1);
@@ -98,6 +105,8 @@ TfEmpresas::TfEmpresas(QWidget *parent)
 void TfEmpresas::showEvent(QShowEvent *ev)
 {
     QDialog::showEvent(ev);
+    // Opened from a key press in the login: the keyboard comes here at once.
+    activateWindow();
     bOk->setEnabled(vEmpresas->count() > 0);
     if (vEmpresas->count() == 0)
         return;
@@ -113,7 +122,7 @@ bool TfEmpresas::eventFilter(QObject *obj, QEvent *ev)
 {
     if (obj == vEmpresas && esEnter(ev)) {
         if (puedeTomarFoco(bOk))
-            bOk->setFocus();
+            EnfocaConTeclado(bOk);
         return true;
     }
     return QDialog::eventFilter(obj, ev);
@@ -135,15 +144,18 @@ TfConecta::TfConecta(Sesion &sesion, QWidget *parent)
     vPass = new QLineEdit(this);
     vPass->setObjectName(QStringLiteral("vPass"));
     vPass->setMaxLength(31);
-    vPass->setEchoMode(QLineEdit::Password);
+    CampoContrasena(vPass);
     bOk = new QPushButton(QStringLiteral("&Aceptar"), this);
     bOk->setObjectName(QStringLiteral("bOk"));
     bOk->setEnabled(false);
     bCancel = new QPushButton(QStringLiteral("Ca&ncelar"), this);
     bCancel->setObjectName(QStringLiteral("bCancel"));
-    // Enter never accepts from the fields: it only moves on.
+    // Enter never accepts from the fields: it only moves on, and presses the
+    // button that has the focus.
     bOk->setAutoDefault(false);
     bCancel->setAutoDefault(false);
+    EnterPulsa(bOk);
+    EnterPulsa(bCancel);
 
     auto *rejilla = new QGridLayout;
     const auto etiqueta = [this](const QString &texto, QWidget *buddy) {
@@ -252,11 +264,11 @@ bool TfConecta::eventFilter(QObject *obj, QEvent *ev)
 {
     if (esEnter(ev)) {
         if (obj == vUsuario)
-            vConexiones->setFocus();
+            EnfocaConTeclado(vConexiones);
         else if (obj == vConexiones)
-            vPass->setFocus();
+            EnfocaConTeclado(vPass);
         else if (obj == vPass && puedeTomarFoco(bOk))
-            bOk->setFocus();
+            EnfocaConTeclado(bOk);
         return true;
     }
     return QDialog::eventFilter(obj, ev);
@@ -279,7 +291,7 @@ void TfConecta::bOkClick()
             accept();
             return;
         }
-        if (VerificaDB(m_sesion, true)) {
+        if (RevisaDB(m_sesion, true)) {
             accept();
             return;
         }
@@ -305,8 +317,9 @@ bool TfConecta::ConectaBase(fb::Database &base, bool esMetadatos)
                   << QStringLiteral("sql_role_name=USUARIO_MICROSIP");
     const QString path = PathSeleccionado();
     const QString sep = path.contains(u'\\') ? QStringLiteral("\\") : QStringLiteral("/");
-    base.setDatabaseName(path + QStringLiteral("System") + sep
-                         + (esMetadatos ? QStringLiteral("Metadatos.fdb") : QStringLiteral("Config.fdb")));
+    base.setDatabaseName(
+        path + QStringLiteral("System") + sep
+        + (esMetadatos ? QStringLiteral("Metadatos.fdb") : QStringLiteral("Config.fdb")));
     if (esMetadatos)
         return Conectar(m_sesion, base);
     if (!Conectar(m_sesion, base))
@@ -326,8 +339,9 @@ bool TfConecta::ConectaBase(fb::Database &base, bool esMetadatos)
     }
     Query.close();
     if (accesoEmpresas == u"L") {
-        Query.setSql(QStringLiteral("select e.nombre_corto from empresas e join empresas_usuarios u "
-                                    "on e.empresa_id=u.empresa_id where u.usuario_id=:id"));
+        Query.setSql(
+            QStringLiteral("select e.nombre_corto from empresas e join empresas_usuarios u "
+                           "on e.empresa_id=u.empresa_id where u.usuario_id=:id"));
         Query.bind(QStringLiteral("id"), usuarioId);
     } else {
         Query.setSql(QStringLiteral("select nombre_corto from empresas"));
@@ -397,16 +411,24 @@ void TfConecta::GuardaUltimos()
     }
     if (EmpresaId > 0) {
         try {
-            m_sesion.ConfigInicia();
-            const int usuario = RegistroMicrosip(m_sesion, Usuario.toUpper(), 0, QStringLiteral("L"), false, QString());
-            const int microsip = RegistroMicrosip(m_sesion, QStringLiteral("Microsip"), usuario, QStringLiteral("L"), false, QString());
-            RegistroMicrosip(m_sesion, QStringLiteral("Empresa"), microsip, QStringLiteral("V"), true, QString::number(EmpresaId));
-            m_sesion.ConfigCommit();
+            fb::TransactionGuard guardia(m_sesion.fbConfigTrans());
+            const int usuario = RegistroMicrosip(
+                m_sesion, Usuario.toUpper(), 0, QStringLiteral("L"), false, QString());
+            const int microsip = RegistroMicrosip(m_sesion,
+                                                  QStringLiteral("Microsip"),
+                                                  usuario,
+                                                  QStringLiteral("L"),
+                                                  false,
+                                                  QString());
+            RegistroMicrosip(m_sesion,
+                             QStringLiteral("Empresa"),
+                             microsip,
+                             QStringLiteral("V"),
+                             true,
+                             QString::number(EmpresaId));
+            guardia.commit();
         } catch (const std::exception &) {
-            try {
-                m_sesion.ConfigRollback();
-            } catch (const std::exception &) {
-            }
+            // Only a convenience for the next login: the guard rolled it back.
         }
     }
 }

@@ -7,6 +7,7 @@
 #include "registro.h"
 
 #include "fb/events.h"
+#include "toolkit/iconos.h"
 #include "toolkit/mensajes.h"
 #include "toolkit/ribbon.h"
 #include "toolkit/tag.h"
@@ -121,8 +122,11 @@ TfMain::TfMain(QWidget *parent)
     v->addWidget(fPanelFondo, 1);
     setCentralWidget(central);
 
-    // The Security menu design has no entry for anyone.
+    // The Security menu design has no entry for anyone; the administrator reaches it
+    // by its keys (its action is enabled only for him, by the rights).
     bDisenoSeguridad->setVisible(false);
+    aSisPermisosDes->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_D));
+    addAction(aSisPermisosDes);
     dxRibbon->setColapsado(true);
 
     ttStart = new QTimer(this);
@@ -158,7 +162,8 @@ TfMain::~TfMain()
             SIBfibEvent->unregisterEvents();
         } catch (const std::exception &) {
         }
-        SIBfibEvent.reset();
+        delete SIBfibEvent;
+        SIBfibEvent = nullptr;
     }
     for (const QPointer<TMForm> &f : std::as_const(fFormas))
         delete f.data();
@@ -174,9 +179,9 @@ TfMain::~TfMain()
         fMain = nullptr;
 }
 
-QAction *TfMain::accion(const QString &nombre, const QString &texto, int tag, QStyle::StandardPixmap icono)
+QAction *TfMain::accion(const QString &nombre, const QString &texto, int tag, const QString &icono)
 {
-    auto *a = new QAction(style()->standardIcon(icono), texto, this);
+    auto *a = new QAction(Icono(icono), texto, this);
     a->setObjectName(nombre);
     SetTag(a, tag);
     connect(a, &QAction::triggered, this, [this, a] { NavegaMod(a); });
@@ -185,27 +190,61 @@ QAction *TfMain::accion(const QString &nombre, const QString &texto, int tag, QS
 
 void TfMain::creaRibbon()
 {
-    accArticulos = accion(QStringLiteral("accArticulos"), QStringLiteral("Artículos con puntos"), 72, QStyle::SP_FileDialogDetailedView);
-    accVentasPuntos = accion(QStringLiteral("accVentasPuntos"), QStringLiteral("Canje de puntos"), 73, QStyle::SP_DialogApplyButton);
-    accAsignaPuntos = accion(QStringLiteral("accAsignaPuntos"), QStringLiteral("Asigna o Retira Puntos a Clientes"), 75, QStyle::SP_ArrowUp);
-    AsigPxActiv = accion(QStringLiteral("AsigPxActiv"), QStringLiteral("Asignar puntos por actividad a Empleados"), 79, QStyle::SP_FileDialogListView);
-    accCompCte = accion(QStringLiteral("accCompCte"), QStringLiteral("Compras por cliente"), 76, QStyle::SP_FileDialogContentsView);
-    accArtmas = accion(QStringLiteral("accArtmas"), QStringLiteral("Artículos más vendidos"), 77, QStyle::SP_FileDialogInfoView);
-    accBusqueda = accion(QStringLiteral("accBusqueda"), QStringLiteral("Buscador clientes"), 78, QStyle::SP_FileDialogStart);
-    accConsultaHistorial = accion(QStringLiteral("accConsultaHistorial"), QStringLiteral("Historial puntos"), 74, QStyle::SP_FileDialogBack);
-    aSisPermisosDes = accion(QStringLiteral("aSisPermisosDes"), QStringLiteral("Diseño"), 1, QStyle::SP_DesktopIcon);
-    aSisPermisos = accion(QStringLiteral("aSisPermisos"), QStringLiteral("Permisos del sistema"), 2, QStyle::SP_VistaShield);
-    aSisConfiguracion = accion(QStringLiteral("aSisConfiguracion"), QStringLiteral("Configuración del sistema"), 10, QStyle::SP_ComputerIcon);
+    accArticulos = accion(QStringLiteral("accArticulos"),
+                          QStringLiteral("Artículos con puntos"),
+                          72,
+                          QStringLiteral("package-x-generic"));
+    accVentasPuntos = accion(QStringLiteral("accVentasPuntos"),
+                             QStringLiteral("Canje de puntos"),
+                             73,
+                             QStringLiteral("software-update-available"));
+    accAsignaPuntos = accion(QStringLiteral("accAsignaPuntos"),
+                             QStringLiteral("Asigna o Retira Puntos a Clientes"),
+                             75,
+                             QStringLiteral("contact-new"));
+    AsigPxActiv = accion(QStringLiteral("AsigPxActiv"),
+                         QStringLiteral("Asignar puntos por actividad a Empleados"),
+                         79,
+                         QStringLiteral("system-users"));
+    accCompCte = accion(QStringLiteral("accCompCte"),
+                        QStringLiteral("Compras por cliente"),
+                        76,
+                        QStringLiteral("x-office-spreadsheet"));
+    accArtmas = accion(QStringLiteral("accArtmas"),
+                       QStringLiteral("Artículos más vendidos"),
+                       77,
+                       QStringLiteral("x-office-presentation"));
+    accBusqueda = accion(QStringLiteral("accBusqueda"),
+                         QStringLiteral("Buscador clientes"),
+                         78,
+                         QStringLiteral("system-search"));
+    accConsultaHistorial = accion(QStringLiteral("accConsultaHistorial"),
+                                  QStringLiteral("Historial puntos"),
+                                  74,
+                                  QStringLiteral("appointment-new"));
+    aSisPermisosDes = accion(QStringLiteral("aSisPermisosDes"),
+                             QStringLiteral("Diseño"),
+                             1,
+                             QStringLiteral("applications-system"));
+    aSisPermisos = accion(QStringLiteral("aSisPermisos"),
+                          QStringLiteral("Permisos del sistema"),
+                          2,
+                          QStringLiteral("system-lock-screen"));
+    aSisConfiguracion = accion(QStringLiteral("aSisConfiguracion"),
+                               QStringLiteral("Configuración del sistema"),
+                               10,
+                               QStringLiteral("preferences-system"));
     // Not modules: their own handlers, tag 0 (always enabled).
-    acc_AcercaDe = new QAction(style()->standardIcon(QStyle::SP_MessageBoxInformation), QStringLiteral("Acerca de"), this);
+    acc_AcercaDe = new QAction(
+        Icono(QStringLiteral("dialog-information")), QStringLiteral("Acerca de"), this);
     acc_AcercaDe->setObjectName(QStringLiteral("acc_AcercaDe"));
     SetTag(acc_AcercaDe, 0);
     connect(acc_AcercaDe, &QAction::triggered, this, &TfMain::acercaDe);
-    aSisSalir = new QAction(QStringLiteral("&Salir"), this);
+    aSisSalir
+        = new QAction(Icono(QStringLiteral("system-log-out")), QStringLiteral("&Salir"), this);
     aSisSalir->setObjectName(QStringLiteral("aSisSalir"));
     SetTag(aSisSalir, 0);
     connect(aSisSalir, &QAction::triggered, this, &QWidget::close);
-    addAction(aSisSalir);
 
     dxRibbon = new Ribbon(this);
     dxRibbon->setObjectName(QStringLiteral("dxRibbon"));
@@ -214,7 +253,8 @@ void TfMain::creaRibbon()
     tabConsultas = dxRibbon->agregaTab(QStringLiteral("tabConsultas"), QStringLiteral("Reportes"));
     tabSistema = dxRibbon->agregaTab(QStringLiteral("tabSistema"), QStringLiteral("Sistema"));
 
-    RibbonGrupo *g = tabCatalogos->agregaGrupo(QStringLiteral("grpArticulos"), QStringLiteral("Artículos"));
+    RibbonGrupo *g
+        = tabCatalogos->agregaGrupo(QStringLiteral("grpArticulos"), QStringLiteral("Artículos"));
     g->agregaBoton(QStringLiteral("bArticulos"), accArticulos);
 
     g = tabReportes->agregaGrupo(QStringLiteral("grpOperaciones"), QStringLiteral("Operaciónes"));
@@ -233,10 +273,15 @@ void TfMain::creaRibbon()
     g->agregaBoton(QStringLiteral("bPermisos"), aSisPermisos);
 
     g = tabSistema->agregaGrupo(QStringLiteral("grpSistema"), QStringLiteral("Sistema"));
-    bActualizaDB = g->agregaBoton(QStringLiteral("bActualizaDB"), QStringLiteral("Base de Datos"), style()->standardIcon(QStyle::SP_DriveHDIcon));
+    bActualizaDB = g->agregaBoton(QStringLiteral("bActualizaDB"),
+                                  QStringLiteral("Base de Datos"),
+                                  Icono(QStringLiteral("drive-harddisk")));
     connect(bActualizaDB, &QAbstractButton::clicked, this, &TfMain::bActualizaDBClick);
     g->agregaBoton(QStringLiteral("bConfiguracion"), aSisConfiguracion);
     g->agregaBoton(QStringLiteral("bAcercaDe"), acc_AcercaDe);
+
+    // Leaving the program stays in reach from every tab, beside the tabs.
+    dxRibbon->agregaEsquina(QStringLiteral("bSalir"), aSisSalir);
 }
 
 void TfMain::creaEncabezado()
@@ -257,10 +302,12 @@ void TfMain::creaEncabezado()
     bClose->setIcon(style()->standardIcon(QStyle::SP_TitleBarCloseButton));
     bClose->setAutoRaise(true);
     bClose->setToolTip(QStringLiteral("Cerrar"));
+    bClose->setAccessibleName(QStringLiteral("Cerrar"));
     bClose->hide();
     connect(bClose, &QToolButton::clicked, this, &TfMain::bCloseClick);
     vFiltro = new QComboBox(Panel1);
     vFiltro->setObjectName(QStringLiteral("vFiltro"));
+    vFiltro->setAccessibleName(QStringLiteral("Filtro"));
     vFiltro->hide();
     Panel1->installEventFilter(this);
 }
@@ -347,17 +394,18 @@ bool TfMain::Acceso()
     if (m_sesion.UsuarioActual == m_sesion.usuarioAdministrador()) {
         m_sesion.Permisos.fill(kTodosLosDerechos);
         bActualizaDB->setEnabled(true);
-        if (!VerificaDB(m_sesion, false))
+        if (!RevisaDB(m_sesion, false))
             bActualizaDB->click();
     } else {
         bActualizaDB->setEnabled(false);
         m_sesion.Permisos.fill(0);
         m_sesion.TransInicia();
-        if (!VerificaDB(m_sesion, true)) {
-            MensajeSistema(QStringLiteral("Es necesario actualizar la base de datos, para eso necesita "
-                                          "entrar al sistema con el usuario SYSDBA"),
-                           QStringLiteral("Aviso del sistema"),
-                           mb::IconInformation);
+        if (!RevisaDB(m_sesion, true)) {
+            MensajeSistema(
+                QStringLiteral("Es necesario actualizar la base de datos, para eso necesita "
+                               "entrar al sistema con el usuario SYSDBA"),
+                QStringLiteral("Aviso del sistema"),
+                mb::IconInformation);
             return false;
         }
         fb::Query &q = m_sesion.Query();
@@ -391,20 +439,23 @@ bool TfMain::Acceso()
         if (Tag(b) < 0 || !a)
             continue;
         const int tag = Tag(a);
-        const bool habilitado = tag >= 0 && tag < int(m_sesion.Permisos.size())
-                                && m_sesion.Permisos[tag] > 0;
+        const bool habilitado
+            = tag >= 0 && tag < int(m_sesion.Permisos.size()) && m_sesion.Permisos[tag] > 0;
         a->setEnabled(habilitado);
         b->setEnabled(habilitado);
     }
     fUsuarioNombre = m_sesion.UsuarioActual;
 
     try {
-        SIBfibEvent = std::make_unique<fb::EventListener>(&m_sesion.fbDatabase());
+        delete SIBfibEvent;
+        SIBfibEvent = new fb::EventListener(&m_sesion.fbDatabase(), this);
+        SIBfibEvent->setObjectName(QStringLiteral("SIBfibEvent"));
         SIBfibEvent->setEvents({QStringLiteral("VentaLAR")});
         SIBfibEvent->registerEvents();
     } catch (const std::exception &) {
         // Nothing listens to it; a failure here changes nothing.
-        SIBfibEvent.reset();
+        delete SIBfibEvent;
+        SIBfibEvent = nullptr;
     }
     return true;
 }
@@ -432,8 +483,21 @@ void TfMain::acercaDe()
 void TfMain::NavegaMod(QObject *sender)
 {
     try {
-        if (VerificaDB(m_sesion, false))
-            AbreVentana(Tag(sender), QString());
+        if (!RevisaDB(m_sesion, false))
+            return;
+        const int tag = Tag(sender);
+        if (!BuscaModulo(tag)) {
+            // An entry whose screen this version doesn't have yet says so.
+            const auto *a = qobject_cast<QAction *>(sender);
+            const QString nombre = a ? QString(a->text()).remove(u'&') : QString();
+            MensajeSistema(QStringLiteral("La pantalla \u201C") + nombre
+                               + QStringLiteral("\u201D aún no está disponible en esta versión de ")
+                               + m_sesion.nombrePrograma() + u'.',
+                           QStringLiteral("Aviso del sistema"),
+                           mb::IconInformation);
+            return;
+        }
+        AbreVentana(tag, QString());
     } catch (const std::exception &e) {
         MensajeSistema(TextoExcepcion(e), QStringLiteral("Error"), mb::IconStop);
     }
@@ -443,7 +507,8 @@ bool TfMain::preRevision(int tag)
 {
     const QString aviso = QStringLiteral("Aviso del sistema");
     if (tag == 73) {
-        const QString valor = LeeRegistro(m_sesion, QStringLiteral("Concepto Salida Puntos")).trimmed();
+        const QString valor
+            = LeeRegistro(m_sesion, QStringLiteral("Concepto Salida Puntos")).trimmed();
         bool ok = false;
         const int concepto = valor.toInt(&ok);
         if (!ok || concepto <= 0) {
@@ -456,18 +521,21 @@ bool TfMain::preRevision(int tag)
         m_sesion.TransInicia();
         fb::Query &q = m_sesion.Query();
         if (ExisteTabla(m_sesion, QStringLiteral("FOLIOS_CONCEPTOS")))
-            q.setSql(QStringLiteral("SELECT consecutivo FROM FOLIOS_CONCEPTOS WHERE concepto_id = :cons"));
+            q.setSql(QStringLiteral(
+                "SELECT consecutivo FROM FOLIOS_CONCEPTOS WHERE concepto_id = :cons"));
         else
-            q.setSql(QStringLiteral("SELECT sig_folio FROM conceptos_in WHERE concepto_in_id = :cons"));
+            q.setSql(
+                QStringLiteral("SELECT sig_folio FROM conceptos_in WHERE concepto_in_id = :cons"));
         q.bind(QStringLiteral("cons"), concepto);
         q.open();
         const QString folio = (q.eof() || q.field(0).isNull()) ? QString() : q.field(0).toTrimmed();
         q.close();
         if (folio.trimmed().isEmpty()) {
-            MensajeSistema(QStringLiteral("Es necesario asignar una serie y consecutivo al concepto de "
-                                          "salida de inventarios en Microsip."),
-                           aviso,
-                           mb::IconInformation);
+            MensajeSistema(
+                QStringLiteral("Es necesario asignar una serie y consecutivo al concepto de "
+                               "salida de inventarios en Microsip."),
+                aviso,
+                mb::IconInformation);
             return false;
         }
     }
@@ -494,9 +562,10 @@ bool TfMain::preRevision(int tag)
     if (tag == 79) {
         if (LeeRegistro(m_sesion, QStringLiteral("Lista por clientes")).isEmpty()
             || LeeRegistro(m_sesion, QStringLiteral("Lista por empleados")).isEmpty()) {
-            MensajeSistema(QStringLiteral("No ha configurado el listado a utilizar, Revisar configuración."),
-                           aviso,
-                           mb::IconInformation);
+            MensajeSistema(
+                QStringLiteral("No ha configurado el listado a utilizar, Revisar configuración."),
+                aviso,
+                mb::IconInformation);
             return false;
         }
     }
@@ -527,7 +596,10 @@ void TfMain::AbreVentana(int tag, const QString &parametro)
         m->alAbrir(forma);
 }
 
-bool TfMain::AbreForma(QPointer<TMForm> &forma, const FilaModulo &clase, bool mostrar, const QString &titulo)
+bool TfMain::AbreForma(QPointer<TMForm> &forma,
+                       const FilaModulo &clase,
+                       bool mostrar,
+                       const QString &titulo)
 {
     FormasAbiertas &abiertas = FormasAbiertasLista();
     const QString clave = ClaveForma(clase.clase, titulo);
@@ -576,7 +648,9 @@ bool TfMain::AbreForma(QPointer<TMForm> &forma, const FilaModulo &clase, bool mo
         if (!m_parametro.isEmpty())
             f->DoIt(m_parametro);
         f->Acceso = m_sesion.Permisos[m_tag];
-        f->OnClose = [this](TMForm *forma, TMForm::AccionCierre &accion) { CierraVentana(forma, accion); };
+        f->OnClose = [this](TMForm *forma, TMForm::AccionCierre &accion) {
+            CierraVentana(forma, accion);
+        };
         if (!f->isVisible())
             f->show();
         if (embebida) {
@@ -621,12 +695,13 @@ void TfMain::llenaFiltro(TMForm *forma)
     vFiltro->addItems(forma->Filtros);
     vFiltro->setCurrentIndex(forma->FiltroIndice);
     QPointer<TMForm> destino(forma);
-    m_cambioFiltro = connect(vFiltro, &QComboBox::currentIndexChanged, this, [this, destino](int i) {
-        if (!destino)
-            return;
-        destino->FiltroIndice = i;
-        destino->DoFiltroChange(vFiltro);
-    });
+    m_cambioFiltro
+        = connect(vFiltro, &QComboBox::currentIndexChanged, this, [this, destino](int i) {
+              if (!destino)
+                  return;
+              destino->FiltroIndice = i;
+              destino->DoFiltroChange(vFiltro);
+          });
 }
 
 void TfMain::colocaFiltro()
@@ -703,12 +778,12 @@ bool TfMain::eventFilter(QObject *obj, QEvent *ev)
     const QEvent::Type t = ev->type();
     if ((t == QEvent::KeyPress || t == QEvent::KeyRelease) && fFormaActual && obj->isWidgetType()) {
         auto *w = static_cast<QWidget *>(obj);
-        const bool destino = w == QApplication::focusWidget()
-                             || (!QApplication::focusWidget() && w == this);
+        const bool destino
+            = w == QApplication::focusWidget() || (!QApplication::focusWidget() && w == this);
         if (destino && w->window() == this) {
             auto *k = static_cast<QKeyEvent *>(ev);
-            const bool usada = t == QEvent::KeyPress ? fFormaActual->FormKeyDown(k)
-                                                     : fFormaActual->FormKeyUp(k);
+            const bool usada
+                = t == QEvent::KeyPress ? fFormaActual->FormKeyDown(k) : fFormaActual->FormKeyUp(k);
             if (usada)
                 return true;
         }

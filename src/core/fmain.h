@@ -9,7 +9,6 @@
 #include <QMainWindow>
 #include <QPixmap>
 #include <QPointer>
-#include <QStyle>
 
 #include <functional>
 #include <memory>
@@ -69,7 +68,10 @@ public:
     void AbreVentana(int tag, const QString &parametro);
     // Opens (or brings back) the module form of class `clase` and title `titulo`;
     // true when a new one was created.
-    bool AbreForma(QPointer<TMForm> &forma, const FilaModulo &clase, bool mostrar, const QString &titulo);
+    bool AbreForma(QPointer<TMForm> &forma,
+                   const FilaModulo &clase,
+                   bool mostrar,
+                   const QString &titulo);
     void AgregaForma(TMForm *forma);
     void MuestraFiltro(TMForm *forma);
     void CierraVentana(TMForm *forma, TMForm::AccionCierre &accion);
@@ -82,7 +84,7 @@ public:
     // Controls.
     Ribbon *dxRibbon;
     RibbonTab *tabCatalogos;
-    RibbonTab *tabReportes; // captioned "Operación"
+    RibbonTab *tabReportes;  // captioned "Operación"
     RibbonTab *tabConsultas; // captioned "Reportes"
     RibbonTab *tabSistema;
     RibbonBoton *bActualizaDB;
@@ -128,7 +130,7 @@ private:
     void FormActivate();
     void creaRibbon();
     void creaEncabezado();
-    QAction *accion(const QString &nombre, const QString &texto, int tag, QStyle::StandardPixmap icono);
+    QAction *accion(const QString &nombre, const QString &texto, int tag, const QString &icono);
     bool preRevision(int tag);
     void bActualizaDBClick();
     void bCloseClick();
@@ -141,7 +143,8 @@ private:
     Sesion m_sesion;
     QHash<int, QPointer<TMForm>> m_formas;
     QMetaObject::Connection m_cambioFiltro;
-    std::unique_ptr<fb::EventListener> SIBfibEvent;
+    // The "VentaLAR" listener, registered from the login on (child of the window).
+    fb::EventListener *SIBfibEvent = nullptr;
     int m_tag = 0;
     QString m_parametro;
     bool m_mostrado = false;

@@ -4,19 +4,24 @@
 
 #include "ayudagui.h"
 
+#include "core/acceso.h"
 #include "core/carpetas.h"
 #include "core/conecta.h"
 #include "core/fmain.h"
 #include "core/ids.h"
+#include "core/presentacion.h"
 #include "db/dbscript.h"
 #include "support/guionmensajes.h"
+#include "support/testmain.h"
 #include "toolkit/ribbon.h"
 #include "toolkit/tag.h"
 
 #include <QAction>
+#include <QComboBox>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
+#include <QScreen>
 #include <QTest>
 
 #include <memory>
@@ -43,6 +48,26 @@ QString valorConfig(Sesion &s, const QString &sql)
     return v;
 }
 
+// Enter typed into whatever has the focus, as the user presses it.
+void enter(QWidget *ventana)
+{
+    QWidget *w = ventana->focusWidget();
+    QVERIFY2(w, qPrintable(ventana->objectName()));
+    QTest::keyClick(w, Qt::Key_Return);
+}
+
+// A dialog left open by a failed check inside its own modal loop would hang the
+// suite: it closes when the check's scope ends with the case failed.
+struct CierraSiFalla
+{
+    QDialog *dialogo;
+    ~CierraSiFalla()
+    {
+        if (QTest::currentTestFailed())
+            dialogo->reject();
+    }
+};
+
 } // namespace
 
 class TstInicio : public QObject
@@ -60,7 +85,9 @@ class TstInicio : public QObject
         bool terminada = false;
         Arranque()
         {
-            m.sesion().terminaAplicacion = [this] { terminada = true; };
+            m.sesion().terminaAplicacion = [this] {
+                terminada = true;
+            };
         }
     };
 
@@ -77,8 +104,9 @@ private slots:
 
         lartest::OpcionesPrueba dos;
         dos.empresas = {QStringLiteral("DEMO"), QStringLiteral("OTRA")};
-        dos.usuarios = {{QStringLiteral("LUIS"), QStringLiteral("luis"), u'L', {}},
-                        {QStringLiteral("ANA"), QStringLiteral("ana"), u'L', {QStringLiteral("OTRA")}}};
+        dos.usuarios
+            = {{QStringLiteral("LUIS"), QStringLiteral("luis"), u'L', {}},
+               {QStringLiteral("ANA"), QStringLiteral("ana"), u'L', {QStringLiteral("OTRA")}}};
         m_dos = std::make_unique<lartest::EntornoPrueba>(dos);
         lartest::preparaExtension(*m_dos, {}, QStringLiteral("DEMO"));
         lartest::preparaExtension(*m_dos, {{72, QStringLiteral("ANA"), 1}}, QStringLiteral("OTRA"));
@@ -93,18 +121,29 @@ private slots:
         Arranque a;
         TfMain &m = a.m;
         int reinicios = 0;
-        TfMain::RutinaReinicio() = [&](TfMain &) { ++reinicios; };
+        TfMain::RutinaReinicio() = [&](TfMain &) {
+            ++reinicios;
+        };
         m.tmrReinicio->setInterval(20);
         QCOMPARE(m.windowTitle(), QStringLiteral("Puntos Larvenos v") + VersionArchivo());
         QVERIFY(m.bDisenoSeguridad->isHidden());
         QVERIFY(m.dxRibbon->colapsado());
+        QPoint centroSplash;
+        alAparecer<TfPresentacion>(
+            [&](TfPresentacion *p) { centroSplash = p->frameGeometry().center(); });
+        m.move(0, 0);
         alAparecer<TfConecta>([](TfConecta *f) {
             QCOMPARE(f->vUsuario->text(), QStringLiteral("SYSDBA")); // last user of the profile
             entra(f, QStringLiteral("SYSDBA"));
         });
         m.show();
-        QTRY_COMPARE_WITH_TIMEOUT(m.windowTitle(), QStringLiteral("Empresa de demostración - SYSDBA"), 20000);
+        QTRY_COMPARE_WITH_TIMEOUT(
+            m.windowTitle(), QStringLiteral("Empresa de demostración - SYSDBA"), 20000);
         QVERIFY(guion.cajas().isEmpty());
+        // The splash in the middle of the screen, wherever the window was.
+        const QPoint centro = m.screen()->availableGeometry().center();
+        QVERIFY2((centroSplash - centro).manhattanLength() <= 2,
+                 qPrintable(QStringLiteral("%1,%2").arg(centroSplash.x()).arg(centroSplash.y())));
         QCOMPARE(m.dxRibbon->tabActiva(), m.tabReportes);
         QCOMPARE(m.sesion().UsuarioActual, QStringLiteral("SYSDBA"));
         QCOMPARE(m.sesion().Permisos[0], 1u);
@@ -116,12 +155,17 @@ private slots:
             QVERIFY2(b->isEnabled(), qPrintable(b->objectName()));
         QCOMPARE(m.fPanelFondo->texto, QStringLiteral("Empresa de demostración"));
         // The last company is remembered in Microsip's registry of the configuration.
-        const QString id = valorConfig(m.sesion(), QStringLiteral("select empresa_id from empresas where nombre_corto='DEMO'"));
-        QCOMPARE(valorConfig(m.sesion(),
-                             QStringLiteral("select valor from registry where nombre='Empresa' and padre_id="
-                                            "(select elemento_id from registry where nombre='Microsip' and padre_id="
-                                            "(select elemento_id from registry where nombre='SYSDBA' and padre_id=0))")),
-                 id);
+        const QString id = valorConfig(
+            m.sesion(),
+            QStringLiteral("select empresa_id from empresas where nombre_corto='DEMO'"));
+        QCOMPARE(
+            valorConfig(
+                m.sesion(),
+                QStringLiteral(
+                    "select valor from registry where nombre='Empresa' and padre_id="
+                    "(select elemento_id from registry where nombre='Microsip' and padre_id="
+                    "(select elemento_id from registry where nombre='SYSDBA' and padre_id=0))")),
+            id);
         QTRY_VERIFY(reinicios >= 1);
         TfMain::RutinaReinicio() = {};
         QVERIFY(!a.terminada);
@@ -135,7 +179,8 @@ private slots:
         TfMain &m = a.m;
         alAparecer<TfConecta>([](TfConecta *f) { entra(f, QStringLiteral(" pe pe ")); });
         m.show();
-        QTRY_COMPARE_WITH_TIMEOUT(m.windowTitle(), QStringLiteral("Empresa de demostración - PEPE"), 20000);
+        QTRY_COMPARE_WITH_TIMEOUT(
+            m.windowTitle(), QStringLiteral("Empresa de demostración - PEPE"), 20000);
         QVERIFY(guion.cajas().isEmpty());
         Sesion &s = m.sesion();
         QCOMPARE(s.UsuarioActual, QStringLiteral("PEPE"));
@@ -158,7 +203,8 @@ private slots:
         // The name as typed, without its blanks, is what the profile remembers.
         QDomDocument doc;
         CargaXml(doc, m_una->entorno().xmlUsuario());
-        QCOMPARE(TextoNodo(NodoBarraXml(doc, UsuarioWindows()), QStringLiteral("Usuario")), QStringLiteral("pepe"));
+        QCOMPARE(TextoNodo(NodoBarraXml(doc, UsuarioWindows()), QStringLiteral("Usuario")),
+                 QStringLiteral("pepe"));
     }
 
     void esquemaViejo_data()
@@ -187,24 +233,31 @@ private slots:
         const QString titulo = m.windowTitle();
         bool retenido = false;
         alAparecer<TfConecta>([&](TfConecta *f) {
-            entra(f, administrador ? QStringLiteral("SYSDBA") : QStringLiteral("PEPE"), QStringLiteral("pepe"));
+            entra(f,
+                  administrador ? QStringLiteral("SYSDBA") : QStringLiteral("PEPE"),
+                  QStringLiteral("pepe"));
             if (administrador)
                 return;
             // Held in the dialog, asked for the administrator.
-            retenido = f->isVisible() && f->vUsuario->text() == u"SYSDBA" && f->vPass->text().isEmpty();
+            retenido
+                = f->isVisible() && f->vUsuario->text() == u"SYSDBA" && f->vPass->text().isEmpty();
             f->bCancel->click();
         });
         m.show();
         if (administrador) {
-            QTRY_COMPARE_WITH_TIMEOUT(m.windowTitle(), QStringLiteral("Empresa de demostración - SYSDBA"), 20000);
-            QCOMPARE(guion.textos(), QStringList{QStringLiteral("Es necesario actualizar la base de datos para continuar")});
+            QTRY_COMPARE_WITH_TIMEOUT(
+                m.windowTitle(), QStringLiteral("Empresa de demostración - SYSDBA"), 20000);
+            QCOMPARE(guion.textos(),
+                     QStringList{QStringLiteral(
+                         "Es necesario actualizar la base de datos para continuar")});
             QCOMPARE(dialogos, 1);
             QVERIFY(!a.terminada);
         } else {
             QTRY_VERIFY_WITH_TIMEOUT(a.terminada, 20000);
             QVERIFY(retenido);
             QCOMPARE(guion.textos(),
-                     QStringList{QStringLiteral("Es necesario actualizar la base de datos, para hacerlo debe entrar con el usuario SYSDBA")});
+                     QStringList{QStringLiteral("Es necesario actualizar la base de datos, para "
+                                                "hacerlo debe entrar con el usuario SYSDBA")});
             QCOMPARE(guion.cajas()[0].titulo, QStringLiteral("Aviso del sistema"));
             QCOMPARE(dialogos, 0);
             QCOMPARE(m.windowTitle(), titulo);
@@ -222,13 +275,16 @@ private slots:
             QString preseleccion;
             alAparecer<TfConecta>([](TfConecta *f) { entra(f, QStringLiteral("SYSDBA")); });
             alAparecer<TfEmpresas>([&](TfEmpresas *e) {
-                preseleccion = e->vEmpresas->currentItem() ? e->vEmpresas->currentItem()->text() : QString();
+                preseleccion
+                    = e->vEmpresas->currentItem() ? e->vEmpresas->currentItem()->text() : QString();
                 QCOMPARE(e->vEmpresas->count(), 2);
-                e->vEmpresas->setCurrentItem(e->vEmpresas->findItems(QStringLiteral("OTRA"), Qt::MatchExactly).value(0));
+                e->vEmpresas->setCurrentItem(
+                    e->vEmpresas->findItems(QStringLiteral("OTRA"), Qt::MatchExactly).value(0));
                 e->bOk->click();
             });
             a.m.show();
-            QTRY_VERIFY_WITH_TIMEOUT(a.m.sesion().UsuarioActual == u"SYSDBA" && !a.m.fPrimeraActivacion
+            QTRY_VERIFY_WITH_TIMEOUT(a.m.sesion().UsuarioActual == u"SYSDBA"
+                                         && !a.m.fPrimeraActivacion
                                          && a.m.windowTitle().endsWith(QStringLiteral(" - SYSDBA")),
                                      20000);
             QVERIFY(a.m.sesion().fbDatabase().databaseName().endsWith(QStringLiteral("OTRA.fdb")));
@@ -236,6 +292,87 @@ private slots:
             QCOMPARE(preseleccion, vuelta == 0 ? QStringLiteral("DEMO") : QStringLiteral("OTRA"));
         }
         QVERIFY(guion.cajas().isEmpty());
+    }
+
+    // The whole login without a mouse: Enter moves from field to field and never
+    // accepts from one; on the focused "Aceptar" it presses it. The focused button
+    // is drawn otherwise than the unfocused one, and passwords show as '*'. The
+    // same on the company choice and on the authorisation dialog.
+    void soloConTeclado()
+    {
+        lartest::usaPerfiles(m_dos->entorno());
+        lartest::GuionMensajes guion;
+        Arranque a;
+        QStringList pasos;
+        alAparecer<TfConecta>([&](TfConecta *f) {
+            CierraSiFalla cierra{f};
+            QTRY_VERIFY(f->isActiveWindow());
+            f->vUsuario->clear();
+            f->vUsuario->setFocus();
+            QTest::keyClicks(f->vUsuario, QStringLiteral("sysdba"));
+            enter(f);
+            QCOMPARE(f->focusWidget(), f->vConexiones);
+            enter(f);
+            QCOMPARE(f->focusWidget(), f->vPass);
+            QTest::keyClicks(f->vPass, QStringLiteral("abc"));
+            QCOMPARE(f->vPass->displayText(), QStringLiteral("***"));
+            const QImage sinFoco = f->bOk->grab().toImage();
+            enter(f);
+            QCOMPARE(f->focusWidget(), f->bOk);
+            QVERIFY(f->isVisible()); // Enter in the password only moved on
+            QVERIFY(f->bOk->grab().toImage() != sinFoco);
+            pasos << QStringLiteral("conecta");
+            alAparecer<TfEmpresas>([&](TfEmpresas *e) {
+                CierraSiFalla cierra{e};
+                QTRY_VERIFY(e->isActiveWindow());
+                QCOMPARE(e->focusWidget(), e->vEmpresas);
+                QTest::keyClick(e->vEmpresas, Qt::Key_Down);
+                const QImage sinFoco = e->bOk->grab().toImage();
+                enter(e);
+                QCOMPARE(e->focusWidget(), e->bOk);
+                QVERIFY(e->isVisible());
+                QVERIFY(e->bOk->grab().toImage() != sinFoco);
+                pasos << e->vEmpresas->currentItem()->text();
+                QTest::keyClick(e->bOk, Qt::Key_Return);
+            });
+            QTest::keyClick(f->bOk, Qt::Key_Return);
+        });
+        a.m.show();
+        QTRY_COMPARE_WITH_TIMEOUT(
+            a.m.windowTitle(), QStringLiteral("Empresa de demostración - SYSDBA"), 20000);
+        QCOMPARE(pasos, QStringList({QStringLiteral("conecta"), QStringLiteral("OTRA")}));
+        QVERIFY(a.m.sesion().fbDatabase().databaseName().endsWith(QStringLiteral("OTRA.fdb")));
+
+        alAparecer<TfAcceso>([&](TfAcceso *f) {
+            CierraSiFalla cierra{f};
+            QTRY_VERIFY(f->isActiveWindow());
+            QCOMPARE(f->focusWidget(), f->vUser);
+            QTest::keyClicks(f->vUser, QStringLiteral("sysdba"));
+            QCOMPARE(f->vUser->text(), QStringLiteral("SYSDBA"));
+            enter(f);
+            QCOMPARE(f->focusWidget(), f->vPass);
+            QTest::keyClicks(f->vPass, QStringLiteral("clave"));
+            QCOMPARE(f->vPass->displayText(), QStringLiteral("*****"));
+            const QImage sinFoco = f->bOk->grab().toImage();
+            enter(f);
+            QCOMPARE(f->focusWidget(), f->bOk);
+            QVERIFY(f->isVisible());
+            QVERIFY(f->bOk->grab().toImage() != sinFoco);
+            QTest::keyClick(f->bOk, Qt::Key_Return);
+        });
+        QVERIFY(AutorizaUsuario(a.m.sesion(), 73, 1, false));
+        QCOMPARE(UsuarioAutoriza(), QStringLiteral("SYSDBA"));
+        QVERIFY(guion.cajas().isEmpty());
+
+        // "&Salir" is an entry of the window, enabled for everyone, and closes it.
+        auto *salir = a.m.findChild<RibbonBoton *>(QStringLiteral("bSalir"));
+        QVERIFY(salir);
+        QCOMPARE(salir->accion(), a.m.aSisSalir);
+        QCOMPARE(a.m.aSisSalir->text(), QStringLiteral("&Salir"));
+        QVERIFY(salir->isVisible() && salir->isEnabled());
+        QTest::keyClick(salir, Qt::Key_Space);
+        QTRY_VERIFY(!a.m.isVisible());
+        QVERIFY(!a.terminada);
     }
 
     void usuarioLimitado()
@@ -252,7 +389,8 @@ private slots:
                 e->reject();
             });
             a.m.show();
-            QTRY_COMPARE_WITH_TIMEOUT(a.m.windowTitle(), QStringLiteral("Empresa de demostración - ANA"), 20000);
+            QTRY_COMPARE_WITH_TIMEOUT(
+                a.m.windowTitle(), QStringLiteral("Empresa de demostración - ANA"), 20000);
             QVERIFY(a.m.sesion().fbDatabase().databaseName().endsWith(QStringLiteral("OTRA.fdb")));
             QCOMPARE(a.m.sesion().Permisos[72], 1u);
             QVERIFY(!vioEmpresas);
@@ -285,5 +423,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TstInicio)
+LAR_TEST_MAIN(TstInicio)
 #include "tst_core_inicio.moc"

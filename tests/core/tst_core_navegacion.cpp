@@ -9,6 +9,7 @@
 #include "core/fmain.h"
 #include "core/navegacion.h"
 #include "support/guionmensajes.h"
+#include "support/testmain.h"
 #include "toolkit/tag.h"
 
 #include <QAction>
@@ -55,7 +56,8 @@ class ModuloA : public ModuloPrueba
     Q_OBJECT
 public:
     ModuloA()
-        : ModuloPrueba(QStringLiteral("Compras por cliente"), {QStringLiteral("Todos"), QStringLiteral("Con compras")})
+        : ModuloPrueba(QStringLiteral("Compras por cliente"),
+                       {QStringLiteral("Todos"), QStringLiteral("Con compras")})
     {}
 };
 
@@ -65,7 +67,9 @@ class ModuloB : public ModuloPrueba
 public:
     ModuloB()
         : ModuloPrueba(QStringLiteral("Artículos más vendidos"),
-                       {QStringLiteral("Por importe"), QStringLiteral("Por unidades"), QStringLiteral("Por puntos")})
+                       {QStringLiteral("Por importe"),
+                        QStringLiteral("Por unidades"),
+                        QStringLiteral("Por puntos")})
     {}
 };
 
@@ -101,8 +105,10 @@ private slots:
                                   {{73, QStringLiteral("ROSA"), 2}, // one of the two bits
                                    {72, QStringLiteral("JUAN"), 4}});
 
-        RegistraModulo({76, QStringLiteral("ModuloA"), false, {}, [](TfMain &) { return new ModuloA; }, {}});
-        RegistraModulo({77, QStringLiteral("ModuloB"), false, {}, [](TfMain &) { return new ModuloB; }, {}});
+        RegistraModulo(
+            {76, QStringLiteral("ModuloA"), false, {}, [](TfMain &) { return new ModuloA; }, {}});
+        RegistraModulo(
+            {77, QStringLiteral("ModuloB"), false, {}, [](TfMain &) { return new ModuloB; }, {}});
         FilaModulo modal;
         modal.tag = 2;
         modal.clase = QStringLiteral("TfModSeguridad");
@@ -170,7 +176,8 @@ private slots:
         m().accCompCte->trigger();
         QCOMPARE(m().fFormaActual.data(), a);
         QCOMPARE(elementos(m().vFiltro), a->Filtros);
-        QCOMPARE(FormasAbiertasLista().nombres, (QStringList{QStringLiteral("ModuloA"), QStringLiteral("ModuloB")}));
+        QCOMPARE(FormasAbiertasLista().nombres,
+                 (QStringList{QStringLiteral("ModuloA"), QStringLiteral("ModuloB")}));
         m().accArtmas->trigger();
         QCOMPARE(m().fFormaActual.data(), b);
 
@@ -217,7 +224,8 @@ private slots:
         lartest::GuionMensajes guion;
         m().sesion().Permisos[77] = 0;
         m().accArtmas->trigger();
-        QCOMPARE(guion.textos(), QStringList{QStringLiteral("No tiene permisos para acceder a esta ventana")});
+        QCOMPARE(guion.textos(),
+                 QStringList{QStringLiteral("No tiene permisos para acceder a esta ventana")});
         QVERIFY(m().fFormaActual.isNull());
         m().sesion().Permisos[77] = 1;
         // A tag without a screen opens nothing and says nothing.
@@ -226,6 +234,19 @@ private slots:
         m().AbreVentana(0, {});
         QVERIFY(guion.cajas().isEmpty());
         QVERIFY(m().fFormaActual.isNull());
+        // Its ribbon entry, though, tells the user instead of doing nothing.
+        m().sesion().Permisos[74] = 1;
+        auto *historial = m().findChild<QToolButton *>(QStringLiteral("bConsultaHistorial"));
+        QVERIFY(historial);
+        historial->click();
+        QCOMPARE(guion.textos(),
+                 QStringList{QStringLiteral(
+                     "La pantalla \u201CHistorial puntos\u201D aún no está disponible en "
+                     "esta versión de Puntos Larvenos.")});
+        QCOMPARE(guion.cajas()[0].titulo, QStringLiteral("Aviso del sistema"));
+        QCOMPARE(guion.cajas()[0].icono(), int(mb::IconInformation));
+        QVERIFY(m().fFormaActual.isNull());
+        m().sesion().Permisos[74] = 0;
     }
 
     void filaModal()
@@ -243,23 +264,29 @@ private slots:
         Sesion &s = m().sesion();
         // Registered so that the dispatch reaches the checks; they stop it first.
         for (int tag : {73, 75, 79})
-            RegistraModulo({tag, QStringLiteral("Nada"), true, [](TfMain &) { return new QDialog; }, {}, {}});
+            RegistraModulo(
+                {tag, QStringLiteral("Nada"), true, [](TfMain &) { return new QDialog; }, {}, {}});
         GuardaRegistro(s, QStringLiteral("Concepto Salida Puntos"), QStringLiteral("abc"));
         m().AbreVentana(73, {});
         GuardaRegistro(s, QStringLiteral("Concepto Salida Puntos"), QStringLiteral("999999"));
         m().AbreVentana(73, {}); // a concept without series
         m().AbreVentana(75, {});
         QCOMPARE(guion.textos(),
-                 (QStringList{QStringLiteral("Indique un concepto de salida de inventarios en la configuración del sistema."),
-                              QStringLiteral("Es necesario asignar una serie y consecutivo al concepto de salida de inventarios en Microsip."),
-                              QStringLiteral("Es necesario realizar la configuración del sistema para poder asignar o quitar puntos")}));
+                 (QStringList{QStringLiteral("Indique un concepto de salida de inventarios en la "
+                                             "configuración del sistema."),
+                              QStringLiteral("Es necesario asignar una serie y consecutivo al "
+                                             "concepto de salida de inventarios en Microsip."),
+                              QStringLiteral("Es necesario realizar la configuración del sistema "
+                                             "para poder asignar o quitar puntos")}));
         QCOMPARE(guion.cajas()[2].titulo, QStringLiteral("Realizar configuración"));
         guion.limpia();
         GuardaRegistro(s, QStringLiteral("Folio Puntos"), QStringLiteral("1"));
         GuardaRegistro(s, QStringLiteral("Lista por clientes"), QStringLiteral("1"));
         GuardaRegistro(s, QStringLiteral("Lista por empleados"), QString());
         m().AbreVentana(79, {});
-        QCOMPARE(guion.textos(), QStringList{QStringLiteral("No ha configurado el listado a utilizar, Revisar configuración.")});
+        QCOMPARE(guion.textos(),
+                 QStringList{QStringLiteral(
+                     "No ha configurado el listado a utilizar, Revisar configuración.")});
         for (int tag : {73, 75, 79})
             QuitaModulo(tag);
     }
@@ -276,7 +303,9 @@ private slots:
             QVERIFY(!TienePermiso(s, 73, 1 | 2, QStringLiteral("hacer un nuevo canje de puntos.")));
             QCOMPARE(guion.cajas().size(), 1);
             const CajaMensaje &c = guion.cajas()[0];
-            QCOMPARE(c.texto, QStringLiteral("No tiene permisos para hacer un nuevo canje de puntos.\r¿Desea que otro usuario lo autorice?"));
+            QCOMPARE(c.texto,
+                     QStringLiteral("No tiene permisos para hacer un nuevo canje de "
+                                    "puntos.\r¿Desea que otro usuario lo autorice?"));
             QCOMPARE(c.titulo, QStringLiteral("Permisos"));
             QCOMPARE(c.botones(), int(mb::YesNo));
             QCOMPARE(c.predeterminado(), 2);
@@ -296,7 +325,8 @@ private slots:
         }
         {
             // JUAN's bit is in another module; ROSA has no row for module 10.
-            const QList<QPair<QString, int>> casos{{QStringLiteral("JUAN"), 73}, {QStringLiteral("ROSA"), 10}};
+            const QList<QPair<QString, int>> casos{{QStringLiteral("JUAN"), 73},
+                                                   {QStringLiteral("ROSA"), 10}};
             for (const auto &[quien, modulo] : casos) {
                 lartest::GuionMensajes guion;
                 alAparecer<TfAcceso>([quien](TfAcceso *f) {
@@ -304,7 +334,8 @@ private slots:
                     f->bOk->click();
                 });
                 QVERIFY(!AutorizaUsuario(s, modulo, 4 | 2 | 1, false));
-                QCOMPARE(guion.textos().value(0), QStringLiteral("El usuario seleccionado no tiene acceso"));
+                QCOMPARE(guion.textos().value(0),
+                         QStringLiteral("El usuario seleccionado no tiene acceso"));
             }
         }
         {
@@ -328,5 +359,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TstNavegacion)
+LAR_TEST_MAIN(TstNavegacion)
 #include "tst_core_navegacion.moc"

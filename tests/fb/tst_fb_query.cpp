@@ -8,9 +8,14 @@
 #include "fb/transaction.h"
 #include "fb/win1252.h"
 #include "support/testenv.h"
+#include "support/testmain.h"
 
 #include <QSignalSpy>
 #include <QTest>
+
+using namespace Qt::StringLiterals;
+#include <cmath>
+#include <limits>
 
 using fb::Decimal;
 
@@ -40,10 +45,7 @@ private slots:
                             " L CHAR(30) CHARACTER SET ISO8859_1, TB BLOB SUB_TYPE 1, BB BLOB)"));
     }
 
-    void init()
-    {
-        exec(QStringLiteral("DELETE FROM T"));
-    }
+    void init() { exec(QStringLiteral("DELETE FROM T")); }
 
     void parseParams_data()
     {
@@ -51,20 +53,24 @@ private slots:
         QTest::addColumn<QString>("expected");
         QTest::addColumn<QStringList>("names");
         QTest::newRow("named and repeated")
-            << "select * from t where a = :id or b = :Id and c = :other"
-            << "select * from t where a = ? or b = ? and c = ?" << QStringList{"ID", "ID", "OTHER"};
-        QTest::newRow("positional") << "insert into t values (?, ?)"
-                                    << "insert into t values (?, ?)" << QStringList{"", ""};
-        QTest::newRow("colon in literal") << "select 'a:b', ':x' from t where id = :id"
-                                          << "select 'a:b', ':x' from t where id = ?"
-                                          << QStringList{"ID"};
-        QTest::newRow("doubled quote") << "select 'it''s :no' from t where x=:y"
-                                       << "select 'it''s :no' from t where x=?" << QStringList{"Y"};
-        QTest::newRow("quoted identifier") << "select \"A:B\" from t where x=:y"
-                                           << "select \"A:B\" from t where x=?" << QStringList{"Y"};
-        QTest::newRow("comments") << "select 1 -- :a ?\nfrom t /* :b ? */ where x = :c"
-                                  << "select 1 -- :a ?\nfrom t /* :b ? */ where x = ?"
-                                  << QStringList{"C"};
+            << u"select * from t where a = :id or b = :Id and c = :other"_s
+            << u"select * from t where a = ? or b = ? and c = ?"_s
+            << QStringList{u"ID"_s, u"ID"_s, u"OTHER"_s};
+        QTest::newRow("positional")
+            << u"insert into t values (?, ?)"_s << u"insert into t values (?, ?)"_s
+            << QStringList{u""_s, u""_s};
+        QTest::newRow("colon in literal")
+            << u"select 'a:b', ':x' from t where id = :id"_s
+            << u"select 'a:b', ':x' from t where id = ?"_s << QStringList{u"ID"_s};
+        QTest::newRow("doubled quote")
+            << u"select 'it''s :no' from t where x=:y"_s << u"select 'it''s :no' from t where x=?"_s
+            << QStringList{u"Y"_s};
+        QTest::newRow("quoted identifier")
+            << u"select \"A:B\" from t where x=:y"_s << u"select \"A:B\" from t where x=?"_s
+            << QStringList{u"Y"_s};
+        QTest::newRow("comments") << u"select 1 -- :a ?\nfrom t /* :b ? */ where x = :c"_s
+                                  << u"select 1 -- :a ?\nfrom t /* :b ? */ where x = ?"_s
+                                  << QStringList{u"C"_s};
     }
 
     void parseParams()
@@ -86,7 +92,8 @@ private slots:
         ins.bind(2, QStringLiteral("X"));
         QCOMPARE(ins.execute(), 1);
         fb::Query q(&m_db, &m_tr);
-        q.setSql(QStringLiteral("select v, ':lit' as lit from t where id = :id and (v = :v or :v is null)"));
+        q.setSql(QStringLiteral(
+            "select v, ':lit' as lit from t where id = :id and (v = :v or :v is null)"));
         q.bind(QStringLiteral("id"), 1);
         q.bind(QStringLiteral(":v"), QStringLiteral("a:b"));
         q.open();
@@ -110,12 +117,14 @@ private slots:
         const QString longText = QString(40000, u'é') + QStringLiteral("fin");
 
         fb::Query ins(&m_db, &m_tr);
-        ins.setSql(QStringLiteral("insert into t (id, n52, n185, bi, si, d, f, h, ts, b, c, v, l, tb, bb)"
-                                  " values (:id, :n52, :n185, :bi, :si, :d, :f, :h, :ts, :b, :c, :v,"
-                                  " :l, :tb, :bb)"));
+        ins.setSql(
+            QStringLiteral("insert into t (id, n52, n185, bi, si, d, f, h, ts, b, c, v, l, tb, bb)"
+                           " values (:id, :n52, :n185, :bi, :si, :d, :f, :h, :ts, :b, :c, :v,"
+                           " :l, :tb, :bb)"));
         ins.bind(QStringLiteral("id"), 1);
         ins.bind(QStringLiteral("n52"), QVariant::fromValue(Decimal(125080, 2)));
-        ins.bind(QStringLiteral("n185"), QVariant::fromValue(*Decimal::fromString(u"1234567890123.12345")));
+        ins.bind(QStringLiteral("n185"),
+                 QVariant::fromValue(*Decimal::fromString(u"1234567890123.12345")));
         ins.bind(QStringLiteral("bi"), Q_INT64_C(9000000000000000001));
         ins.bind(QStringLiteral("si"), -7);
         ins.bind(QStringLiteral("d"), 0.1);
@@ -175,7 +184,8 @@ private slots:
         m_tr.commit();
 
         // The stored bytes are Windows-1252, as Microsip writes them.
-        q.setSql(QStringLiteral("select cast(v as varchar(200) character set octets) from t where id = 1"));
+        q.setSql(QStringLiteral(
+            "select cast(v as varchar(200) character set octets) from t where id = 1"));
         q.open();
         QCOMPARE(q.field(0).toBytes().left(9), QByteArray("Cat\xe1logos"));
         m_tr.commit();
@@ -195,13 +205,20 @@ private slots:
     {
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("canonical");
-        QTest::newRow("plain") << "1250.80" << "1250.80";
-        QTest::newRow("negative fraction") << "-0.5" << "-0.5";
-        QTest::newRow("integer") << "12" << "12";
-        QTest::newRow("leading point") << ".25" << "0.25";
-        QTest::newRow("junk") << "1,250.80" << "";
-        QTest::newRow("two points") << "1.2.3" << "";
-        QTest::newRow("empty") << "" << "";
+        QTest::newRow("plain") << "1250.80"
+                               << "1250.80";
+        QTest::newRow("negative fraction") << "-0.5"
+                                           << "-0.5";
+        QTest::newRow("integer") << "12"
+                                 << "12";
+        QTest::newRow("leading point") << ".25"
+                                       << "0.25";
+        QTest::newRow("junk") << "1,250.80"
+                              << "";
+        QTest::newRow("two points") << "1.2.3"
+                                    << "";
+        QTest::newRow("empty") << ""
+                               << "";
     }
 
     void decimalText()
@@ -219,6 +236,91 @@ private slots:
         QCOMPARE(Decimal(124, 2).rescaled(0), Decimal(1, 0));
         QCOMPARE(Decimal::fromDouble(1250.8, 2), Decimal(125080, 2));
         QVERIFY(Decimal(1, 0) > Decimal(99999, 5));
+    }
+
+    // Every scaling is checked at both ends of the 64-bit range; an overflow is an
+    // error that names the number, never a wrapped value.
+    void decimalOverflow()
+    {
+        QCOMPARE(Decimal(922337203685477, 0).rescaled(4), Decimal(9223372036854770000, 4));
+        QCOMPARE(Decimal(-922337203685477, 0).rescaled(4), Decimal(-9223372036854770000, 4));
+        for (const qint64 v : {922337203685478LL, -922337203685478LL}) {
+            QVERIFY(!Decimal(v, 0).tryRescaled(4));
+            try {
+                Decimal(v, 0).rescaled(4);
+                QFAIL("sin error");
+            } catch (const fb::Error &e) {
+                QCOMPARE(e.message(),
+                         QStringLiteral("El número %1 es demasiado grande: no cabe con 4 "
+                                        "decimales")
+                             .arg(v));
+            }
+        }
+        // What microsip-sim met: units and a price at the scales of their columns.
+        QVERIFY_THROWS_EXCEPTION(fb::Error, Decimal(184467440737096, 0).rescaled(5));
+        QVERIFY_THROWS_EXCEPTION(fb::Error, Decimal(9999999999999999, 0).rescaled(6));
+        QVERIFY_THROWS_EXCEPTION(fb::Error, Decimal(1, 0).rescaled(19));
+
+        QCOMPARE(Decimal::fromDouble(-9.2e12, 6), Decimal(-9200000000000000000, 6));
+        QVERIFY_THROWS_EXCEPTION(fb::Error, Decimal::fromDouble(9.3e12, 6));
+        QVERIFY_THROWS_EXCEPTION(fb::Error, Decimal::fromDouble(std::nan(""), 2));
+
+        const Decimal max(std::numeric_limits<qint64>::max(), 0);
+        QCOMPARE(max - Decimal(1, 0) + Decimal(1, 0), max);
+        QCOMPARE(Decimal(15, 1) + Decimal(-25, 2), Decimal(125, 2));
+        QVERIFY_THROWS_EXCEPTION(fb::Error, max + Decimal(1, 0));
+        QVERIFY_THROWS_EXCEPTION(fb::Error, Decimal(-2, 0) - max - Decimal(1, 0));
+        QVERIFY_THROWS_EXCEPTION(fb::Error, Decimal(1, 0) + Decimal(max.unscaled(), 1));
+
+        // Comparing never overflows, and stays exact where a double would not.
+        QVERIFY(Decimal(10, 0) > Decimal(std::numeric_limits<qint64>::max(), 18));
+        QVERIFY(Decimal(-10, 0) < Decimal(-std::numeric_limits<qint64>::max(), 18));
+        QVERIFY(Decimal(9223372036854775807, 2) > Decimal(92233720368547758, 0));
+        QVERIFY(Decimal(-9223372036854775807, 2) < Decimal(-92233720368547758, 0));
+        QCOMPARE(Decimal(92233720368547758, 0), Decimal(9223372036854775800, 2));
+
+        // A double column beyond what a Decimal holds is refused when read as one.
+        fb::Query q(&m_db, &m_tr);
+        q.setSql(QStringLiteral("select cast(1e300 as double precision) from rdb$database"));
+        q.open();
+        QVERIFY_THROWS_EXCEPTION(fb::Error, q.field(0).toDecimal());
+        q.close();
+    }
+
+    // Typed options: the default is write, nowait, rec_version, read_committed; a
+    // read-only transaction refuses writes, a snapshot keeps its view, and a
+    // contradiction is refused before reaching the engine.
+    void transactionOptions()
+    {
+        using O = fb::TransactionOption;
+        QCOMPARE(fb::Transaction::defaultOptions(),
+                 O::Write | O::NoWait | O::RecVersion | O::ReadCommitted);
+        QCOMPARE(m_tr.options(), fb::Transaction::defaultOptions());
+        exec(QStringLiteral("insert into t (id, v) values (1, 'uno')"));
+
+        fb::Transaction lectura(&m_db);
+        lectura.setOptions(O::Read | O::Concurrency);
+        fb::Query q(&m_db, &lectura);
+        q.setSql(QStringLiteral("select count(*) from t"));
+        q.open();
+        QCOMPARE(q.field(0).toInt(), 1);
+        q.close();
+        exec(QStringLiteral("insert into t (id, v) values (2, 'dos')"));
+        q.open();
+        QCOMPARE(q.field(0).toInt(), 1); // its snapshot
+        q.close();
+        fb::Query escribe(&m_db, &lectura);
+        escribe.setSql(QStringLiteral("delete from t"));
+        QVERIFY_THROWS_EXCEPTION(fb::Error, escribe.execute());
+        lectura.rollback();
+
+        for (const fb::TransactionOptions malas :
+             {O::Write | O::Read, O::Wait | O::NoWait, O::ReadCommitted | O::Concurrency}) {
+            fb::Transaction t(&m_db);
+            t.setOptions(malas);
+            QVERIFY_THROWS_EXCEPTION(fb::Error, t.start());
+            QVERIFY(!t.isActive());
+        }
     }
 
     void twoTransactions()
@@ -244,7 +346,8 @@ private slots:
             QFAIL("expected a lock conflict");
         } catch (const fb::Error &e) {
             QCOMPARE(e.iscCode(), fb::isc::DeadLock);
-            QVERIFY(e.message().contains(QStringLiteral("update conflicts with concurrent update")));
+            QVERIFY(
+                e.message().contains(QStringLiteral("update conflicts with concurrent update")));
         }
         m_tr.commit();
         // Read committed: the same transaction now sees the other's commit.
@@ -333,19 +436,19 @@ private slots:
 
     void scriptRunSkipsFailures()
     {
-        const QString script = QStringLiteral(
-            "CREATE TABLE S2 (A INTEGER NOT NULL PRIMARY KEY, B VARCHAR(20));\n"
-            "CREATE TABLE S2 (A INTEGER);\n" // exists: fails
-            "COMMIT WORK;\n"
-            "INSERT INTO S2 VALUES (1, 'Operación');\n"
-            "INSERT INTO S2 VALUES (1, 'repetido');\n" // duplicate: fails
-            "THIS IS NOT SQL;\n"
-            "SET TERM !! ;\n"
-            "CREATE OR ALTER TRIGGER S2_BI FOR S2 BEFORE INSERT AS\n"
-            "BEGIN IF (NEW.B IS NULL) THEN NEW.B = 'vacío'; END!!\n"
-            "SET TERM ; !!\n"
-            "COMMIT WORK;\n" // a new trigger works from the next transaction on
-            "INSERT INTO S2 (A) VALUES (2);\n");
+        const QString script
+            = QStringLiteral("CREATE TABLE S2 (A INTEGER NOT NULL PRIMARY KEY, B VARCHAR(20));\n"
+                             "CREATE TABLE S2 (A INTEGER);\n" // exists: fails
+                             "COMMIT WORK;\n"
+                             "INSERT INTO S2 VALUES (1, 'Operación');\n"
+                             "INSERT INTO S2 VALUES (1, 'repetido');\n" // duplicate: fails
+                             "THIS IS NOT SQL;\n"
+                             "SET TERM !! ;\n"
+                             "CREATE OR ALTER TRIGGER S2_BI FOR S2 BEFORE INSERT AS\n"
+                             "BEGIN IF (NEW.B IS NULL) THEN NEW.B = 'vacío'; END!!\n"
+                             "SET TERM ; !!\n"
+                             "COMMIT WORK;\n" // a new trigger works from the next transaction on
+                             "INSERT INTO S2 (A) VALUES (2);\n");
         QStringList failures;
         fb::ScriptRunner runner(m_db, m_tr);
         runner.setErrorHandler([&](const fb::ScriptStatement &st, const fb::Error &) {
@@ -354,7 +457,7 @@ private slots:
         });
         runner.run(script);
         m_tr.commit();
-        QCOMPARE(failures, (QStringList{"2", "5", "6"}));
+        QCOMPARE(failures, (QStringList{u"2"_s, u"5"_s, u"6"_s}));
         fb::Query q(&m_db, &m_tr);
         q.setSql(QStringLiteral("select list(b, '|') from (select b from s2 order by a)"));
         q.open();
@@ -430,11 +533,8 @@ private slots:
         db.dropDatabase();
     }
 
-    void cleanupTestCase()
-    {
-        m_db.dropDatabase();
-    }
+    void cleanupTestCase() { m_db.dropDatabase(); }
 };
 
-QTEST_MAIN(TestFbQuery)
+LAR_TEST_MAIN(TestFbQuery)
 #include "tst_fb_query.moc"

@@ -1,12 +1,15 @@
 // The period selector: which inputs each choice wakes, and the silent date fixes.
 
 #include "shared/periodo.h"
+#include "support/testmain.h"
 
+#include "support/accesibilidad.h"
 #include <QDateEdit>
 #include <QFocusEvent>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSpinBox>
+
 #include <QTest>
 #include <QTimer>
 
@@ -30,6 +33,7 @@ private slots:
         QCOMPARE(f.g3->text(), QStringLiteral("Período:"));
         QCOMPARE(f.Button2->text(), QStringLiteral("Ca&ncelar"));
         QVERIFY(f.findChild<QDateEdit *>(QStringLiteral("vInicial")));
+        LAR_VERIFICA_ACCESIBLE(&f);
     }
 
     void inputsFollowTheChoice_data()
@@ -122,5 +126,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestPeriodo)
+LAR_TEST_MAIN(TestPeriodo)
 #include "tst_periodo.moc"
