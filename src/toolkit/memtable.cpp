@@ -133,8 +133,16 @@ int compareVariant(FieldType t, const QVariant &a, const QVariant &b, bool caseI
         return x < y ? -1 : (x > y ? 1 : 0);
     }
     case FieldType::String: {
-        const int c = QString::compare(
-            a.toString(), b.toString(), caseInsensitive ? Qt::CaseInsensitive : Qt::CaseSensitive);
+        // Sorting a big table compares millions of times: read the texts in place
+        // rather than through the variant's conversion.
+        const Qt::CaseSensitivity cs = caseInsensitive ? Qt::CaseInsensitive : Qt::CaseSensitive;
+        int c = 0;
+        if (a.typeId() == QMetaType::QString && b.typeId() == QMetaType::QString)
+            c = QString::compare(*static_cast<const QString *>(a.constData()),
+                                 *static_cast<const QString *>(b.constData()),
+                                 cs);
+        else
+            c = QString::compare(a.toString(), b.toString(), cs);
         return c < 0 ? -1 : (c > 0 ? 1 : 0);
     }
     case FieldType::Boolean: {
@@ -334,6 +342,11 @@ QVariant MemTable::convert(const FieldDef &def, const QVariant &v)
     case FieldType::Currency:
         return QVariant::fromValue(toDecimal(def, v, currencyScale(def)));
     case FieldType::String: {
+        if (text) {
+            // The common case of a load: the text as it came, unless it must be cut.
+            const QString &t = *static_cast<const QString *>(v.constData());
+            return def.size > 0 && t.size() > def.size ? QVariant(t.left(def.size)) : v;
+        }
         QString s;
         if (isDecimal(v))
             s = v.value<fb::Decimal>().toString();
@@ -728,7 +741,9 @@ void MemTable::rebuild() const
         for (size_t i = 0; i < m_all.size(); ++i)
             m_order[i] = m_all[i].get();
         // m_all is in the order of entry, so a stable sort keeps ties that way.
-        if (!m_key.fields.empty())
+        if (m_key.fields.size() == 1 && m_defs[size_t(m_key.fields[0])].type == FieldType::String)
+            sortByText();
+        else if (!m_key.fields.empty())
             std::stable_sort(m_order.begin(), m_order.end(), [this](const Rec *a, const Rec *b) {
                 return compareKey(a, b) < 0;
             });
@@ -753,6 +768,56 @@ void MemTable::rebuild() const
         m_bof = true;
         m_eof = m_view.empty();
     }
+}
+
+void MemTable::sortByText() const
+{
+    // One text field, compared without case: fold every text once, into one buffer,
+    // instead of at each of the n log n comparisons (a catalogue of 100,000 rows
+    // sorts at once). Nulls go first, as compareVariant puts them.
+    struct Clave
+    {
+        qsizetype desde;
+        qsizetype largo; // -1: null
+        Rec *rec;
+    };
+    const size_t f = size_t(m_key.fields[0]);
+    std::vector<Clave> claves;
+    claves.reserve(m_order.size());
+    std::u16string textos;
+    for (Rec *r : m_order) {
+        const QVariant &v = r->v[f];
+        if (v.isNull()) {
+            claves.push_back({0, -1, r});
+            continue;
+        }
+        QString copia;
+        const QString *t = nullptr;
+        if (v.typeId() == QMetaType::QString) {
+            t = static_cast<const QString *>(v.constData());
+        } else {
+            copia = v.toString();
+            t = &copia;
+        }
+        const qsizetype desde = qsizetype(textos.size());
+        for (const QChar c : *t)
+            textos.push_back(c.toCaseFolded().unicode());
+        claves.push_back({desde, qsizetype(textos.size()) - desde, r});
+    }
+    const bool desc = m_key.descending;
+    const char16_t *base = textos.data();
+    std::stable_sort(claves.begin(), claves.end(), [desc, base](const Clave &a, const Clave &b) {
+        const Clave &x = desc ? b : a;
+        const Clave &y = desc ? a : b;
+        if ((x.largo < 0) != (y.largo < 0))
+            return x.largo < 0;
+        if (x.largo < 0)
+            return false;
+        return QStringView(base + x.desde, x.largo).compare(QStringView(base + y.desde, y.largo))
+               < 0;
+    });
+    for (size_t i = 0; i < claves.size(); ++i)
+        m_order[i] = claves[i].rec;
 }
 
 void MemTable::ensure() const

@@ -105,6 +105,24 @@ private slots:
                                  t.setIndexFieldNames(QStringLiteral("noexiste")));
     }
 
+    // A text key: nulls first, case and accents folded, ties in the order of entry,
+    // and the reverse order on a descending index.
+    void textOrder()
+    {
+        MemTable t;
+        fill(t,
+             {{1, QStringLiteral("Ñu"), QStringLiteral("A"), 1},
+              {2, QVariant(), QStringLiteral("A"), 1},
+              {3, QStringLiteral("ñu"), QStringLiteral("A"), 1},
+              {4, QStringLiteral("ABETO"), QStringLiteral("A"), 1},
+              {5, QStringLiteral("abedul"), QStringLiteral("A"), 1}});
+        t.setIndexFieldNames(QStringLiteral("nombre"));
+        QCOMPARE(ids(t), (QList<int>{2, 5, 4, 1, 3}));
+        t.addIndex(QStringLiteral("iDesc"), QStringLiteral("nombre"), true);
+        t.setIndexName(QStringLiteral("iDesc"));
+        QCOMPARE(ids(t), (QList<int>{1, 3, 4, 5, 2}));
+    }
+
     void filterAndLocate()
     {
         MemTable t;
