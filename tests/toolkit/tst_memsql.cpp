@@ -96,6 +96,10 @@ private slots:
             << "select count(*) from tabla where importe >= -1 and importe < 5.06" << QVariant(2LL);
         QTest::newRow("column against column")
             << "select count(*) from tabla where unidades >= articulo_id" << QVariant(0LL);
+        QTest::newRow("comments of both kinds")
+            << "select count(*) /* of ; all */ from tabla -- where clave = 'x'\n"
+               "where clave = 'O''Brien' or clave = '--'"
+            << QVariant(1LL);
         QTest::newRow("text case counts")
             << "select count(*) from tabla where clave = 'a10'" << QVariant(0LL);
     }
