@@ -152,6 +152,24 @@ private slots:
         QVERIFY(!q.next());
         QVERIFY_THROWS_EXCEPTION(fb::Error, q.bind(QStringLiteral("nope"), 1));
         QVERIFY_THROWS_EXCEPTION(fb::Error, q.field(QStringLiteral("nope")));
+
+        // Every occurrence of a repeated name takes the value: leaving any one of them
+        // NULL finds nothing.
+        ins.bind(QStringLiteral("id"), 2);
+        ins.bind(QStringLiteral("v"), QStringLiteral("Q"));
+        ins.bind(2, QStringLiteral("Q"));
+        ins.execute();
+        ins.bind(QStringLiteral("id"), 3);
+        ins.bind(2, QStringLiteral("R"));
+        ins.execute();
+        fb::Query rep(&m_db, &m_tr);
+        rep.setSql(QStringLiteral("select list(id) from t where v = :w and c = :w and id >= :n"
+                                  " and id <= :n and :w = 'Q'"));
+        rep.bind(QStringLiteral("n"), 2);
+        rep.bind(QStringLiteral("w"), QStringLiteral("Q"));
+        rep.open();
+        QCOMPARE(rep.field(0).toString(), QStringLiteral("2"));
+        rep.close();
         m_tr.commit();
     }
 
