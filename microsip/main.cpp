@@ -8,6 +8,8 @@
 #include "microsip/sim/simulacion.h"
 
 #include "db/actualizadb.h"
+#include "reports/formas.h"
+#include "toolkit/reporte/plantilla.h"
 
 #include "fb/database.h"
 #include "fb/error.h"
@@ -15,7 +17,12 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QDate>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QMultiHash>
 #include <QRegularExpression>
+#include <QSaveFile>
 #include <QTextStream>
 
 #include <cstdio>
@@ -58,6 +65,7 @@ const char *const kAyuda = R"(Uso: microsip-sim ORDEN CARPETA [opciones]
       --conexion NOMBRE     nombre de la conexión (Demo)
 
   seed CARPETA            llena una empresa recién creada con datos de demostración
+                          y guarda las formas de impresión de muestra
       --semilla N           los mismos datos para la misma semilla (1)
       --clientes N          (250, hasta 200000)
       --articulos N         (600, hasta 100000)
@@ -70,6 +78,12 @@ const char *const kAyuda = R"(Uso: microsip-sim ORDEN CARPETA [opciones]
                             (lo que hace el programa cuando entra el administrador)
   simulate CARPETA        ventas de unos días, cada una creada y aplicada como en Microsip
       --ventas N (50) --dias N (7) --hasta AAAA-MM-DD --semilla N
+
+  forms CARPETA           formas de impresión en LarvenosPV/Puntos/Formas de Config.fdb
+      --exporta DESTINO     escribe cada forma guardada como DESTINO/<nombre>.xml
+      --carga ARCHIVO.xml   guarda el archivo como la forma <nombre del archivo>
+                            (repetible); se revisa antes de guardarlo
+                            sin opciones: las formas de muestra del programa
 
 Documentos (--sistema PV, el punto de venta, o VE, ventas; PV si no se indica):
   create CARPETA          crea un documento sin aplicar; escribe su id
@@ -244,6 +258,10 @@ int ordenSeed(const QStringList &args)
     fb::Database db;
     d.entorno.conecta(db, d.entorno.rutaEmpresa(d.empresa));
     microsip::siembra(db, op);
+    // The program's sample print forms, in the configuration database's report store.
+    fb::Database config;
+    d.entorno.conecta(config, d.entorno.rutaConfig());
+    lar::InstalaFormasMuestra(config);
     salida() << QStringLiteral("Empresa %1 sembrada.\n").arg(d.empresa);
     return 0;
 }
@@ -545,6 +563,50 @@ int ordenInit(const QStringList &args)
     return 0;
 }
 
+int ordenForms(const QStringList &args)
+{
+    const Argumentos a(
+        args, {QStringLiteral("password"), QStringLiteral("exporta"), QStringLiteral("carga")}, {});
+    const Entorno e = Entorno::abre(carpetaDe(a), passwordDe(a));
+    fb::Database config;
+    e.conecta(config, e.rutaConfig());
+    if (!a.tiene(QStringLiteral("exporta")) && !a.tiene(QStringLiteral("carga"))) {
+        const int carpeta = lar::InstalaFormasMuestra(config);
+        salida() << QStringLiteral("Formas de muestra guardadas en la carpeta %1.\n").arg(carpeta);
+        return 0;
+    }
+    const int raiz = lar::AseguraFolder(config, QStringLiteral("LarvenosPV"), 0);
+    const int carpeta
+        = lar::AseguraFolder(config,
+                             QStringLiteral("Formas"),
+                             lar::AseguraFolder(config, QStringLiteral("Puntos"), raiz));
+    for (const QString &ruta : a.valores(QStringLiteral("carga"))) {
+        QFile f(ruta);
+        if (!f.open(QIODevice::ReadOnly))
+            throw ErrorUso{QStringLiteral("No se puede leer %1: %2").arg(ruta, f.errorString())};
+        const QByteArray texto = f.readAll();
+        lar::reporte::Plantilla p;
+        QString error;
+        if (!lar::reporte::leePlantilla(texto, p, &error))
+            throw ErrorUso{QStringLiteral("%1: %2").arg(ruta, error)};
+        const QString nombre = QFileInfo(ruta).completeBaseName();
+        lar::GuardaForma(config, carpeta, nombre, texto);
+        salida() << QStringLiteral("Forma \"%1\" guardada.\n").arg(nombre);
+    }
+    if (a.tiene(QStringLiteral("exporta"))) {
+        const QDir destino(a.valor(QStringLiteral("exporta")));
+        QDir().mkpath(destino.path());
+        for (const auto &[nombre, texto] : lar::LeeFormas(config, carpeta)) {
+            QSaveFile f(destino.filePath(nombre + QStringLiteral(".xml")));
+            if (!f.open(QIODevice::WriteOnly) || f.write(texto) != texto.size() || !f.commit())
+                throw ErrorUso{QStringLiteral("No se puede escribir %1: %2")
+                                   .arg(f.fileName(), f.errorString())};
+            salida() << f.fileName() << u'\n';
+        }
+    }
+    return 0;
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -579,6 +641,8 @@ int main(int argc, char *argv[])
             return ordenSimulate(args);
         if (orden == u"points")
             return ordenPoints(args);
+        if (orden == u"forms")
+            return ordenForms(args);
         if (orden == u"article-points")
             return ordenArticlePoints(args);
         throw ErrorUso{QStringLiteral("Orden desconocida: %1").arg(orden)};

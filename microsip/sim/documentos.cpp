@@ -1,5 +1,7 @@
 #include "documentos.h"
 
+#include <limits>
+
 #include "inventario_p.h"
 #include "sql_p.h"
 
@@ -41,10 +43,17 @@ __extension__ typedef __int128 Entero128;
     throw fb::Error(mensaje);
 }
 
-// n / d rounded half away from zero; d > 0.
+// n / d rounded half away from zero; d > 0. A quotient beyond 64 bits is an
+// amount no column can hold: refused instead of cut.
 qint64 divide(Entero128 n, Entero128 d)
 {
-    const Entero128 q = (n < 0 ? -(-2 * n + d) : (2 * n + d)) / (2 * d);
+    Entero128 q = n / d;
+    const Entero128 r = n % d;
+    if ((r < 0 ? -r : r) >= d - (r < 0 ? -r : r))
+        q += n < 0 ? -1 : 1;
+    if (q > std::numeric_limits<qint64>::max() || q < std::numeric_limits<qint64>::min())
+        falla(QStringLiteral("Un importe calculado del documento es demasiado grande para "
+                             "guardarse."));
     return qint64(q);
 }
 

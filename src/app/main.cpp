@@ -1,3 +1,4 @@
+#include "app/modulos.h"
 #include "core/fmain.h"
 #include "db/dbscript.h"
 
@@ -11,6 +12,7 @@ int main(int argc, char *argv[])
     lar::TfMain::FabricaActualizaDB() = [](lar::TfMain &m) -> QDialog * {
         return new lar::TfDBScript(m.sesion(), &m);
     };
+    lar::RegistraModulos();
     lar::TfMain principal;
     principal.show();
     return QApplication::exec();

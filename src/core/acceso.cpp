@@ -5,6 +5,7 @@
 
 #include "fb/error.h"
 #include "toolkit/mensajes.h"
+#include "toolkit/teclado.h"
 
 #include <QCloseEvent>
 #include <QFormLayout>
@@ -96,7 +97,7 @@ TfAcceso::TfAcceso(Sesion &sesion, QWidget *parent)
     vUser->setValidator(new Mayusculas(vUser));
     vPass = new QLineEdit(this);
     vPass->setObjectName(QStringLiteral("vPass"));
-    vPass->setEchoMode(QLineEdit::Password);
+    CampoContrasena(vPass);
     bOk = new QPushButton(QStringLiteral("&Aceptar"), this);
     bOk->setObjectName(QStringLiteral("bOk"));
     bCancel = new QPushButton(QStringLiteral("&Cancelar"), this);
@@ -118,6 +119,8 @@ TfAcceso::TfAcceso(Sesion &sesion, QWidget *parent)
 
     bOk->setAutoDefault(false);
     bCancel->setAutoDefault(false);
+    EnterPulsa(bOk);
+    EnterPulsa(bCancel);
     vUser->installEventFilter(this);
     vPass->installEventFilter(this);
     connect(bOk, &QPushButton::clicked, this, &TfAcceso::bOkClick);
@@ -158,9 +161,9 @@ bool TfAcceso::eventFilter(QObject *obj, QEvent *ev)
         const int k = static_cast<QKeyEvent *>(ev)->key();
         if (k == Qt::Key_Return || k == Qt::Key_Enter) {
             if (obj == vUser)
-                vPass->setFocus();
+                EnfocaConTeclado(vPass);
             else if (obj == vPass)
-                bOk->setFocus();
+                EnfocaConTeclado(bOk);
             return true;
         }
     }

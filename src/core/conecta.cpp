@@ -8,6 +8,7 @@
 
 #include "fb/database.h"
 #include "toolkit/mensajes.h"
+#include "toolkit/teclado.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -70,12 +71,17 @@ TfEmpresas::TfEmpresas(QWidget *parent)
     vEmpresas->setObjectName(QStringLiteral("vEmpresas"));
     vEmpresas->setSortingEnabled(true);
     etiqueta->setBuddy(vEmpresas);
+    // A list takes no name from its label for assistive technology.
+    vEmpresas->setAccessibleName(
+        QStringLiteral("Seleccione la empresa con la que desea trabajar:"));
     bOk = new QPushButton(QStringLiteral("&Aceptar"), this);
     bOk->setObjectName(QStringLiteral("bOk"));
     Button2 = new QPushButton(QStringLiteral("&Cancelar"), this);
     Button2->setObjectName(QStringLiteral("Button2"));
     bOk->setAutoDefault(false);
     Button2->setAutoDefault(false);
+    EnterPulsa(bOk);
+    EnterPulsa(Button2);
 
     auto *botones = new QHBoxLayout;
     botones->addStretch(1);
@@ -99,6 +105,8 @@ TfEmpresas::TfEmpresas(QWidget *parent)
 void TfEmpresas::showEvent(QShowEvent *ev)
 {
     QDialog::showEvent(ev);
+    // Opened from a key press in the login: the keyboard comes here at once.
+    activateWindow();
     bOk->setEnabled(vEmpresas->count() > 0);
     if (vEmpresas->count() == 0)
         return;
@@ -114,7 +122,7 @@ bool TfEmpresas::eventFilter(QObject *obj, QEvent *ev)
 {
     if (obj == vEmpresas && esEnter(ev)) {
         if (puedeTomarFoco(bOk))
-            bOk->setFocus();
+            EnfocaConTeclado(bOk);
         return true;
     }
     return QDialog::eventFilter(obj, ev);
@@ -136,15 +144,18 @@ TfConecta::TfConecta(Sesion &sesion, QWidget *parent)
     vPass = new QLineEdit(this);
     vPass->setObjectName(QStringLiteral("vPass"));
     vPass->setMaxLength(31);
-    vPass->setEchoMode(QLineEdit::Password);
+    CampoContrasena(vPass);
     bOk = new QPushButton(QStringLiteral("&Aceptar"), this);
     bOk->setObjectName(QStringLiteral("bOk"));
     bOk->setEnabled(false);
     bCancel = new QPushButton(QStringLiteral("Ca&ncelar"), this);
     bCancel->setObjectName(QStringLiteral("bCancel"));
-    // Enter never accepts from the fields: it only moves on.
+    // Enter never accepts from the fields: it only moves on, and presses the
+    // button that has the focus.
     bOk->setAutoDefault(false);
     bCancel->setAutoDefault(false);
+    EnterPulsa(bOk);
+    EnterPulsa(bCancel);
 
     auto *rejilla = new QGridLayout;
     const auto etiqueta = [this](const QString &texto, QWidget *buddy) {
@@ -253,11 +264,11 @@ bool TfConecta::eventFilter(QObject *obj, QEvent *ev)
 {
     if (esEnter(ev)) {
         if (obj == vUsuario)
-            vConexiones->setFocus();
+            EnfocaConTeclado(vConexiones);
         else if (obj == vConexiones)
-            vPass->setFocus();
+            EnfocaConTeclado(vPass);
         else if (obj == vPass && puedeTomarFoco(bOk))
-            bOk->setFocus();
+            EnfocaConTeclado(bOk);
         return true;
     }
     return QDialog::eventFilter(obj, ev);
@@ -280,7 +291,7 @@ void TfConecta::bOkClick()
             accept();
             return;
         }
-        if (VerificaDB(m_sesion, true)) {
+        if (RevisaDB(m_sesion, true)) {
             accept();
             return;
         }
@@ -400,7 +411,7 @@ void TfConecta::GuardaUltimos()
     }
     if (EmpresaId > 0) {
         try {
-            m_sesion.ConfigInicia();
+            fb::TransactionGuard guardia(m_sesion.fbConfigTrans());
             const int usuario = RegistroMicrosip(
                 m_sesion, Usuario.toUpper(), 0, QStringLiteral("L"), false, QString());
             const int microsip = RegistroMicrosip(m_sesion,
@@ -415,12 +426,9 @@ void TfConecta::GuardaUltimos()
                              QStringLiteral("V"),
                              true,
                              QString::number(EmpresaId));
-            m_sesion.ConfigCommit();
+            guardia.commit();
         } catch (const std::exception &) {
-            try {
-                m_sesion.ConfigRollback();
-            } catch (const std::exception &) {
-            }
+            // Only a convenience for the next login: the guard rolled it back.
         }
     }
 }

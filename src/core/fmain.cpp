@@ -7,6 +7,7 @@
 #include "registro.h"
 
 #include "fb/events.h"
+#include "toolkit/iconos.h"
 #include "toolkit/mensajes.h"
 #include "toolkit/ribbon.h"
 #include "toolkit/tag.h"
@@ -121,8 +122,11 @@ TfMain::TfMain(QWidget *parent)
     v->addWidget(fPanelFondo, 1);
     setCentralWidget(central);
 
-    // The Security menu design has no entry for anyone.
+    // The Security menu design has no entry for anyone; the administrator reaches it
+    // by its keys (its action is enabled only for him, by the rights).
     bDisenoSeguridad->setVisible(false);
+    aSisPermisosDes->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_D));
+    addAction(aSisPermisosDes);
     dxRibbon->setColapsado(true);
 
     ttStart = new QTimer(this);
@@ -158,7 +162,8 @@ TfMain::~TfMain()
             SIBfibEvent->unregisterEvents();
         } catch (const std::exception &) {
         }
-        SIBfibEvent.reset();
+        delete SIBfibEvent;
+        SIBfibEvent = nullptr;
     }
     for (const QPointer<TMForm> &f : std::as_const(fFormas))
         delete f.data();
@@ -174,10 +179,9 @@ TfMain::~TfMain()
         fMain = nullptr;
 }
 
-QAction *
-TfMain::accion(const QString &nombre, const QString &texto, int tag, QStyle::StandardPixmap icono)
+QAction *TfMain::accion(const QString &nombre, const QString &texto, int tag, const QString &icono)
 {
-    auto *a = new QAction(style()->standardIcon(icono), texto, this);
+    auto *a = new QAction(Icono(icono), texto, this);
     a->setObjectName(nombre);
     SetTag(a, tag);
     connect(a, &QAction::triggered, this, [this, a] { NavegaMod(a); });
@@ -189,56 +193,58 @@ void TfMain::creaRibbon()
     accArticulos = accion(QStringLiteral("accArticulos"),
                           QStringLiteral("Artículos con puntos"),
                           72,
-                          QStyle::SP_FileDialogDetailedView);
+                          QStringLiteral("package-x-generic"));
     accVentasPuntos = accion(QStringLiteral("accVentasPuntos"),
                              QStringLiteral("Canje de puntos"),
                              73,
-                             QStyle::SP_DialogApplyButton);
+                             QStringLiteral("software-update-available"));
     accAsignaPuntos = accion(QStringLiteral("accAsignaPuntos"),
                              QStringLiteral("Asigna o Retira Puntos a Clientes"),
                              75,
-                             QStyle::SP_ArrowUp);
+                             QStringLiteral("contact-new"));
     AsigPxActiv = accion(QStringLiteral("AsigPxActiv"),
                          QStringLiteral("Asignar puntos por actividad a Empleados"),
                          79,
-                         QStyle::SP_FileDialogListView);
+                         QStringLiteral("system-users"));
     accCompCte = accion(QStringLiteral("accCompCte"),
                         QStringLiteral("Compras por cliente"),
                         76,
-                        QStyle::SP_FileDialogContentsView);
+                        QStringLiteral("x-office-spreadsheet"));
     accArtmas = accion(QStringLiteral("accArtmas"),
                        QStringLiteral("Artículos más vendidos"),
                        77,
-                       QStyle::SP_FileDialogInfoView);
+                       QStringLiteral("x-office-presentation"));
     accBusqueda = accion(QStringLiteral("accBusqueda"),
                          QStringLiteral("Buscador clientes"),
                          78,
-                         QStyle::SP_FileDialogStart);
+                         QStringLiteral("system-search"));
     accConsultaHistorial = accion(QStringLiteral("accConsultaHistorial"),
                                   QStringLiteral("Historial puntos"),
                                   74,
-                                  QStyle::SP_FileDialogBack);
-    aSisPermisosDes = accion(
-        QStringLiteral("aSisPermisosDes"), QStringLiteral("Diseño"), 1, QStyle::SP_DesktopIcon);
+                                  QStringLiteral("appointment-new"));
+    aSisPermisosDes = accion(QStringLiteral("aSisPermisosDes"),
+                             QStringLiteral("Diseño"),
+                             1,
+                             QStringLiteral("applications-system"));
     aSisPermisos = accion(QStringLiteral("aSisPermisos"),
                           QStringLiteral("Permisos del sistema"),
                           2,
-                          QStyle::SP_VistaShield);
+                          QStringLiteral("system-lock-screen"));
     aSisConfiguracion = accion(QStringLiteral("aSisConfiguracion"),
                                QStringLiteral("Configuración del sistema"),
                                10,
-                               QStyle::SP_ComputerIcon);
+                               QStringLiteral("preferences-system"));
     // Not modules: their own handlers, tag 0 (always enabled).
     acc_AcercaDe = new QAction(
-        style()->standardIcon(QStyle::SP_MessageBoxInformation), QStringLiteral("Acerca de"), this);
+        Icono(QStringLiteral("dialog-information")), QStringLiteral("Acerca de"), this);
     acc_AcercaDe->setObjectName(QStringLiteral("acc_AcercaDe"));
     SetTag(acc_AcercaDe, 0);
     connect(acc_AcercaDe, &QAction::triggered, this, &TfMain::acercaDe);
-    aSisSalir = new QAction(QStringLiteral("&Salir"), this);
+    aSisSalir
+        = new QAction(Icono(QStringLiteral("system-log-out")), QStringLiteral("&Salir"), this);
     aSisSalir->setObjectName(QStringLiteral("aSisSalir"));
     SetTag(aSisSalir, 0);
     connect(aSisSalir, &QAction::triggered, this, &QWidget::close);
-    addAction(aSisSalir);
 
     dxRibbon = new Ribbon(this);
     dxRibbon->setObjectName(QStringLiteral("dxRibbon"));
@@ -269,10 +275,13 @@ void TfMain::creaRibbon()
     g = tabSistema->agregaGrupo(QStringLiteral("grpSistema"), QStringLiteral("Sistema"));
     bActualizaDB = g->agregaBoton(QStringLiteral("bActualizaDB"),
                                   QStringLiteral("Base de Datos"),
-                                  style()->standardIcon(QStyle::SP_DriveHDIcon));
+                                  Icono(QStringLiteral("drive-harddisk")));
     connect(bActualizaDB, &QAbstractButton::clicked, this, &TfMain::bActualizaDBClick);
     g->agregaBoton(QStringLiteral("bConfiguracion"), aSisConfiguracion);
     g->agregaBoton(QStringLiteral("bAcercaDe"), acc_AcercaDe);
+
+    // Leaving the program stays in reach from every tab, beside the tabs.
+    dxRibbon->agregaEsquina(QStringLiteral("bSalir"), aSisSalir);
 }
 
 void TfMain::creaEncabezado()
@@ -293,10 +302,12 @@ void TfMain::creaEncabezado()
     bClose->setIcon(style()->standardIcon(QStyle::SP_TitleBarCloseButton));
     bClose->setAutoRaise(true);
     bClose->setToolTip(QStringLiteral("Cerrar"));
+    bClose->setAccessibleName(QStringLiteral("Cerrar"));
     bClose->hide();
     connect(bClose, &QToolButton::clicked, this, &TfMain::bCloseClick);
     vFiltro = new QComboBox(Panel1);
     vFiltro->setObjectName(QStringLiteral("vFiltro"));
+    vFiltro->setAccessibleName(QStringLiteral("Filtro"));
     vFiltro->hide();
     Panel1->installEventFilter(this);
 }
@@ -383,13 +394,13 @@ bool TfMain::Acceso()
     if (m_sesion.UsuarioActual == m_sesion.usuarioAdministrador()) {
         m_sesion.Permisos.fill(kTodosLosDerechos);
         bActualizaDB->setEnabled(true);
-        if (!VerificaDB(m_sesion, false))
+        if (!RevisaDB(m_sesion, false))
             bActualizaDB->click();
     } else {
         bActualizaDB->setEnabled(false);
         m_sesion.Permisos.fill(0);
         m_sesion.TransInicia();
-        if (!VerificaDB(m_sesion, true)) {
+        if (!RevisaDB(m_sesion, true)) {
             MensajeSistema(
                 QStringLiteral("Es necesario actualizar la base de datos, para eso necesita "
                                "entrar al sistema con el usuario SYSDBA"),
@@ -436,12 +447,15 @@ bool TfMain::Acceso()
     fUsuarioNombre = m_sesion.UsuarioActual;
 
     try {
-        SIBfibEvent = std::make_unique<fb::EventListener>(&m_sesion.fbDatabase());
+        delete SIBfibEvent;
+        SIBfibEvent = new fb::EventListener(&m_sesion.fbDatabase(), this);
+        SIBfibEvent->setObjectName(QStringLiteral("SIBfibEvent"));
         SIBfibEvent->setEvents({QStringLiteral("VentaLAR")});
         SIBfibEvent->registerEvents();
     } catch (const std::exception &) {
         // Nothing listens to it; a failure here changes nothing.
-        SIBfibEvent.reset();
+        delete SIBfibEvent;
+        SIBfibEvent = nullptr;
     }
     return true;
 }
@@ -469,8 +483,21 @@ void TfMain::acercaDe()
 void TfMain::NavegaMod(QObject *sender)
 {
     try {
-        if (VerificaDB(m_sesion, false))
-            AbreVentana(Tag(sender), QString());
+        if (!RevisaDB(m_sesion, false))
+            return;
+        const int tag = Tag(sender);
+        if (!BuscaModulo(tag)) {
+            // An entry whose screen this version doesn't have yet says so.
+            const auto *a = qobject_cast<QAction *>(sender);
+            const QString nombre = a ? QString(a->text()).remove(u'&') : QString();
+            MensajeSistema(QStringLiteral("La pantalla \u201C") + nombre
+                               + QStringLiteral("\u201D aún no está disponible en esta versión de ")
+                               + m_sesion.nombrePrograma() + u'.',
+                           QStringLiteral("Aviso del sistema"),
+                           mb::IconInformation);
+            return;
+        }
+        AbreVentana(tag, QString());
     } catch (const std::exception &e) {
         MensajeSistema(TextoExcepcion(e), QStringLiteral("Error"), mb::IconStop);
     }

@@ -9,7 +9,6 @@
 #include <QMainWindow>
 #include <QPixmap>
 #include <QPointer>
-#include <QStyle>
 
 #include <functional>
 #include <memory>
@@ -131,8 +130,7 @@ private:
     void FormActivate();
     void creaRibbon();
     void creaEncabezado();
-    QAction *
-    accion(const QString &nombre, const QString &texto, int tag, QStyle::StandardPixmap icono);
+    QAction *accion(const QString &nombre, const QString &texto, int tag, const QString &icono);
     bool preRevision(int tag);
     void bActualizaDBClick();
     void bCloseClick();
@@ -145,7 +143,8 @@ private:
     Sesion m_sesion;
     QHash<int, QPointer<TMForm>> m_formas;
     QMetaObject::Connection m_cambioFiltro;
-    std::unique_ptr<fb::EventListener> SIBfibEvent;
+    // The "VentaLAR" listener, registered from the login on (child of the window).
+    fb::EventListener *SIBfibEvent = nullptr;
     int m_tag = 0;
     QString m_parametro;
     bool m_mostrado = false;

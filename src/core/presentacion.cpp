@@ -5,6 +5,7 @@
 #include <QLabel>
 #include <QLinearGradient>
 #include <QPainter>
+#include <QScreen>
 #include <QTimer>
 #include <QVBoxLayout>
 
@@ -47,6 +48,18 @@ TfPresentacion::TfPresentacion(const QString &nombrePrograma, bool acercaDe, QWi
     tClose->setInterval(acercaDe ? 45000 : 1000);
     connect(tClose, &QTimer::timeout, this, &QDialog::accept);
     tClose->start();
+}
+
+void TfPresentacion::showEvent(QShowEvent *ev)
+{
+    QDialog::showEvent(ev);
+    if (m_acercaDe)
+        return;
+    // The splash comes before the main window takes its place: the middle of the
+    // screen, not of a window that is about to be maximised.
+    const QScreen *pantalla = parentWidget() ? parentWidget()->screen() : screen();
+    if (pantalla)
+        move(pantalla->availableGeometry().center() - rect().center());
 }
 
 void TfPresentacion::mousePressEvent(QMouseEvent *ev)

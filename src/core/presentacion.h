@@ -19,6 +19,7 @@ public:
     QTimer *tClose;
 
 protected:
+    void showEvent(QShowEvent *ev) override;
     void mousePressEvent(QMouseEvent *ev) override;
     void paintEvent(QPaintEvent *ev) override;
 

@@ -41,6 +41,7 @@ TfDBScript::TfDBScript(Sesion &sesion, QWidget *parent)
     m_vLog = new QPlainTextEdit(m_tabDB);
     m_vLog->setObjectName(QStringLiteral("vLog"));
     m_vLog->setReadOnly(true);
+    m_vLog->setAccessibleName(QStringLiteral("Bitácora de la actualización"));
 
     auto *fila = new QHBoxLayout;
     fila->addWidget(m_aviso, 1);

@@ -50,6 +50,8 @@ TFLista::TFLista(QWidget *parent)
     Busqueda->setItems({QStringLiteral("&Clave"), QStringLiteral("&Nombre")});
     Busca = new QLineEdit(this);
     Busca->setObjectName(QStringLiteral("Busca"));
+    // The group above it is its caption on screen.
+    Busca->setAccessibleName(QStringLiteral("Búsqueda rápida"));
     Busca->installEventFilter(this);
     Aceptar = new QPushButton(QStringLiteral("&Aceptar"), this);
     Aceptar->setObjectName(QStringLiteral("Aceptar"));
@@ -210,6 +212,7 @@ void TFLista::terminaPreparacion(const QString &titulo, int busqueda)
     Busca->setVisible(items > 0);
     Busqueda->setVisible(Busca->isVisibleTo(this));
     setWindowTitle(titulo);
+    Lista->setAccessibleName(titulo);
 }
 
 void TFLista::showEvent(QShowEvent *ev)
@@ -453,21 +456,15 @@ void TFListaCh::marcaTodos(int como)
         return;
     MemTable &t = *m_ds;
     t.checkBrowseMode();
-    t.disableControls();
-    try {
-        const MemTable::Bookmark b = t.bookmark();
-        for (t.first(); !t.eof(); t.next()) {
-            t.edit();
-            MemField f = t.field(1);
-            f.setValue(como < 0 ? !f.asBoolean() : como == 1);
-            t.post();
-        }
-        t.gotoBookmark(b);
-    } catch (...) {
-        t.enableControls();
-        throw;
+    BloqueoControles bloqueo(t);
+    const MemTable::Bookmark b = t.bookmark();
+    for (t.first(); !t.eof(); t.next()) {
+        t.edit();
+        MemField f = t.field(1);
+        f.setValue(como < 0 ? !f.asBoolean() : como == 1);
+        t.post();
     }
-    t.enableControls();
+    t.gotoBookmark(b);
 }
 
 } // namespace lar

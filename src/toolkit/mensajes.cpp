@@ -85,11 +85,11 @@ int muestraCaja(const CajaMensaje &caja)
 
 } // namespace
 
-int ServicioMensajes::muestra(const CajaMensaje &caja)
+mb::Respuesta ServicioMensajes::muestra(const CajaMensaje &caja)
 {
     if (respondedor())
-        return respondedor()(caja);
-    return muestraCaja(caja);
+        return mb::Respuesta(respondedor()(caja));
+    return mb::Respuesta(muestraCaja(caja));
 }
 
 void ServicioMensajes::instalaRespondedor(Respondedor r)
@@ -102,7 +102,7 @@ bool ServicioMensajes::tieneRespondedor()
     return bool(respondedor());
 }
 
-int MensajeSistema(const QString &texto, const QString &titulo, int icono)
+mb::Respuesta MensajeSistema(const QString &texto, const QString &titulo, mb::Estilos icono)
 {
     while (QApplication::overrideCursor())
         QApplication::restoreOverrideCursor();

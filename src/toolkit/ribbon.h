@@ -80,7 +80,15 @@ public:
     explicit Ribbon(QWidget *parent = nullptr);
 
     RibbonTab *agregaTab(const QString &nombre, const QString &titulo);
+    // An entry at the right end of the tab row, in reach whatever the tab.
+    RibbonBoton *agregaEsquina(const QString &nombre, QAction *accion);
     QList<RibbonTab *> tabs() const;
+    QList<RibbonBoton *> esquinas() const { return m_esquinas; }
+    // Where the caption of a tab is drawn, in global coordinates.
+    QRect rectoTab(int indice) const;
+    // From the keyboard: shows the tab's groups and puts the focus on its first
+    // enabled entry.
+    void entraTab(int indice);
     RibbonTab *tabActiva() const;
     void setTabActiva(RibbonTab *tab);
 
@@ -99,10 +107,12 @@ protected:
 private:
     void ajustaPanel();
     QTabBar *m_barra;
+    QHBoxLayout *m_esquina;
     QFrame *m_panel;
     QStackedWidget *m_pila;
     QVBoxLayout *m_layout;
     QList<RibbonTab *> m_tabs;
+    QList<RibbonBoton *> m_esquinas;
     bool m_colapsado = false;
 };
 

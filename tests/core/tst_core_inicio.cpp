@@ -4,10 +4,12 @@
 
 #include "ayudagui.h"
 
+#include "core/acceso.h"
 #include "core/carpetas.h"
 #include "core/conecta.h"
 #include "core/fmain.h"
 #include "core/ids.h"
+#include "core/presentacion.h"
 #include "db/dbscript.h"
 #include "support/guionmensajes.h"
 #include "support/testmain.h"
@@ -15,9 +17,11 @@
 #include "toolkit/tag.h"
 
 #include <QAction>
+#include <QComboBox>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
+#include <QScreen>
 #include <QTest>
 
 #include <memory>
@@ -43,6 +47,26 @@ QString valorConfig(Sesion &s, const QString &sql)
     q.close();
     return v;
 }
+
+// Enter typed into whatever has the focus, as the user presses it.
+void enter(QWidget *ventana)
+{
+    QWidget *w = ventana->focusWidget();
+    QVERIFY2(w, qPrintable(ventana->objectName()));
+    QTest::keyClick(w, Qt::Key_Return);
+}
+
+// A dialog left open by a failed check inside its own modal loop would hang the
+// suite: it closes when the check's scope ends with the case failed.
+struct CierraSiFalla
+{
+    QDialog *dialogo;
+    ~CierraSiFalla()
+    {
+        if (QTest::currentTestFailed())
+            dialogo->reject();
+    }
+};
 
 } // namespace
 
@@ -104,6 +128,10 @@ private slots:
         QCOMPARE(m.windowTitle(), QStringLiteral("Puntos Larvenos v") + VersionArchivo());
         QVERIFY(m.bDisenoSeguridad->isHidden());
         QVERIFY(m.dxRibbon->colapsado());
+        QPoint centroSplash;
+        alAparecer<TfPresentacion>(
+            [&](TfPresentacion *p) { centroSplash = p->frameGeometry().center(); });
+        m.move(0, 0);
         alAparecer<TfConecta>([](TfConecta *f) {
             QCOMPARE(f->vUsuario->text(), QStringLiteral("SYSDBA")); // last user of the profile
             entra(f, QStringLiteral("SYSDBA"));
@@ -112,6 +140,10 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(
             m.windowTitle(), QStringLiteral("Empresa de demostración - SYSDBA"), 20000);
         QVERIFY(guion.cajas().isEmpty());
+        // The splash in the middle of the screen, wherever the window was.
+        const QPoint centro = m.screen()->availableGeometry().center();
+        QVERIFY2((centroSplash - centro).manhattanLength() <= 2,
+                 qPrintable(QStringLiteral("%1,%2").arg(centroSplash.x()).arg(centroSplash.y())));
         QCOMPARE(m.dxRibbon->tabActiva(), m.tabReportes);
         QCOMPARE(m.sesion().UsuarioActual, QStringLiteral("SYSDBA"));
         QCOMPARE(m.sesion().Permisos[0], 1u);
@@ -260,6 +292,87 @@ private slots:
             QCOMPARE(preseleccion, vuelta == 0 ? QStringLiteral("DEMO") : QStringLiteral("OTRA"));
         }
         QVERIFY(guion.cajas().isEmpty());
+    }
+
+    // The whole login without a mouse: Enter moves from field to field and never
+    // accepts from one; on the focused "Aceptar" it presses it. The focused button
+    // is drawn otherwise than the unfocused one, and passwords show as '*'. The
+    // same on the company choice and on the authorisation dialog.
+    void soloConTeclado()
+    {
+        lartest::usaPerfiles(m_dos->entorno());
+        lartest::GuionMensajes guion;
+        Arranque a;
+        QStringList pasos;
+        alAparecer<TfConecta>([&](TfConecta *f) {
+            CierraSiFalla cierra{f};
+            QTRY_VERIFY(f->isActiveWindow());
+            f->vUsuario->clear();
+            f->vUsuario->setFocus();
+            QTest::keyClicks(f->vUsuario, QStringLiteral("sysdba"));
+            enter(f);
+            QCOMPARE(f->focusWidget(), f->vConexiones);
+            enter(f);
+            QCOMPARE(f->focusWidget(), f->vPass);
+            QTest::keyClicks(f->vPass, QStringLiteral("abc"));
+            QCOMPARE(f->vPass->displayText(), QStringLiteral("***"));
+            const QImage sinFoco = f->bOk->grab().toImage();
+            enter(f);
+            QCOMPARE(f->focusWidget(), f->bOk);
+            QVERIFY(f->isVisible()); // Enter in the password only moved on
+            QVERIFY(f->bOk->grab().toImage() != sinFoco);
+            pasos << QStringLiteral("conecta");
+            alAparecer<TfEmpresas>([&](TfEmpresas *e) {
+                CierraSiFalla cierra{e};
+                QTRY_VERIFY(e->isActiveWindow());
+                QCOMPARE(e->focusWidget(), e->vEmpresas);
+                QTest::keyClick(e->vEmpresas, Qt::Key_Down);
+                const QImage sinFoco = e->bOk->grab().toImage();
+                enter(e);
+                QCOMPARE(e->focusWidget(), e->bOk);
+                QVERIFY(e->isVisible());
+                QVERIFY(e->bOk->grab().toImage() != sinFoco);
+                pasos << e->vEmpresas->currentItem()->text();
+                QTest::keyClick(e->bOk, Qt::Key_Return);
+            });
+            QTest::keyClick(f->bOk, Qt::Key_Return);
+        });
+        a.m.show();
+        QTRY_COMPARE_WITH_TIMEOUT(
+            a.m.windowTitle(), QStringLiteral("Empresa de demostración - SYSDBA"), 20000);
+        QCOMPARE(pasos, QStringList({QStringLiteral("conecta"), QStringLiteral("OTRA")}));
+        QVERIFY(a.m.sesion().fbDatabase().databaseName().endsWith(QStringLiteral("OTRA.fdb")));
+
+        alAparecer<TfAcceso>([&](TfAcceso *f) {
+            CierraSiFalla cierra{f};
+            QTRY_VERIFY(f->isActiveWindow());
+            QCOMPARE(f->focusWidget(), f->vUser);
+            QTest::keyClicks(f->vUser, QStringLiteral("sysdba"));
+            QCOMPARE(f->vUser->text(), QStringLiteral("SYSDBA"));
+            enter(f);
+            QCOMPARE(f->focusWidget(), f->vPass);
+            QTest::keyClicks(f->vPass, QStringLiteral("clave"));
+            QCOMPARE(f->vPass->displayText(), QStringLiteral("*****"));
+            const QImage sinFoco = f->bOk->grab().toImage();
+            enter(f);
+            QCOMPARE(f->focusWidget(), f->bOk);
+            QVERIFY(f->isVisible());
+            QVERIFY(f->bOk->grab().toImage() != sinFoco);
+            QTest::keyClick(f->bOk, Qt::Key_Return);
+        });
+        QVERIFY(AutorizaUsuario(a.m.sesion(), 73, 1, false));
+        QCOMPARE(UsuarioAutoriza(), QStringLiteral("SYSDBA"));
+        QVERIFY(guion.cajas().isEmpty());
+
+        // "&Salir" is an entry of the window, enabled for everyone, and closes it.
+        auto *salir = a.m.findChild<RibbonBoton *>(QStringLiteral("bSalir"));
+        QVERIFY(salir);
+        QCOMPARE(salir->accion(), a.m.aSisSalir);
+        QCOMPARE(a.m.aSisSalir->text(), QStringLiteral("&Salir"));
+        QVERIFY(salir->isVisible() && salir->isEnabled());
+        QTest::keyClick(salir, Qt::Key_Space);
+        QTRY_VERIFY(!a.m.isVisible());
+        QVERIFY(!a.terminada);
     }
 
     void usuarioLimitado()

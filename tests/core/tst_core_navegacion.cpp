@@ -234,6 +234,19 @@ private slots:
         m().AbreVentana(0, {});
         QVERIFY(guion.cajas().isEmpty());
         QVERIFY(m().fFormaActual.isNull());
+        // Its ribbon entry, though, tells the user instead of doing nothing.
+        m().sesion().Permisos[74] = 1;
+        auto *historial = m().findChild<QToolButton *>(QStringLiteral("bConsultaHistorial"));
+        QVERIFY(historial);
+        historial->click();
+        QCOMPARE(guion.textos(),
+                 QStringList{QStringLiteral(
+                     "La pantalla \u201CHistorial puntos\u201D aún no está disponible en "
+                     "esta versión de Puntos Larvenos.")});
+        QCOMPARE(guion.cajas()[0].titulo, QStringLiteral("Aviso del sistema"));
+        QCOMPARE(guion.cajas()[0].icono(), int(mb::IconInformation));
+        QVERIFY(m().fFormaActual.isNull());
+        m().sesion().Permisos[74] = 0;
     }
 
     void filaModal()

@@ -1,6 +1,7 @@
 // The settings tree, the object tests, the version checks, Microsip's registry and
 // the catalogue loader, on an upgraded stand-in company.
 
+#include "core/navegacion.h"
 #include "core/registro.h"
 #include "core/sesion.h"
 #include "db/actualizadb.h"
@@ -109,6 +110,40 @@ private slots:
         QCOMPARE(lar::LeeRegistro(s2, QStringLiteral("Clave")), QStringLiteral("Sí, 5"));
     }
 
+    // Settings reads (which create keys) and writes are committed on the tree's own
+    // transaction: other stations see them at once, while a screen's pending write
+    // on fbUpdateTrans stays pending and can still be rolled back.
+    void ajenoALaTransaccionDeLaPantalla()
+    {
+        lar::Sesion &s = *m_s;
+        s.TransInicia();
+        fb::Query q(&s.fbDatabase(), &s.fbUpdateTrans());
+        q.setSql(QStringLiteral("insert into lar_permisos (modulo, usuario, acceso) values (5, "
+                                "'PENDIENTE', 1)"));
+        q.execute();
+        QCOMPARE(lar::LeeRegistro(s, QStringLiteral("Nueva")), QString());
+        lar::GuardaRegistro(s, QStringLiteral("Otra"), QStringLiteral("x"));
+        QString version;
+        lar::Registro(s, {}, {}, {}, true, version, QStringLiteral("PuntosLar_DB"));
+        QVERIFY(s.fbUpdateTrans().isActive());
+
+        fb::Database otra;
+        m_e->conectaEmpresa(otra);
+        const QString claves = QStringLiteral(
+            "select nombre, valor from lar_registro where nombre in ('Nueva', 'Otra', "
+            "'PuntosLar_DB') order by nombre");
+        const QStringList esperadas{
+            QStringLiteral("Nueva|"), QStringLiteral("Otra|x"), QStringLiteral("PuntosLar_DB|")};
+        QCOMPARE(filas(otra, claves), esperadas);
+        const QString pendiente
+            = QStringLiteral("select count(*) from lar_permisos where usuario = 'PENDIENTE'");
+        QCOMPARE(filas(otra, pendiente), QStringList{QStringLiteral("0")});
+
+        s.UpdateRollback();
+        QCOMPARE(filas(otra, pendiente), QStringList{QStringLiteral("0")});
+        QCOMPARE(filas(otra, claves), esperadas);
+    }
+
     // Folder ids stay cached for the whole session, even when the rows go away.
     void cacheDeCarpetas()
     {
@@ -213,7 +248,13 @@ private slots:
         m_s->terminaAplicacion = [&] {
             terminada = true;
         };
-        QCOMPARE(lar::VerificaDB(*m_s, silencioso), esperado);
+        // The check itself only answers; the screens' RevisaDB shows what it found.
+        const lar::VerificacionDB r = lar::VerificaDB(*m_s, silencioso);
+        QCOMPARE(r.ok, esperado);
+        QCOMPARE(r.aviso, mensaje);
+        QVERIFY(!r.terminar);
+        QVERIFY(guion.cajas().isEmpty());
+        QCOMPARE(lar::RevisaDB(*m_s, silencioso), esperado);
         QCOMPARE(guion.textos(), mensaje.isEmpty() ? QStringList() : QStringList{mensaje});
         for (const lar::CajaMensaje &c : guion.cajas())
             QCOMPARE(c.titulo, QStringLiteral("Aviso del sistema"));
@@ -231,9 +272,9 @@ private slots:
         lar::Sesion s;
         limpio.conectaSesion(s);
         lartest::GuionMensajes guion;
-        QVERIFY(!lar::VerificaDB(s, true));
+        QVERIFY(!lar::RevisaDB(s, true));
         QVERIFY(guion.cajas().isEmpty());
-        QVERIFY(!lar::VerificaDB(s, false));
+        QVERIFY(!lar::RevisaDB(s, false));
         QCOMPARE(guion.textos(),
                  QStringList{u"Es necesario actualizar la base de datos para continuar"_s});
     }
@@ -264,7 +305,7 @@ private slots:
             ++terminada;
         };
         // Quiet or not, a refused Microsip is told and ends the program.
-        QCOMPARE(lar::VerificaDB(*m_s, true), aceptada);
+        QCOMPARE(lar::RevisaDB(*m_s, true), aceptada);
         QCOMPARE(m_s->VersionMicrosip, texto);
         QCOMPARE(terminada, aceptada ? 0 : 1);
         QCOMPARE(guion.textos(),
@@ -326,9 +367,15 @@ private slots:
             ejecuta(s.fbDatabase(),
                     QStringLiteral("insert into almacenes (almacen_id, nombre) values (-1, ?)"),
                     {n});
+        const auto catalogo = [&s] {
+            return lar::CargaCatalogo(s,
+                                      QStringLiteral("ALMACENES"),
+                                      QStringLiteral("ALMACEN_ID"),
+                                      QStringLiteral("NOMBRE"));
+        };
         lar::LookupCombo combo;
         for (int vez = 0; vez < 2; ++vez) {
-            lar::CargaCatalogo(s, &combo, u"ALMACENES"_s, u"ALMACEN_ID"_s, u"NOMBRE"_s);
+            lar::LlenaCatalogo(&combo, catalogo());
             QCOMPARE(combo.count(), 3);
         }
         QCOMPARE(combo.findChildren<lar::MemTable *>().size(), 1);
@@ -341,7 +388,7 @@ private slots:
             filas(s.fbDatabase(), u"select almacen_id from almacenes where nombre='Zona sur'"_s),
             QStringList{combo.keyValue().toString()});
         ejecuta(s.fbDatabase(), QStringLiteral("delete from almacenes"));
-        lar::CargaCatalogo(s, &combo, u"ALMACENES"_s, u"ALMACEN_ID"_s, u"NOMBRE"_s);
+        lar::LlenaCatalogo(&combo, catalogo());
         QCOMPARE(combo.count(), 0);
         QCOMPARE(combo.currentIndex(), -1);
     }

@@ -399,6 +399,14 @@ private slots:
         QTest::newRow("sin existencia") << 11 << QStringLiteral("No hay existencia suficiente");
         QTest::newRow("documento")
             << 12 << QStringLiteral("No existe el documento 999999 de ventas.");
+        QTest::newRow("unidades sin cabida")
+            << 13
+            << QStringLiteral("El número 184467440737096 es demasiado grande: no cabe con 5 "
+                              "decimales");
+        QTest::newRow("precio sin cabida")
+            << 14
+            << QStringLiteral("El número 9999999999999999 es demasiado grande: no cabe con 6 "
+                              "decimales");
     }
 
     // Refused with a Spanish message, and nothing of the operation stays.
@@ -460,6 +468,14 @@ private slots:
                 break;
             case 12:
                 m_docs->cancela(Sistema::VE, 999999);
+                break;
+            case 13:
+                d.renglones.first().unidades = dec("184467440737096");
+                m_docs->vende(d);
+                break;
+            case 14:
+                d.renglones.first().precio = dec("9999999999999999");
+                m_docs->vende(d);
                 break;
             }
             QFAIL("no hubo error");
@@ -678,6 +694,15 @@ private slots:
                     .contains(
                         QStringLiteral("El número de unidades del renglón '%1:dos' no es un número")
                             .arg(m_art)));
+        p.start(sim,
+                {QStringLiteral("sell"),
+                 m_e->carpeta(),
+                 QStringLiteral("--renglon"),
+                 m_art + QStringLiteral(":184467440737096")});
+        QVERIFY(p.waitForFinished(60000));
+        QVERIFY(p.exitCode() != 0);
+        QVERIFY(QString::fromUtf8(p.readAllStandardError())
+                    .contains(QStringLiteral("El número 184467440737096 es demasiado grande")));
 
         m_e->conectaEmpresa(m_db);
         const microsip::Cabecera c = m_docs->lee(Sistema::VE, id);

@@ -27,6 +27,9 @@ public:
     explicit EmpresaPuntos(bool larSync = false, bool lineaDeOrdenes = false);
     ~EmpresaPuntos();
 
+    // The environment, for a program's session on the same company.
+    const EntornoPrueba &entorno() const { return m_entorno; }
+
     // Writes every points setting: on, but the three ways, card and cap off, factor 2
     // per 100 pesos; then the changes given by short name (gen ven art imp lin tar cap
     // fac pes): "art=S imp=S", "cap=" an empty value, "fac=NULL", "-pes" no key.

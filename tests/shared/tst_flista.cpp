@@ -13,12 +13,14 @@
 #include "toolkit/radiogroup.h"
 #include "toolkit/wordsearch.h"
 
+#include "support/accesibilidad.h"
 #include <QAction>
 #include <QApplication>
 #include <QLineEdit>
 #include <QMenu>
 #include <QPushButton>
 #include <QScreen>
+
 #include <QTest>
 #include <QTimer>
 
@@ -99,6 +101,7 @@ private slots:
         const int r = conLista(
             [&](lar::TFLista &f) {
                 QCOMPARE(f.windowTitle(), QStringLiteral("Listado de clientes"));
+                LAR_VERIFICA_ACCESIBLE(&f);
                 QCOMPARE(f.Busqueda->items(), (QStringList{u"&Clave"_s, u"&Nombre"_s}));
                 QCOMPARE(f.Busqueda->itemIndex(), 1); // two items: the second
                 QCOMPARE(f.CampoBusca, QStringLiteral("nombre"));

@@ -3,11 +3,13 @@
 #include "shared/periodo.h"
 #include "support/testmain.h"
 
+#include "support/accesibilidad.h"
 #include <QDateEdit>
 #include <QFocusEvent>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSpinBox>
+
 #include <QTest>
 #include <QTimer>
 
@@ -31,6 +33,7 @@ private slots:
         QCOMPARE(f.g3->text(), QStringLiteral("Período:"));
         QCOMPARE(f.Button2->text(), QStringLiteral("Ca&ncelar"));
         QVERIFY(f.findChild<QDateEdit *>(QStringLiteral("vInicial")));
+        LAR_VERIFICA_ACCESIBLE(&f);
     }
 
     void inputsFollowTheChoice_data()
