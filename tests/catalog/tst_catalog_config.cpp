@@ -13,6 +13,7 @@
 #include "fb/transaction.h"
 #include "shared/flista.h"
 #include "support/guionmensajes.h"
+#include "support/testmain.h"
 #include "toolkit/memgrid.h"
 #include "toolkit/memtable.h"
 
@@ -493,5 +494,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TstConfig)
+LAR_TEST_MAIN(TstConfig)
 #include "tst_catalog_config.moc"

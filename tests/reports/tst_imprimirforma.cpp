@@ -9,6 +9,7 @@
 #include "support/entornoprueba.h"
 #include "support/guionmensajes.h"
 #include "support/testenv.h"
+#include "support/testmain.h"
 #include "toolkit/memgrid.h"
 #include "toolkit/memtable.h"
 #include "toolkit/reporte/reporte.h"
@@ -505,5 +506,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestImprimirForma)
+LAR_TEST_MAIN(TestImprimirForma)
 #include "tst_imprimirforma.moc"

@@ -2,6 +2,7 @@
 #include "fb/query.h"
 #include "fb/transaction.h"
 #include "support/testenv.h"
+#include "support/testmain.h"
 #include "toolkit/memtable.h"
 #include "toolkit/reporte/funciones.h"
 #include "toolkit/reporte/pintor.h"
@@ -442,5 +443,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestReporte)
+LAR_TEST_MAIN(TestReporte)
 #include "tst_reporte.moc"
