@@ -9,6 +9,7 @@
 #include "fb/transaction.h"
 #include "fb/win1252.h"
 #include "support/testenv.h"
+#include "support/testmain.h"
 
 #include <QSignalSpy>
 #include <QTest>
@@ -605,5 +606,5 @@ private slots:
     void cleanupTestCase() { m_db.dropDatabase(); }
 };
 
-QTEST_MAIN(TestFbQuery)
+LAR_TEST_MAIN(TestFbQuery)
 #include "tst_fb_query.moc"
