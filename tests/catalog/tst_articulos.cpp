@@ -12,6 +12,7 @@
 #include "support/entornoprueba.h"
 #include "support/guionmensajes.h"
 #include "support/testenv.h"
+#include "support/testmain.h"
 #include "toolkit/memgrid.h"
 
 #include <QCheckBox>
@@ -392,5 +393,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TstArticulos)
+LAR_TEST_MAIN(TstArticulos)
 #include "tst_articulos.moc"
