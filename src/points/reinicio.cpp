@@ -113,7 +113,8 @@ ReinicioPuntos::Resultado ReinicioPuntos::ejecuta(const Opciones &opciones)
         r.folio = folio;
     } catch (const std::exception &e) {
         r = Resultado();
-        r.error = TextoExcepcion(e);
+        r.error = programado ? QStringLiteral("Error al inicializar puntos\n") + TextoExcepcion(e)
+                             : TextoExcepcion(e);
     }
     return r;
 }
