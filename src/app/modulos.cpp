@@ -4,6 +4,7 @@
 #include "catalog/fconfig.h"
 #include "core/fmain.h"
 #include "core/navegacion.h"
+#include "points/avisos.h"
 #include "security/modulos.h"
 
 namespace lar {
@@ -20,6 +21,8 @@ void RegistraModulos()
 
     RegistraArticulosPuntos();
     RegistraModulosSeguridad();
+
+    TfMain::RutinaReinicio() = RevisaReinicio;
 }
 
 } // namespace lar

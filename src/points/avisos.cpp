@@ -1,11 +1,13 @@
 #include "avisos.h"
 
+#include "core/fmain.h"
 #include "core/ids.h"
 #include "core/navegacion.h"
 #include "core/registro.h"
 #include "core/sesion.h"
 #include "fb/query.h"
 #include "fb/transaction.h"
+#include "toolkit/mensajes.h"
 
 #include <stdexcept>
 
@@ -264,6 +266,34 @@ AvisosReinicio::Revision AvisosReinicio::RevisaReinicio(const QDateTime &ahora, 
     r.reinicioIntentado = true;
     r.reinicio = ReiniciaPuntos(programa.fecha);
     return r;
+}
+
+void RevisaReinicio(TfMain &main)
+{
+    AvisosReinicio avisos(main.sesion());
+    const AvisosReinicio::Revision r = avisos.RevisaReinicio(
+        QDateTime::currentDateTime(), [&main](const AvisoCorreo &aviso, int indice, int total) {
+            bool enviado = false;
+            main.EjecutaConProgreso(
+                QStringLiteral("Enviando avisos de reinicio de puntos: %1 de %2")
+                    .arg(indice + 1)
+                    .arg(total),
+                indice,
+                total,
+                [&] { enviado = AvisosReinicio::enviaAviso(aviso); });
+            return enviado;
+        });
+    main.TerminaProgreso();
+    if (!r.errorAvisos.isEmpty())
+        MensajeSistema(r.errorAvisos, QStringLiteral("Aviso del sistema"), mb::IconWarning);
+    if (!r.reinicioIntentado)
+        return;
+    if (r.reinicio.ok)
+        MensajeSistema(QStringLiteral("Se inicializaron los puntos."),
+                       QStringLiteral("Aviso del sistema"),
+                       mb::IconInformation);
+    else
+        MensajeSistema(r.reinicio.error, QStringLiteral("Error"), mb::IconStop);
 }
 
 } // namespace lar

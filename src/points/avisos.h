@@ -13,6 +13,7 @@
 namespace lar {
 
 class Sesion;
+class TfMain;
 
 // What the settings say about the scheduled reset.
 struct ProgramaReinicio
@@ -112,5 +113,9 @@ public:
 private:
     Sesion &m_sesion;
 };
+
+// tmrReinicio's routine: the check on the main window's session, the mails on a
+// worker thread with their progress in the window, the boxes at the end.
+void RevisaReinicio(TfMain &main);
 
 } // namespace lar

@@ -11,11 +11,15 @@
 #include "points/avisos.h"
 #include "points/ledger.h"
 #include "support/entornoprueba.h"
+#include "support/guionmensajes.h"
 #include "support/testenv.h"
 
 #include <QDir>
 #include <QFile>
+#include <QLabel>
+#include <QProgressBar>
 #include <QTest>
+#include <QTimer>
 
 #include <memory>
 
@@ -476,6 +480,85 @@ private slots:
         r = avisos.RevisaReinicio(momento(4, 3, 8));
         QVERIFY(!r.reinicioIntentado);
         QVERIFY(r.errorAvisos.isEmpty());
+    }
+
+    // Activations in a burst restart the timer: one check 5 s after the last, with
+    // the timer stopped while it runs.
+    void unaRevisionPorRafagaDeActivaciones()
+    {
+        int revisiones = 0;
+        bool activoDurante = true;
+        TfMain::RutinaReinicio() = [&](TfMain &m) {
+            ++revisiones;
+            activoDurante = m.tmrReinicio->isActive();
+        };
+        {
+            TfMain m;
+            QCOMPARE(m.tmrReinicio->interval(), 5000);
+            QVERIFY(!m.tmrReinicio->isActive());
+            m.fPrimeraActivacion = false; // no login here
+            m.show();
+            QTRY_VERIFY_WITH_TIMEOUT(m.tmrReinicio->isActive(), 20000);
+            for (int i = 0; i < 3; ++i) {
+                QEvent activa(QEvent::WindowActivate);
+                QCoreApplication::sendEvent(&m, &activa);
+                QTest::qWait(200);
+            }
+            QTRY_COMPARE_WITH_TIMEOUT(revisiones, 1, 20000);
+            QVERIFY(!activoDurante);
+            QTest::qWait(m.tmrReinicio->interval() + 1000);
+            QCOMPARE(revisiones, 1);
+        }
+        TfMain::RutinaReinicio() = {};
+    }
+
+    // The routine of the window: the mails go while the window shows their
+    // progress and keeps handling events; the reset ends with its box.
+    void revisionDesdeLaVentana()
+    {
+        if (m_puerto.isEmpty())
+            QSKIP(SinServidor);
+        recibidos();
+        cliente(9, QStringLiteral("IVAN"), 12, {QStringLiteral("ivan@correo.mx")});
+        TfMain m;
+        m_env->conectaSesion(m.sesion());
+        Sesion &s = m.sesion();
+        cuenta(s, m_puerto);
+        const QDate hoy = QDate::currentDate();
+        programa(s, FechaReinicioTexto(hoy.addDays(2)), QStringLiteral("4"));
+        lartest::GuionMensajes guion;
+
+        QStringList progreso;
+        QTimer vigia;
+        vigia.setInterval(0);
+        connect(&vigia, &QTimer::timeout, this, [&] {
+            if (m.lbProgreso && !m.lbProgreso->isHidden()
+                && !progreso.contains(m.lbProgreso->text()))
+                progreso << m.lbProgreso->text();
+        });
+        vigia.start();
+        RevisaReinicio(m);
+        vigia.stop();
+        QVERIFY(guion.cajas().isEmpty());
+        const int mails = recibidos().size();
+        QVERIFY(mails >= 1);
+        QCOMPARE(valor(QStringLiteral("SELECT COUNT(*) FROM LAR_AVISO_REINICIO WHERE "
+                                      "FECHA_REINICIO = '%1'")
+                           .arg(hoy.addDays(2).toString(Qt::ISODate))),
+                 QString::number(mails));
+        QVERIFY2(progreso.contains(
+                     QStringLiteral("Enviando avisos de reinicio de puntos: %1 de %1").arg(mails)),
+                 qPrintable(progreso.join(u',')));
+        QVERIFY(m.pbProgreso->isHidden());
+
+        programa(s, FechaReinicioTexto(hoy), QStringLiteral("4"));
+        RevisaReinicio(m);
+        QCOMPARE(guion.cajas().size(), 1);
+        QCOMPARE(guion.cajas()[0].texto, QStringLiteral("Se inicializaron los puntos."));
+        QCOMPARE(guion.cajas()[0].titulo, QStringLiteral("Aviso del sistema"));
+        QCOMPARE(valor(QStringLiteral("SELECT COUNT(*) FROM LAR_REINICIO_PUNTOS WHERE "
+                                      "FECHA_PROGRAMADA = CURRENT_DATE")),
+                 QStringLiteral("9"));
     }
 };
 
