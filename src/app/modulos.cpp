@@ -2,6 +2,8 @@
 
 #include "catalog/articulos_lista.h"
 #include "catalog/fconfig.h"
+#include "core/fmain.h"
+#include "points/avisos.h"
 #include "security/modulos.h"
 
 namespace lar {
@@ -11,6 +13,8 @@ void RegistraModulos()
     RegistraConfiguracion();
     RegistraArticulosPuntos();
     RegistraModulosSeguridad();
+
+    TfMain::RutinaReinicio() = RevisaReinicio;
 }
 
 } // namespace lar
