@@ -13,6 +13,7 @@
 #include "support/entornoprueba.h"
 #include "support/guionmensajes.h"
 #include "support/testenv.h"
+#include "support/testmain.h"
 
 #include <QDir>
 #include <QFile>
@@ -562,5 +563,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TstAvisos)
+LAR_TEST_MAIN(TstAvisos)
 #include "tst_points_avisos.moc"
