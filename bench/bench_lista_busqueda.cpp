@@ -15,6 +15,8 @@
 #include <cstdio>
 #include <ctime>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 double cpuMs()
@@ -32,15 +34,16 @@ int main(int argc, char **argv)
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
 
-    const QStringList nombres{"JOSÉ",      "MARÍA",     "JUAN",     "ANA",    "LUIS",
-                              "GUADALUPE", "FRANCISCO", "ROSA",     "PEDRO",  "MARTHA",
-                              "JESÚS",     "ELENA",     "MIGUEL",   "SOFÍA",  "ALEJANDRO",
-                              "PATRICIA",  "RICARDO",   "VERÓNICA", "ARTURO", "LETICIA"};
-    const QStringList apellidos{"HERNÁNDEZ", "GARCÍA",    "MARTÍNEZ", "LÓPEZ",     "GONZÁLEZ",
-                                "PÉREZ",     "RODRÍGUEZ", "SÁNCHEZ",  "RAMÍREZ",   "CRUZ",
-                                "FLORES",    "GÓMEZ",     "MORALES",  "VÁZQUEZ",   "REYES",
-                                "JIMÉNEZ",   "TORRES",    "DÍAZ",     "GUTIÉRREZ", "RUIZ",
-                                "MENDOZA",   "AGUILAR",   "ORTIZ",    "CASTILLO"};
+    const QStringList nombres{u"JOSÉ"_s,    u"MARÍA"_s,     u"JUAN"_s,      u"ANA"_s,
+                              u"LUIS"_s,    u"GUADALUPE"_s, u"FRANCISCO"_s, u"ROSA"_s,
+                              u"PEDRO"_s,   u"MARTHA"_s,    u"JESÚS"_s,     u"ELENA"_s,
+                              u"MIGUEL"_s,  u"SOFÍA"_s,     u"ALEJANDRO"_s, u"PATRICIA"_s,
+                              u"RICARDO"_s, u"VERÓNICA"_s,  u"ARTURO"_s,    u"LETICIA"_s};
+    const QStringList apellidos{
+        u"HERNÁNDEZ"_s, u"GARCÍA"_s,  u"MARTÍNEZ"_s, u"LÓPEZ"_s,   u"GONZÁLEZ"_s, u"PÉREZ"_s,
+        u"RODRÍGUEZ"_s, u"SÁNCHEZ"_s, u"RAMÍREZ"_s,  u"CRUZ"_s,    u"FLORES"_s,   u"GÓMEZ"_s,
+        u"MORALES"_s,   u"VÁZQUEZ"_s, u"REYES"_s,    u"JIMÉNEZ"_s, u"TORRES"_s,   u"DÍAZ"_s,
+        u"GUTIÉRREZ"_s, u"RUIZ"_s,    u"MENDOZA"_s,  u"AGUILAR"_s, u"ORTIZ"_s,    u"CASTILLO"_s};
     QRandomGenerator rnd(20240501);
     auto uno = [&](const QStringList &l) {
         return l.at(int(rnd.bounded(l.size())));
@@ -89,15 +92,15 @@ int main(int argc, char **argv)
         cpu.push_back(cpuMs() - c0);
         filas += clientes.recordCount();
     };
-    const QStringList busquedas{"maria",
-                                "jose luis",
-                                "garcia lopez",
-                                "an an",
-                                "hernandez ruiz",
-                                "c-0012",
-                                "sofia perez",
-                                "t99",
-                                "rosa gomez flores"};
+    const QStringList busquedas{u"maria"_s,
+                                u"jose luis"_s,
+                                u"garcia lopez"_s,
+                                u"an an"_s,
+                                u"hernandez ruiz"_s,
+                                u"c-0012"_s,
+                                u"sofia perez"_s,
+                                u"t99"_s,
+                                u"rosa gomez flores"_s};
     for (int vuelta = 0; vuelta < 3; ++vuelta) {
         for (const QString &b : busquedas) {
             for (int n = 1; n <= b.size(); ++n)

@@ -11,6 +11,7 @@ function(lar_common_options target)
         target_compile_options(${target} PRIVATE -Werror)
     endif()
     target_compile_definitions(${target} PRIVATE
+        QT_NO_CAST_FROM_ASCII
         QT_NO_CAST_TO_ASCII
         QT_NO_CAST_FROM_BYTEARRAY
         QT_NO_URL_CAST_FROM_STRING

@@ -1,5 +1,7 @@
+#include "catalog/articulos_lista.h"
 #include "core/fmain.h"
 #include "db/dbscript.h"
+#include "security/modulos.h"
 
 #include <QApplication>
 
@@ -11,6 +13,8 @@ int main(int argc, char *argv[])
     lar::TfMain::FabricaActualizaDB() = [](lar::TfMain &m) -> QDialog * {
         return new lar::TfDBScript(m.sesion(), &m);
     };
+    lar::RegistraModulosSeguridad();
+    lar::RegistraArticulosPuntos();
     lar::TfMain principal;
     principal.show();
     return QApplication::exec();

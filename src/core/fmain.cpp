@@ -122,8 +122,11 @@ TfMain::TfMain(QWidget *parent)
     v->addWidget(fPanelFondo, 1);
     setCentralWidget(central);
 
-    // The Security menu design has no entry for anyone.
+    // The Security menu design has no entry for anyone; the administrator reaches it
+    // by its keys (its action is enabled only for him, by the rights).
     bDisenoSeguridad->setVisible(false);
+    aSisPermisosDes->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_D));
+    addAction(aSisPermisosDes);
     dxRibbon->setColapsado(true);
 
     ttStart = new QTimer(this);
@@ -159,7 +162,8 @@ TfMain::~TfMain()
             SIBfibEvent->unregisterEvents();
         } catch (const std::exception &) {
         }
-        SIBfibEvent.reset();
+        delete SIBfibEvent;
+        SIBfibEvent = nullptr;
     }
     for (const QPointer<TMForm> &f : std::as_const(fFormas))
         delete f.data();
@@ -443,12 +447,15 @@ bool TfMain::Acceso()
     fUsuarioNombre = m_sesion.UsuarioActual;
 
     try {
-        SIBfibEvent = std::make_unique<fb::EventListener>(&m_sesion.fbDatabase());
+        delete SIBfibEvent;
+        SIBfibEvent = new fb::EventListener(&m_sesion.fbDatabase(), this);
+        SIBfibEvent->setObjectName(QStringLiteral("SIBfibEvent"));
         SIBfibEvent->setEvents({QStringLiteral("VentaLAR")});
         SIBfibEvent->registerEvents();
     } catch (const std::exception &) {
         // Nothing listens to it; a failure here changes nothing.
-        SIBfibEvent.reset();
+        delete SIBfibEvent;
+        SIBfibEvent = nullptr;
     }
     return true;
 }

@@ -143,7 +143,8 @@ private:
     Sesion m_sesion;
     QHash<int, QPointer<TMForm>> m_formas;
     QMetaObject::Connection m_cambioFiltro;
-    std::unique_ptr<fb::EventListener> SIBfibEvent;
+    // The "VentaLAR" listener, registered from the login on (child of the window).
+    fb::EventListener *SIBfibEvent = nullptr;
     int m_tag = 0;
     QString m_parametro;
     bool m_mostrado = false;

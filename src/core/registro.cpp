@@ -55,12 +55,15 @@ int buscaNodo(fb::Query &q, const QString &nombre, int padre, QString *valor)
 
 int RegistroNodo(Sesion &s, const QString &nombre, QChar tipo, QString &valor, bool leer, int padre)
 {
+    // Each node on the tree's own short transaction, committed here.
+    fb::TransactionGuard guardia(s.fbRegTrans());
     fb::Query &qReg = s.qReg();
     QString leido;
     int id = buscaNodo(qReg, nombre, padre, &leido);
     if (leer && id > 0) {
         if (tipo == u'V')
             valor = leido;
+        guardia.commit();
         return id;
     }
 
@@ -83,6 +86,7 @@ int RegistroNodo(Sesion &s, const QString &nombre, QChar tipo, QString &valor, b
         qRegUpd.execute();
     }
     id = buscaNodo(qReg, nombre, padre, nullptr);
+    guardia.commit();
     return id;
 }
 

@@ -15,6 +15,10 @@ Sesion::Sesion()
 {
     m_qReg = creaQuery(false, QStringLiteral("qReg"));
     m_qRegUpd = creaQuery(false, QStringLiteral("qRegUpd"));
+    for (fb::Query *q : {m_qReg, m_qRegUpd}) {
+        q->setTransaction(&m_fbRegTrans);
+        q->setAutoCommit(false);
+    }
     m_qQuery = creaQuery(false, QStringLiteral("qQuery"));
     terminaAplicacion = [] {
         // Queued, so that it also ends a loop that isn't running yet.

@@ -48,10 +48,14 @@ public:
     fb::Query &Query1() { return *m_query1; }
     fb::Query &QueryM() { return *m_queryM; }
 
-    // The shared queries of the settings tree and the object tests: on
-    // fbUpdateTrans, committing by themselves after each statement.
+    // The settings tree's queries, on fbRegTrans: the tree commits each node on
+    // that transaction of its own, so a settings read (which may create a key) or
+    // write is durable at once and never commits nor rolls back the screen's
+    // pending work on fbUpdateTrans.
     fb::Query &qReg() { return *m_qReg; }
     fb::Query &qRegUpd() { return *m_qRegUpd; }
+    fb::Transaction &fbRegTrans() { return m_fbRegTrans; }
+    // The object tests' query, on fbUpdateTrans (selects only).
     fb::Query &qQuery() { return *m_qQuery; }
 
     // A query owned by the session. Lectura: on the database's read transaction,
@@ -99,6 +103,7 @@ private:
     fb::Database m_fbMetadatos;
     fb::Transaction m_fbViewTrans{&m_fbDatabase};
     fb::Transaction m_fbUpdateTrans{&m_fbDatabase};
+    fb::Transaction m_fbRegTrans{&m_fbDatabase};
     fb::Transaction m_fbConfigTrans{&m_fbConfig};
     fb::Transaction m_fbMetaTrans{&m_fbMetadatos};
 

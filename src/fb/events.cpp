@@ -14,11 +14,14 @@ using namespace Firebird;
 
 namespace fb {
 
+// What the engine's thread and the owner's thread share. The lock guards only these
+// fields: no call into the client library is ever made while holding it.
 struct EventShared
 {
     std::mutex mutex;
     EventListener *owner = nullptr;
     IEvents *events = nullptr;
+    IEventCallback *callback = nullptr; // kept alive as long as its request
 };
 
 namespace {
@@ -26,7 +29,8 @@ namespace {
 class Callback final : public IEventCallbackImpl<Callback, ThrowStatusWrapper>
 {
 public:
-    Callback(std::shared_ptr<EventShared> shared, std::function<void(std::vector<unsigned char>)> post)
+    Callback(std::shared_ptr<EventShared> shared,
+             std::function<void(std::vector<unsigned char>)> post)
         : m_shared(std::move(shared))
         , m_post(std::move(post))
     {}
@@ -41,8 +45,13 @@ public:
         return 1;
     }
 
+    // Runs on the client library's thread. The lock only keeps the owner alive while
+    // the block is posted to its thread; nothing under it calls into the library.
     void eventCallbackFunction(unsigned length, const ISC_UCHAR *events) override
     {
+        // The remote client also calls back, with nothing, when a request ends.
+        if (length == 0 || !events)
+            return;
         std::vector<unsigned char> block(events, events + length);
         std::lock_guard lock(m_shared->mutex);
         if (m_shared->owner)
@@ -121,8 +130,40 @@ void EventListener::registerEvents()
     queue();
 }
 
+namespace {
+
+// Ends a request taken out of the shared state: outside the lock, because the remote
+// client's release waits for its event thread, which may be inside our callback
+// waiting for that lock.
+void termina(IEvents *ev, IEventCallback *cb, bool cancelar)
+{
+    if (ev) {
+        try {
+            if (cancelar)
+                detail::call([&](ThrowStatusWrapper *st) { ev->cancel(st); });
+        } catch (const Error &) {
+        }
+        ev->release();
+    }
+    if (cb)
+        cb->release();
+}
+
+} // namespace
+
 void EventListener::queue()
 {
+    // The request that fired is over: end it before asking again. Posts in between
+    // aren't lost, since the new request starts from the counts last seen.
+    IEvents *anterior = nullptr;
+    IEventCallback *cbAnterior = nullptr;
+    {
+        std::lock_guard lock(m_shared->mutex);
+        std::swap(anterior, m_shared->events);
+        std::swap(cbAnterior, m_shared->callback);
+    }
+    termina(anterior, cbAnterior, false);
+
     QPointer<EventListener> self(this);
     auto *cb = new Callback(m_shared, [self](std::vector<unsigned char> block) {
         QMetaObject::invokeMethod(
@@ -134,24 +175,23 @@ void EventListener::queue()
             Qt::QueuedConnection);
     });
     cb->addRef();
+    IEvents *ev = nullptr;
     try {
-        IEvents *ev = detail::call([&](ThrowStatusWrapper *st) {
+        ev = detail::call([&](ThrowStatusWrapper *st) {
             return m_db->handle()->att->queEvents(st, cb, unsigned(m_block.size()), m_block.data());
         });
-        std::lock_guard lock(m_shared->mutex);
-        if (m_shared->events)
-            m_shared->events->release();
-        m_shared->events = ev;
     } catch (...) {
         cb->release();
         throw;
     }
-    cb->release();
+    std::lock_guard lock(m_shared->mutex);
+    m_shared->events = ev;
+    m_shared->callback = cb;
 }
 
 void EventListener::deliver(const std::vector<unsigned char> &block)
 {
-    if (!m_shared)
+    if (!m_shared || block.size() != m_block.size())
         return;
     const std::vector<quint32> before = countsOf(m_block, int(m_names.size()));
     const std::vector<quint32> after = countsOf(block, int(m_names.size()));
@@ -175,22 +215,14 @@ void EventListener::unregisterEvents()
     if (!m_shared)
         return;
     IEvents *ev = nullptr;
+    IEventCallback *cb = nullptr;
     {
         std::lock_guard lock(m_shared->mutex);
         m_shared->owner = nullptr;
-        ev = m_shared->events;
-        m_shared->events = nullptr;
+        std::swap(ev, m_shared->events);
+        std::swap(cb, m_shared->callback);
     }
-    if (ev) {
-        try {
-            if (m_db && m_db->isConnected())
-                detail::call([&](ThrowStatusWrapper *st) { ev->cancel(st); });
-            else
-                ev->release();
-        } catch (const Error &) {
-            ev->release();
-        }
-    }
+    termina(ev, cb, m_db && m_db->isConnected());
     m_shared.reset();
 }
 

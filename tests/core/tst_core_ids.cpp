@@ -15,6 +15,8 @@
 #include <QRegularExpression>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 class TestIds : public QObject
 {
     Q_OBJECT
@@ -126,19 +128,20 @@ private slots:
         QTest::addColumn<QString>("folio");
         QTest::addColumn<int>("ancho");
         QTest::addColumn<QString>("esperado");
-        const QList<QStringList> casos = {{"Siguiente", "A00099", "6", "A00100"},
-                                          {"Siguiente", "000099", "6", "000100"},
-                                          {"Siguiente", "A99", "2", "A100"},
-                                          {"Siguiente", "", "3", "001"},
-                                          {"Normaliza", "AB 0012", "0", "AB0012"},
-                                          {"Normaliza", "PV000120", "0", "PV120"},
-                                          {"Normaliza", "pv0012", "0", "pv0012"},
-                                          {"Normaliza", "0012\r\n", "0", "12"},
-                                          {"Numero", "PV000123", "0", "123"},
-                                          {"Numero", "", "0", "0"},
-                                          {"Rellena", "PV123", "9", "PV0000123"},
-                                          {"Rellena", "PV1234567890", "9", "PV1234567890"},
-                                          {"Rellena", "a1", "4", "00a1"}};
+        const QList<QStringList> casos
+            = {{u"Siguiente"_s, u"A00099"_s, u"6"_s, u"A00100"_s},
+               {u"Siguiente"_s, u"000099"_s, u"6"_s, u"000100"_s},
+               {u"Siguiente"_s, u"A99"_s, u"2"_s, u"A100"_s},
+               {u"Siguiente"_s, u""_s, u"3"_s, u"001"_s},
+               {u"Normaliza"_s, u"AB 0012"_s, u"0"_s, u"AB0012"_s},
+               {u"Normaliza"_s, u"PV000120"_s, u"0"_s, u"PV120"_s},
+               {u"Normaliza"_s, u"pv0012"_s, u"0"_s, u"pv0012"_s},
+               {u"Normaliza"_s, u"0012\r\n"_s, u"0"_s, u"12"_s},
+               {u"Numero"_s, u"PV000123"_s, u"0"_s, u"123"_s},
+               {u"Numero"_s, u""_s, u"0"_s, u"0"_s},
+               {u"Rellena"_s, u"PV123"_s, u"9"_s, u"PV0000123"_s},
+               {u"Rellena"_s, u"PV1234567890"_s, u"9"_s, u"PV1234567890"_s},
+               {u"Rellena"_s, u"a1"_s, u"4"_s, u"00a1"_s}};
         for (const QStringList &c : casos)
             QTest::addRow("%s %s", qPrintable(c[0]), qPrintable(c[1]))
                 << c[0] << c[1] << c[2].toInt() << c[3];
@@ -190,16 +193,12 @@ private slots:
         QTest::addColumn<QString>("texto");
         QTest::addColumn<QString>("separador");
         QTest::addColumn<QStringList>("piezas");
-        QTest::newRow("palabras") << "tornillo de  acero"
-                                  << " " << QStringList{"TORNILLO", "DE", "", "ACERO"};
-        QTest::newRow("ultima vacia") << "uno,dos,"
-                                      << "," << QStringList{"UNO", "DOS"};
-        QTest::newRow("primera vacia") << ",x"
-                                       << "," << QStringList{"", "X"};
-        QTest::newRow("solo a-z") << "ñandú"
-                                  << " " << QStringList{"ñANDú"};
-        QTest::newRow("separador largo") << "a--b--"
-                                         << "--" << QStringList{"A", "B"};
+        QTest::newRow("palabras") << u"tornillo de  acero"_s << u" "_s
+                                  << QStringList{u"TORNILLO"_s, u"DE"_s, u""_s, u"ACERO"_s};
+        QTest::newRow("ultima vacia") << u"uno,dos,"_s << u","_s << QStringList{u"UNO"_s, u"DOS"_s};
+        QTest::newRow("primera vacia") << u",x"_s << u","_s << QStringList{u""_s, u"X"_s};
+        QTest::newRow("solo a-z") << u"ñandú"_s << u" "_s << QStringList{u"ñANDú"_s};
+        QTest::newRow("separador largo") << u"a--b--"_s << u"--"_s << QStringList{u"A"_s, u"B"_s};
         QTest::newRow("vacio") << ""
                                << " " << QStringList{};
     }

@@ -16,6 +16,8 @@
 #include <QDir>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 class TestRegistro : public QObject
 {
     Q_OBJECT
@@ -83,7 +85,7 @@ private slots:
     void primeraLecturaCreaLaRuta()
     {
         QString v = QStringLiteral("basura");
-        const int id = lar::Registro(*m_s, {}, "PuntosLar", "Puntos", true, v, "Clave");
+        const int id = lar::Registro(*m_s, {}, u"PuntosLar"_s, u"Puntos"_s, true, v, u"Clave"_s);
         QVERIFY(v.isEmpty());
         // Created in path order, each under the one before; the value empty, not NULL.
         const QString arbol = QStringLiteral(
@@ -92,17 +94,52 @@ private slots:
         const QStringList rows = filas(m_s->fbDatabase(), arbol);
         QCOMPARE(
             rows,
-            QStringList({"PuntosLar|F|-|<null>", "Puntos|F|PuntosLar|<null>", "Clave|V|Puntos|"}));
+            QStringList(
+                {u"PuntosLar|F|-|<null>"_s, u"Puntos|F|PuntosLar|<null>"_s, u"Clave|V|Puntos|"_s}));
         QCOMPARE(QString::number(m_s->RegistroCache.value(QStringLiteral("PuntosLar*Puntos*"))),
                  filas(m_s->fbDatabase(),
-                       "select registro_id from lar_registro where nombre='Puntos'")[0]);
+                       u"select registro_id from lar_registro where nombre='Puntos'"_s)[0]);
 
         // A new session finds the same rows and adds none.
         lar::Sesion &s2 = nuevaSesion();
-        QCOMPARE(lar::Registro(s2, {}, "PuntosLar", "Puntos", true, v, "Clave"), id);
+        QCOMPARE(lar::Registro(s2, {}, u"PuntosLar"_s, u"Puntos"_s, true, v, u"Clave"_s), id);
         QCOMPARE(filas(s2.fbDatabase(), arbol), rows);
         lar::GuardaRegistro(s2, QStringLiteral("Clave"), QStringLiteral("Sí, 5"));
         QCOMPARE(lar::LeeRegistro(s2, QStringLiteral("Clave")), QStringLiteral("Sí, 5"));
+    }
+
+    // Settings reads (which create keys) and writes are committed on the tree's own
+    // transaction: other stations see them at once, while a screen's pending write
+    // on fbUpdateTrans stays pending and can still be rolled back.
+    void ajenoALaTransaccionDeLaPantalla()
+    {
+        lar::Sesion &s = *m_s;
+        s.TransInicia();
+        fb::Query q(&s.fbDatabase(), &s.fbUpdateTrans());
+        q.setSql(QStringLiteral("insert into lar_permisos (modulo, usuario, acceso) values (5, "
+                                "'PENDIENTE', 1)"));
+        q.execute();
+        QCOMPARE(lar::LeeRegistro(s, QStringLiteral("Nueva")), QString());
+        lar::GuardaRegistro(s, QStringLiteral("Otra"), QStringLiteral("x"));
+        QString version;
+        lar::Registro(s, {}, {}, {}, true, version, QStringLiteral("PuntosLar_DB"));
+        QVERIFY(s.fbUpdateTrans().isActive());
+
+        fb::Database otra;
+        m_e->conectaEmpresa(otra);
+        const QString claves = QStringLiteral(
+            "select nombre, valor from lar_registro where nombre in ('Nueva', 'Otra', "
+            "'PuntosLar_DB') order by nombre");
+        const QStringList esperadas{
+            QStringLiteral("Nueva|"), QStringLiteral("Otra|x"), QStringLiteral("PuntosLar_DB|")};
+        QCOMPARE(filas(otra, claves), esperadas);
+        const QString pendiente
+            = QStringLiteral("select count(*) from lar_permisos where usuario = 'PENDIENTE'");
+        QCOMPARE(filas(otra, pendiente), QStringList{QStringLiteral("0")});
+
+        s.UpdateRollback();
+        QCOMPARE(filas(otra, pendiente), QStringList{QStringLiteral("0")});
+        QCOMPARE(filas(otra, claves), esperadas);
     }
 
     // Folder ids stay cached for the whole session, even when the rows go away.
@@ -111,12 +148,12 @@ private slots:
         lar::GuardaRegistro(*m_s, QStringLiteral("Clave"), QStringLiteral("7"));
         ejecuta(m_s->fbDatabase(), QStringLiteral("delete from lar_registro where tipo = 'F'"));
         QCOMPARE(lar::LeeRegistro(*m_s, QStringLiteral("Clave")), QStringLiteral("7"));
-        QVERIFY(filas(m_s->fbDatabase(), "select 1 from lar_registro where tipo='F'").isEmpty());
+        QVERIFY(filas(m_s->fbDatabase(), u"select 1 from lar_registro where tipo='F'"_s).isEmpty());
 
         nuevaSesion();
         QCOMPARE(lar::LeeRegistro(*m_s, QStringLiteral("Clave")), QString());
-        QCOMPARE(filas(m_s->fbDatabase(), "select count(*) from lar_registro where tipo='F'"),
-                 QStringList{"2"});
+        QCOMPARE(filas(m_s->fbDatabase(), u"select count(*) from lar_registro where tipo='F'"_s),
+                 QStringList{u"2"_s});
     }
 
     // A write through folders not yet cached stores its text in their VALOR too,
@@ -129,15 +166,15 @@ private slots:
         lar::GuardaRegistro(*m_s, QStringLiteral("Clave"), QStringLiteral("def"));
         QCOMPARE(
             filas(m_s->fbDatabase(),
-                  "select nombre, valor from lar_registro where tipo='F' order by registro_id"),
-            QStringList({"PuntosLar|abc", "Puntos|abc"}));
+                  u"select nombre, valor from lar_registro where tipo='F' order by registro_id"_s),
+            QStringList({u"PuntosLar|abc"_s, u"Puntos|abc"_s}));
         QCOMPARE(lar::LeeRegistro(*m_s, QStringLiteral("Clave")), QStringLiteral("def"));
 
         QString uno = QStringLiteral("1");
         lar::Registro(*m_s, {}, {}, {}, false, uno, QStringLiteral("PuntosLar"));
         QCOMPARE(filas(m_s->fbDatabase(),
-                       "select tipo, valor from lar_registro where nombre='PuntosLar'"),
-                 QStringList{"V|1"});
+                       u"select tipo, valor from lar_registro where nombre='PuntosLar'"_s),
+                 QStringList{u"V|1"_s});
         QVERIFY(!m_s->RegistroCache.contains(QStringLiteral("**")));
     }
 
@@ -178,9 +215,9 @@ private slots:
             QCOMPARE(c.titulo, QStringLiteral("Aviso del sistema"));
         QVERIFY(!terminada);
         // The read of a missing key leaves it, empty.
-        QCOMPARE(
-            filas(m_s->fbDatabase(), "select valor from lar_registro where nombre='PuntosLar_DB'"),
-            QStringList{valor == u"-" ? QString() : valor.trimmed()});
+        QCOMPARE(filas(m_s->fbDatabase(),
+                       u"select valor from lar_registro where nombre='PuntosLar_DB'"_s),
+                 QStringList{valor == u"-" ? QString() : valor.trimmed()});
         QCOMPARE(m_s->VersionMicrosip, QStringLiteral("7.22.1"));
     }
 
@@ -194,7 +231,7 @@ private slots:
         QVERIFY(guion.cajas().isEmpty());
         QVERIFY(!lar::VerificaDB(s, false));
         QCOMPARE(guion.textos(),
-                 QStringList{"Es necesario actualizar la base de datos para continuar"});
+                 QStringList{u"Es necesario actualizar la base de datos para continuar"_s});
     }
 
     void versionMicrosip_data()
@@ -227,10 +264,11 @@ private slots:
         QCOMPARE(m_s->VersionMicrosip, texto);
         QCOMPARE(terminada, aceptada ? 0 : 1);
         QCOMPARE(guion.textos(),
-                 aceptada ? QStringList()
-                          : QStringList{"Puntos Larvenos 2026 no es compatible con la versión de "
-                                        "Microsip "
-                                        + texto});
+                 aceptada
+                     ? QStringList()
+                     : QStringList{u"Puntos Larvenos 2026 no es compatible con la versión de "_s
+                                   u"Microsip "_s
+                                   + texto});
         ejecuta(m_s->fbMetadatos(),
                 QStringLiteral("update versiones_sis set version_sis = '72201'"));
     }
@@ -258,20 +296,21 @@ private slots:
     {
         lar::Sesion &s = *m_s;
         s.ConfigInicia();
-        const int usuario = lar::RegistroMicrosip(s, "PEPE", 0, "L", false, QString());
+        const int usuario = lar::RegistroMicrosip(s, u"PEPE"_s, 0, u"L"_s, false, QString());
         QVERIFY(usuario > 0);
-        QCOMPARE(lar::RegistroMicrosip(s, "PEPE", 0, "L", false, QString()), usuario);
-        const int microsip = lar::RegistroMicrosip(s, "Microsip", usuario, "L", false, QString());
-        const int empresa = lar::RegistroMicrosip(s, "Empresa", microsip, "V", true, "5");
-        QCOMPARE(lar::RegistroMicrosip(s, "Empresa", microsip, "V", true, "7"), empresa);
-        QCOMPARE(lar::RegistroMicrosip(s, "Empresa", microsip, "V", false, "9"), empresa);
+        QCOMPARE(lar::RegistroMicrosip(s, u"PEPE"_s, 0, u"L"_s, false, QString()), usuario);
+        const int microsip
+            = lar::RegistroMicrosip(s, u"Microsip"_s, usuario, u"L"_s, false, QString());
+        const int empresa = lar::RegistroMicrosip(s, u"Empresa"_s, microsip, u"V"_s, true, u"5"_s);
+        QCOMPARE(lar::RegistroMicrosip(s, u"Empresa"_s, microsip, u"V"_s, true, u"7"_s), empresa);
+        QCOMPARE(lar::RegistroMicrosip(s, u"Empresa"_s, microsip, u"V"_s, false, u"9"_s), empresa);
         s.ConfigCommit();
         // What TfConecta reads back as the user's last company.
         QCOMPARE(filas(s.fbConfig(),
-                       "select valor from registry where nombre='Empresa' and padre_id= (select "
-                       "elemento_id from registry where nombre='Microsip' and padre_id= (select "
-                       "elemento_id from registry where nombre='PEPE' and padre_id=0))"),
-                 QStringList{"7"});
+                       u"select valor from registry where nombre='Empresa' and padre_id= (select "_s
+                       u"elemento_id from registry where nombre='Microsip' and padre_id= (select "_s
+                       u"elemento_id from registry where nombre='PEPE' and padre_id=0))"_s),
+                 QStringList{u"7"_s});
     }
 
     void cargaCatalogo()
@@ -285,7 +324,7 @@ private slots:
                     {n});
         lar::LookupCombo combo;
         for (int vez = 0; vez < 2; ++vez) {
-            lar::CargaCatalogo(s, &combo, "ALMACENES", "ALMACEN_ID", "NOMBRE");
+            lar::CargaCatalogo(s, &combo, u"ALMACENES"_s, u"ALMACEN_ID"_s, u"NOMBRE"_s);
             QCOMPARE(combo.count(), 3);
         }
         QCOMPARE(combo.findChildren<lar::MemTable *>().size(), 1);
@@ -294,10 +333,11 @@ private slots:
         QCOMPARE(combo.itemText(1), largo.left(30));
         QCOMPARE(combo.itemText(2), QStringLiteral("Zona sur"));
         combo.setCurrentIndex(2);
-        QCOMPARE(filas(s.fbDatabase(), "select almacen_id from almacenes where nombre='Zona sur'"),
-                 QStringList{combo.keyValue().toString()});
+        QCOMPARE(
+            filas(s.fbDatabase(), u"select almacen_id from almacenes where nombre='Zona sur'"_s),
+            QStringList{combo.keyValue().toString()});
         ejecuta(s.fbDatabase(), QStringLiteral("delete from almacenes"));
-        lar::CargaCatalogo(s, &combo, "ALMACENES", "ALMACEN_ID", "NOMBRE");
+        lar::CargaCatalogo(s, &combo, u"ALMACENES"_s, u"ALMACEN_ID"_s, u"NOMBRE"_s);
         QCOMPARE(combo.count(), 0);
         QCOMPARE(combo.currentIndex(), -1);
     }

@@ -22,6 +22,8 @@
 #include <QStandardPaths>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 const QStringList kLineas = {QStringLiteral("Inicia"),
@@ -78,30 +80,30 @@ QStringList estado(fb::Database &db)
 {
     QStringList out;
     const QStringList consultas = {
-        "select 'R', rdb$relation_name from rdb$relations where coalesce(rdb$system_flag,0)=0",
-        "select 'P', rdb$procedure_name from rdb$procedures where coalesce(rdb$system_flag,0)=0",
-        "select 'T', rdb$trigger_name, rdb$relation_name, rdb$trigger_type, rdb$trigger_sequence "
-        "from rdb$triggers where coalesce(rdb$system_flag,0)=0",
-        "select 'G', rdb$generator_name from rdb$generators where coalesce(rdb$system_flag,0)=0",
-        "select 'I', i.rdb$relation_name, iif(i.rdb$index_name starting 'RDB$', '', "
-        "i.rdb$index_name), i.rdb$unique_flag, (select list(trim(x.rdb$field_name)) from (select "
-        "s.rdb$field_name from rdb$index_segments s where s.rdb$index_name = i.rdb$index_name "
-        "order by s.rdb$field_position) x) from rdb$indices i where "
-        "coalesce(i.rdb$system_flag,0)=0",
-        "select 'C', r.rdb$relation_name, r.rdb$field_name, f.rdb$field_type, "
-        "f.rdb$field_length, f.rdb$field_scale from rdb$relation_fields r join rdb$fields f on "
-        "f.rdb$field_name = r.rdb$field_source where coalesce(r.rdb$system_flag,0)=0",
-        "select 'U', rdb$user, rdb$user_type, rdb$privilege, rdb$relation_name from "
-        "rdb$user_privileges where rdb$relation_name starting 'LAR_' or rdb$relation_name = "
-        "'CALC_ACUMS_ARTALM'",
-        "select 'MS', clave, titulo, depende from lar_menusistema",
-        "select 'MB', clave, tag, titulo, sistema from lar_menubotones",
-        "select 'MD', tag, lugar, titulo from lar_menubotondef",
-        "select 'CI', nombre, nombre_abrev, naturaleza, folio_autom, tipo from conceptos_in",
-        "select 'RC', nombre, es_ppal, es_gln from roles_claves_clientes",
-        "select 'AT', nombre, nombre_columna, clave_objeto, posicion, tipo, longitud, escala, "
-        "valor_minimo, valor_maximo, valor_default_numerico, valor_default_caracter, requerido "
-        "from atributos"};
+        u"select 'R', rdb$relation_name from rdb$relations where coalesce(rdb$system_flag,0)=0"_s,
+        u"select 'P', rdb$procedure_name from rdb$procedures where coalesce(rdb$system_flag,0)=0"_s,
+        u"select 'T', rdb$trigger_name, rdb$relation_name, rdb$trigger_type, rdb$trigger_sequence "_s
+        u"from rdb$triggers where coalesce(rdb$system_flag,0)=0"_s,
+        u"select 'G', rdb$generator_name from rdb$generators where coalesce(rdb$system_flag,0)=0"_s,
+        u"select 'I', i.rdb$relation_name, iif(i.rdb$index_name starting 'RDB$', '', "_s
+        u"i.rdb$index_name), i.rdb$unique_flag, (select list(trim(x.rdb$field_name)) from (select "_s
+        u"s.rdb$field_name from rdb$index_segments s where s.rdb$index_name = i.rdb$index_name "_s
+        u"order by s.rdb$field_position) x) from rdb$indices i where "_s
+        u"coalesce(i.rdb$system_flag,0)=0"_s,
+        u"select 'C', r.rdb$relation_name, r.rdb$field_name, f.rdb$field_type, "_s
+        u"f.rdb$field_length, f.rdb$field_scale from rdb$relation_fields r join rdb$fields f on "_s
+        u"f.rdb$field_name = r.rdb$field_source where coalesce(r.rdb$system_flag,0)=0"_s,
+        u"select 'U', rdb$user, rdb$user_type, rdb$privilege, rdb$relation_name from "_s
+        u"rdb$user_privileges where rdb$relation_name starting 'LAR_' or rdb$relation_name = "_s
+        u"'CALC_ACUMS_ARTALM'"_s,
+        u"select 'MS', clave, titulo, depende from lar_menusistema"_s,
+        u"select 'MB', clave, tag, titulo, sistema from lar_menubotones"_s,
+        u"select 'MD', tag, lugar, titulo from lar_menubotondef"_s,
+        u"select 'CI', nombre, nombre_abrev, naturaleza, folio_autom, tipo from conceptos_in"_s,
+        u"select 'RC', nombre, es_ppal, es_gln from roles_claves_clientes"_s,
+        u"select 'AT', nombre, nombre_columna, clave_objeto, posicion, tipo, longitud, escala, "_s
+        u"valor_minimo, valor_maximo, valor_default_numerico, valor_default_caracter, requerido "_s
+        u"from atributos"_s};
     for (const QString &c : consultas)
         out << filas(db, c);
     out.sort();
@@ -117,7 +119,8 @@ class TestActualiza : public QObject
 private:
     // A fresh stand-in Microsip for one case, with the replication queue so that
     // every trigger of the scripts has its table.
-    static std::unique_ptr<lartest::EntornoPrueba> entorno(const QStringList &empresas = {"DEMO"})
+    static std::unique_ptr<lartest::EntornoPrueba> entorno(const QStringList &empresas
+                                                           = {u"DEMO"_s})
     {
         lartest::OpcionesPrueba op;
         op.larSync = true;
@@ -192,26 +195,28 @@ private slots:
                      qPrintable(o));
 
         // Seed rows, accents included, read back through the client layer.
-        QCOMPARE(filas(s.fbDatabase(), "select titulo from lar_menusistema order by clave"),
-                 QStringList({"Sistema", "Reportes", "Catálogos", "Operación"}));
+        QCOMPARE(filas(s.fbDatabase(), u"select titulo from lar_menusistema order by clave"_s),
+                 QStringList({u"Sistema"_s, u"Reportes"_s, u"Catálogos"_s, u"Operación"_s}));
         QCOMPARE(filas(s.fbDatabase(),
-                       "select titulo from lar_menubotones where tag in (10, 72) order by tag"),
-                 QStringList({"Configuración del sistema", "Artículos con puntos"}));
-        QCOMPARE(filas(s.fbDatabase(),
-                       "select (select count(*) from lar_menubotones where sistema='LVN'), "
-                       "(select count(*) from lar_menubotondef), (select count(*) from atributos "
-                       "where nombre_columna in ('PUNTOS','VALOR_PUNTOS','ACTIVO_PUNTOS',"
-                       "'EMPLEADO_PUNTOS')), (select count(*) from conceptos_in where "
-                       "nombre='Salida por puntos') from rdb$database"),
-                 QStringList{"10|28|4|1"});
+                       u"select titulo from lar_menubotones where tag in (10, 72) order by tag"_s),
+                 QStringList({u"Configuración del sistema"_s, u"Artículos con puntos"_s}));
+        QCOMPARE(
+            filas(s.fbDatabase(),
+                  u"select (select count(*) from lar_menubotones where sistema='LVN'), "_s
+                  u"(select count(*) from lar_menubotondef), (select count(*) from atributos "_s
+                  u"where nombre_columna in ('PUNTOS','VALOR_PUNTOS','ACTIVO_PUNTOS',"_s
+                  u"'EMPLEADO_PUNTOS')), (select count(*) from conceptos_in where "_s
+                  u"nombre='Salida por puntos') from rdb$database"_s),
+            QStringList{u"10|28|4|1"_s});
 
         // LarvenosPV / Traspasos / Formas and LarvenosPV / Puntos / Formas, and nothing else.
-        QCOMPARE(filas(s.fbConfig(),
-                       "select a.name || '/' || b.name || '/' || c.name from rb_folder a join "
-                       "rb_folder b on b.parent_id = a.folder_id join rb_folder c on c.parent_id "
-                       "= b.folder_id where a.parent_id = 0 order by 1"),
-                 QStringList({"LarvenosPV/Puntos/Formas", "LarvenosPV/Traspasos/Formas"}));
-        QCOMPARE(filas(s.fbConfig(), "select count(*) from rb_folder"), QStringList{"5"});
+        QCOMPARE(
+            filas(s.fbConfig(),
+                  u"select a.name || '/' || b.name || '/' || c.name from rb_folder a join "_s
+                  u"rb_folder b on b.parent_id = a.folder_id join rb_folder c on c.parent_id "_s
+                  u"= b.folder_id where a.parent_id = 0 order by 1"_s),
+            QStringList({u"LarvenosPV/Puntos/Formas"_s, u"LarvenosPV/Traspasos/Formas"_s}));
+        QCOMPARE(filas(s.fbConfig(), u"select count(*) from rb_folder"_s), QStringList{u"5"_s});
     }
 
     void dosVecesMismoEstado()
@@ -222,15 +227,16 @@ private slots:
         const QStringList log1 = actualiza(s);
         const QStringList estado1 = estado(s.fbDatabase());
         const QStringList registro1
-            = filas(s.fbDatabase(), "select nombre, tipo, valor from lar_registro");
+            = filas(s.fbDatabase(), u"select nombre, tipo, valor from lar_registro"_s);
         const QStringList carpetas1
-            = filas(s.fbConfig(), "select folder_id, name, parent_id from rb_folder");
+            = filas(s.fbConfig(), u"select folder_id, name, parent_id from rb_folder"_s);
 
         const QStringList log2 = actualiza(s);
         QCOMPARE(sinHora(log2), sinHora(log1));
         QCOMPARE(estado(s.fbDatabase()), estado1);
-        QCOMPARE(filas(s.fbDatabase(), "select nombre, tipo, valor from lar_registro"), registro1);
-        QCOMPARE(filas(s.fbConfig(), "select folder_id, name, parent_id from rb_folder"),
+        QCOMPARE(filas(s.fbDatabase(), u"select nombre, tipo, valor from lar_registro"_s),
+                 registro1);
+        QCOMPARE(filas(s.fbConfig(), u"select folder_id, name, parent_id from rb_folder"_s),
                  carpetas1);
     }
 
@@ -244,8 +250,8 @@ private slots:
         actualiza(s);
         QString v = QStringLiteral("000041");
         lar::Registro(s, {}, {}, {}, false, v, QStringLiteral("PuntosLar_DB"));
-        ejecuta(s.fbDatabase(), "DROP INDEX LAR_PUNTOS_IDX1");
-        ejecuta(s.fbConfig(), "delete from rb_folder");
+        ejecuta(s.fbDatabase(), u"DROP INDEX LAR_PUNTOS_IDX1"_s);
+        ejecuta(s.fbConfig(), u"delete from rb_folder"_s);
         const QStringList antes = estado(s.fbDatabase());
 
         lartest::GuionMensajes guion;
@@ -254,15 +260,15 @@ private slots:
         QCOMPARE(dlg.windowTitle(), QStringLiteral("Base de datos"));
         QTest::mouseClick(dlg.findChild<QPushButton *>(QStringLiteral("bInicia")), Qt::LeftButton);
         QCOMPARE(guion.textos(),
-                 QStringList{"La base de datos no es compatible, es necesario actualizar el "
-                             "sistema Puntos Larvenos "});
+                 QStringList{u"La base de datos no es compatible, es necesario actualizar el "_s
+                             u"sistema Puntos Larvenos "_s});
         QCOMPARE(guion.cajas()[0].titulo, QStringLiteral("Aviso del sistema"));
         QVERIFY(dlg.findChild<QPlainTextEdit *>(QStringLiteral("vLog"))->toPlainText().isEmpty());
         QVERIFY(dlg.bInicia()->isEnabled());
         QVERIFY(!QApplication::overrideCursor());
         QCOMPARE(version(s), QStringLiteral("000041"));
         QCOMPARE(estado(s.fbDatabase()), antes);
-        QCOMPARE(filas(s.fbConfig(), "select count(*) from rb_folder"), QStringList{"0"});
+        QCOMPARE(filas(s.fbConfig(), u"select count(*) from rb_folder"_s), QStringList{u"0"_s});
     }
 
     // The dialog's run: hourglass and bInicia disabled while the log grows, both
@@ -325,9 +331,9 @@ private slots:
         QStringList log = sinHora(actualiza(s, &a));
         QCOMPARE(log, kLineas);
         QCOMPARE(filas(s.fbDatabase(),
-                       "select count(*) from rdb$indices where rdb$index_name "
-                       "in ('LAR_PUNTOS_IDX1', 'LAR_PUNTOS_IDX2')"),
-                 QStringList{"2"});
+                       u"select count(*) from rdb$indices where rdb$index_name "_s
+                       u"in ('LAR_PUNTOS_IDX1', 'LAR_PUNTOS_IDX2')"_s),
+                 QStringList{u"2"_s});
 
         // A unique index over duplicate titles fails only when the step commits.
         lar::ActualizaDB a2(s);
@@ -349,7 +355,7 @@ private slots:
         const QString isql = QStandardPaths::findExecutable(QStringLiteral("isql-fb"));
         if (isql.isEmpty())
             QSKIP("isql-fb no está instalado");
-        const auto e = entorno({"PROGRAMA", "ISQL"});
+        const auto e = entorno({u"PROGRAMA"_s, u"ISQL"_s});
         for (const QString &nombre : lar::ActualizaDB::nombresScripts()) {
             const QString archivo = lartest::tempPath(nombre + QStringLiteral(".sql"));
             QFile f(archivo);
@@ -359,7 +365,7 @@ private slots:
             QProcess p;
             p.start(
                 isql,
-                {"-q", "-user", "SYSDBA", e->rutaEmpresa(QStringLiteral("ISQL")), "-i", archivo});
+                {u"-q"_s, u"-user"_s, u"SYSDBA"_s, e->rutaEmpresa(u"ISQL"_s), u"-i"_s, archivo});
             QVERIFY(p.waitForFinished(120000));
         }
 
@@ -374,8 +380,8 @@ private slots:
             QVERIFY2(obtenido.contains(l), qPrintable(QStringLiteral("falta con isql: ") + l));
         for (const QString &l : obtenido)
             QVERIFY2(esperado.contains(l), qPrintable(QStringLiteral("sobra con isql: ") + l));
-        QCOMPARE(filas(db, "select titulo from lar_menusistema where clave = 5"),
-                 QStringList{"Catálogos"});
+        QCOMPARE(filas(db, u"select titulo from lar_menusistema where clave = 5"_s),
+                 QStringList{u"Catálogos"_s});
     }
 };
 

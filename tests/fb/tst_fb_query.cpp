@@ -12,6 +12,8 @@
 #include <QSignalSpy>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 using fb::Decimal;
 
 class TestFbQuery : public QObject
@@ -40,10 +42,7 @@ private slots:
                             " L CHAR(30) CHARACTER SET ISO8859_1, TB BLOB SUB_TYPE 1, BB BLOB)"));
     }
 
-    void init()
-    {
-        exec(QStringLiteral("DELETE FROM T"));
-    }
+    void init() { exec(QStringLiteral("DELETE FROM T")); }
 
     void parseParams_data()
     {
@@ -51,20 +50,24 @@ private slots:
         QTest::addColumn<QString>("expected");
         QTest::addColumn<QStringList>("names");
         QTest::newRow("named and repeated")
-            << "select * from t where a = :id or b = :Id and c = :other"
-            << "select * from t where a = ? or b = ? and c = ?" << QStringList{"ID", "ID", "OTHER"};
-        QTest::newRow("positional") << "insert into t values (?, ?)"
-                                    << "insert into t values (?, ?)" << QStringList{"", ""};
-        QTest::newRow("colon in literal") << "select 'a:b', ':x' from t where id = :id"
-                                          << "select 'a:b', ':x' from t where id = ?"
-                                          << QStringList{"ID"};
-        QTest::newRow("doubled quote") << "select 'it''s :no' from t where x=:y"
-                                       << "select 'it''s :no' from t where x=?" << QStringList{"Y"};
-        QTest::newRow("quoted identifier") << "select \"A:B\" from t where x=:y"
-                                           << "select \"A:B\" from t where x=?" << QStringList{"Y"};
-        QTest::newRow("comments") << "select 1 -- :a ?\nfrom t /* :b ? */ where x = :c"
-                                  << "select 1 -- :a ?\nfrom t /* :b ? */ where x = ?"
-                                  << QStringList{"C"};
+            << u"select * from t where a = :id or b = :Id and c = :other"_s
+            << u"select * from t where a = ? or b = ? and c = ?"_s
+            << QStringList{u"ID"_s, u"ID"_s, u"OTHER"_s};
+        QTest::newRow("positional")
+            << u"insert into t values (?, ?)"_s << u"insert into t values (?, ?)"_s
+            << QStringList{u""_s, u""_s};
+        QTest::newRow("colon in literal")
+            << u"select 'a:b', ':x' from t where id = :id"_s
+            << u"select 'a:b', ':x' from t where id = ?"_s << QStringList{u"ID"_s};
+        QTest::newRow("doubled quote")
+            << u"select 'it''s :no' from t where x=:y"_s << u"select 'it''s :no' from t where x=?"_s
+            << QStringList{u"Y"_s};
+        QTest::newRow("quoted identifier")
+            << u"select \"A:B\" from t where x=:y"_s << u"select \"A:B\" from t where x=?"_s
+            << QStringList{u"Y"_s};
+        QTest::newRow("comments") << u"select 1 -- :a ?\nfrom t /* :b ? */ where x = :c"_s
+                                  << u"select 1 -- :a ?\nfrom t /* :b ? */ where x = ?"_s
+                                  << QStringList{u"C"_s};
     }
 
     void parseParams()
@@ -86,7 +89,8 @@ private slots:
         ins.bind(2, QStringLiteral("X"));
         QCOMPARE(ins.execute(), 1);
         fb::Query q(&m_db, &m_tr);
-        q.setSql(QStringLiteral("select v, ':lit' as lit from t where id = :id and (v = :v or :v is null)"));
+        q.setSql(QStringLiteral(
+            "select v, ':lit' as lit from t where id = :id and (v = :v or :v is null)"));
         q.bind(QStringLiteral("id"), 1);
         q.bind(QStringLiteral(":v"), QStringLiteral("a:b"));
         q.open();
@@ -110,12 +114,14 @@ private slots:
         const QString longText = QString(40000, u'é') + QStringLiteral("fin");
 
         fb::Query ins(&m_db, &m_tr);
-        ins.setSql(QStringLiteral("insert into t (id, n52, n185, bi, si, d, f, h, ts, b, c, v, l, tb, bb)"
-                                  " values (:id, :n52, :n185, :bi, :si, :d, :f, :h, :ts, :b, :c, :v,"
-                                  " :l, :tb, :bb)"));
+        ins.setSql(
+            QStringLiteral("insert into t (id, n52, n185, bi, si, d, f, h, ts, b, c, v, l, tb, bb)"
+                           " values (:id, :n52, :n185, :bi, :si, :d, :f, :h, :ts, :b, :c, :v,"
+                           " :l, :tb, :bb)"));
         ins.bind(QStringLiteral("id"), 1);
         ins.bind(QStringLiteral("n52"), QVariant::fromValue(Decimal(125080, 2)));
-        ins.bind(QStringLiteral("n185"), QVariant::fromValue(*Decimal::fromString(u"1234567890123.12345")));
+        ins.bind(QStringLiteral("n185"),
+                 QVariant::fromValue(*Decimal::fromString(u"1234567890123.12345")));
         ins.bind(QStringLiteral("bi"), Q_INT64_C(9000000000000000001));
         ins.bind(QStringLiteral("si"), -7);
         ins.bind(QStringLiteral("d"), 0.1);
@@ -175,7 +181,8 @@ private slots:
         m_tr.commit();
 
         // The stored bytes are Windows-1252, as Microsip writes them.
-        q.setSql(QStringLiteral("select cast(v as varchar(200) character set octets) from t where id = 1"));
+        q.setSql(QStringLiteral(
+            "select cast(v as varchar(200) character set octets) from t where id = 1"));
         q.open();
         QCOMPARE(q.field(0).toBytes().left(9), QByteArray("Cat\xe1logos"));
         m_tr.commit();
@@ -195,13 +202,20 @@ private slots:
     {
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("canonical");
-        QTest::newRow("plain") << "1250.80" << "1250.80";
-        QTest::newRow("negative fraction") << "-0.5" << "-0.5";
-        QTest::newRow("integer") << "12" << "12";
-        QTest::newRow("leading point") << ".25" << "0.25";
-        QTest::newRow("junk") << "1,250.80" << "";
-        QTest::newRow("two points") << "1.2.3" << "";
-        QTest::newRow("empty") << "" << "";
+        QTest::newRow("plain") << "1250.80"
+                               << "1250.80";
+        QTest::newRow("negative fraction") << "-0.5"
+                                           << "-0.5";
+        QTest::newRow("integer") << "12"
+                                 << "12";
+        QTest::newRow("leading point") << ".25"
+                                       << "0.25";
+        QTest::newRow("junk") << "1,250.80"
+                              << "";
+        QTest::newRow("two points") << "1.2.3"
+                                    << "";
+        QTest::newRow("empty") << ""
+                               << "";
     }
 
     void decimalText()
@@ -244,7 +258,8 @@ private slots:
             QFAIL("expected a lock conflict");
         } catch (const fb::Error &e) {
             QCOMPARE(e.iscCode(), fb::isc::DeadLock);
-            QVERIFY(e.message().contains(QStringLiteral("update conflicts with concurrent update")));
+            QVERIFY(
+                e.message().contains(QStringLiteral("update conflicts with concurrent update")));
         }
         m_tr.commit();
         // Read committed: the same transaction now sees the other's commit.
@@ -333,19 +348,19 @@ private slots:
 
     void scriptRunSkipsFailures()
     {
-        const QString script = QStringLiteral(
-            "CREATE TABLE S2 (A INTEGER NOT NULL PRIMARY KEY, B VARCHAR(20));\n"
-            "CREATE TABLE S2 (A INTEGER);\n" // exists: fails
-            "COMMIT WORK;\n"
-            "INSERT INTO S2 VALUES (1, 'Operación');\n"
-            "INSERT INTO S2 VALUES (1, 'repetido');\n" // duplicate: fails
-            "THIS IS NOT SQL;\n"
-            "SET TERM !! ;\n"
-            "CREATE OR ALTER TRIGGER S2_BI FOR S2 BEFORE INSERT AS\n"
-            "BEGIN IF (NEW.B IS NULL) THEN NEW.B = 'vacío'; END!!\n"
-            "SET TERM ; !!\n"
-            "COMMIT WORK;\n" // a new trigger works from the next transaction on
-            "INSERT INTO S2 (A) VALUES (2);\n");
+        const QString script
+            = QStringLiteral("CREATE TABLE S2 (A INTEGER NOT NULL PRIMARY KEY, B VARCHAR(20));\n"
+                             "CREATE TABLE S2 (A INTEGER);\n" // exists: fails
+                             "COMMIT WORK;\n"
+                             "INSERT INTO S2 VALUES (1, 'Operación');\n"
+                             "INSERT INTO S2 VALUES (1, 'repetido');\n" // duplicate: fails
+                             "THIS IS NOT SQL;\n"
+                             "SET TERM !! ;\n"
+                             "CREATE OR ALTER TRIGGER S2_BI FOR S2 BEFORE INSERT AS\n"
+                             "BEGIN IF (NEW.B IS NULL) THEN NEW.B = 'vacío'; END!!\n"
+                             "SET TERM ; !!\n"
+                             "COMMIT WORK;\n" // a new trigger works from the next transaction on
+                             "INSERT INTO S2 (A) VALUES (2);\n");
         QStringList failures;
         fb::ScriptRunner runner(m_db, m_tr);
         runner.setErrorHandler([&](const fb::ScriptStatement &st, const fb::Error &) {
@@ -354,7 +369,7 @@ private slots:
         });
         runner.run(script);
         m_tr.commit();
-        QCOMPARE(failures, (QStringList{"2", "5", "6"}));
+        QCOMPARE(failures, (QStringList{u"2"_s, u"5"_s, u"6"_s}));
         fb::Query q(&m_db, &m_tr);
         q.setSql(QStringLiteral("select list(b, '|') from (select b from s2 order by a)"));
         q.open();
@@ -430,10 +445,7 @@ private slots:
         db.dropDatabase();
     }
 
-    void cleanupTestCase()
-    {
-        m_db.dropDatabase();
-    }
+    void cleanupTestCase() { m_db.dropDatabase(); }
 };
 
 QTEST_MAIN(TestFbQuery)

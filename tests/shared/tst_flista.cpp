@@ -23,6 +23,8 @@
 #include <QTest>
 #include <QTimer>
 
+using namespace Qt::StringLiterals;
+
 using lar::FieldType;
 using lar::MemTable;
 
@@ -55,9 +57,9 @@ void clientes(MemTable &t, int relleno = 0)
     t.addField(QStringLiteral("nombre"), FieldType::String, 200);
     t.addField(QStringLiteral("LimCredito"), FieldType::Currency, 2);
     t.open();
-    t.appendRecord({1, "C-001^ALT7", "ANA PÉREZ", 100});
-    t.appendRecord({2, "C-002", "JUAN ANAYA", 0});
-    t.appendRecord({3, "C-003", "MARIA ANANA", 0});
+    t.appendRecord({1, u"C-001^ALT7"_s, u"ANA PÉREZ"_s, 100});
+    t.appendRecord({2, u"C-002"_s, u"JUAN ANAYA"_s, 0});
+    t.appendRecord({3, u"C-003"_s, u"MARIA ANANA"_s, 0});
     for (int i = 0; i < relleno; ++i)
         t.appendRecord({100 + i,
                         QStringLiteral("R-%1").arg(i),
@@ -99,7 +101,7 @@ private slots:
             [&](lar::TFLista &f) {
                 QCOMPARE(f.windowTitle(), QStringLiteral("Listado de clientes"));
                 LAR_VERIFICA_ACCESIBLE(&f);
-                QCOMPARE(f.Busqueda->items(), (QStringList{"&Clave", "&Nombre"}));
+                QCOMPARE(f.Busqueda->items(), (QStringList{u"&Clave"_s, u"&Nombre"_s}));
                 QCOMPARE(f.Busqueda->itemIndex(), 1); // two items: the second
                 QCOMPARE(f.CampoBusca, QStringLiteral("nombre"));
                 QCOMPARE(f.IdxBusca, 2);
@@ -114,7 +116,7 @@ private slots:
 
                 QTest::keyClicks(f.Busca, QStringLiteral("an an"));
                 QCOMPARE(t.recordCount(), 2); // JUAN ANAYA, MARIA ANANA: AN twice
-                QCOMPARE(f.pintor()->words(), (QStringList{"AN", "AN"}));
+                QCOMPARE(f.pintor()->words(), (QStringList{u"AN"_s, u"AN"_s}));
                 QCOMPARE(f.pintor()->field(), 2);
                 // Each word is sought in what the previous one left.
                 f.Busca->setText(QStringLiteral("ana ana"));
@@ -313,10 +315,10 @@ private slots:
         t.addField(QStringLiteral("Clave"), FieldType::String, 20);
         t.addField(QStringLiteral("Nombre"), FieldType::String, 100);
         t.open();
-        t.appendRecord({1, false, "C-1", "ANA PÉREZ"});
-        t.appendRecord({2, false, "C-2", "JUAN ANAYA"});
-        t.appendRecord({3, true, "C-3", "PEDRO GÓMEZ"});
-        t.appendRecord({4, false, "C-4", "ANABEL RUIZ"});
+        t.appendRecord({1, false, u"C-1"_s, u"ANA PÉREZ"_s});
+        t.appendRecord({2, false, u"C-2"_s, u"JUAN ANAYA"_s});
+        t.appendRecord({3, true, u"C-3"_s, u"PEDRO GÓMEZ"_s});
+        t.appendRecord({4, false, u"C-4"_s, u"ANABEL RUIZ"_s});
         t.setFiltered(true);
         auto activos = [&] {
             QList<int> ids;
@@ -337,7 +339,7 @@ private slots:
                 QVERIFY(f.cxGrid->isVisible());
                 QVERIFY(!f.Lista->isVisible());
                 // The first spec only names the check column.
-                QCOMPARE(f.Busqueda->items(), (QStringList{"Clave", "Nombre"}));
+                QCOMPARE(f.Busqueda->items(), (QStringList{u"Clave"_s, u"Nombre"_s}));
                 QCOMPARE(f.CampoBusca, QStringLiteral("Nombre"));
                 QCOMPARE(f.PopupMenu1->actions().size(), 3);
                 QCOMPARE(f.SeleccionarTodo->text(), QStringLiteral("Seleccionar todo"));
@@ -461,7 +463,7 @@ private slots:
             [&](lar::TFLista &f) {
                 QVERIFY(f.EnConsulta);
                 QCOMPARE(f.dataSet()->recordCount(), 3);
-                QCOMPARE(f.Numericos, QStringList{"CLIENTE_ID"});
+                QCOMPARE(f.Numericos, QStringList{u"CLIENTE_ID"_s});
                 QTest::keyClicks(f.Busca, QStringLiteral("an%ju"));
                 QCOMPARE(f.FiltroConsulta,
                          QStringLiteral("nombre LIKE '%AN%JU%' OR nombre LIKE '%JU%AN%'"));

@@ -10,6 +10,8 @@
 
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 using lar::FieldType;
 using lar::MemTable;
 
@@ -124,19 +126,20 @@ private slots:
         QTest::addColumn<QString>("condicion");
         QTest::addColumn<QStringList>("partes");
         QTest::newRow("two parts, both orders")
-            << "A%B" << true << "nombre LIKE '%A%B%' OR nombre LIKE '%B%A%'"
-            << QStringList{"A", "B"};
+            << u"A%B"_s << true << u"nombre LIKE '%A%B%' OR nombre LIKE '%B%A%'"_s
+            << QStringList{u"A"_s, u"B"_s};
         QTest::newRow("upper-cased")
-            << "ana" << true << "nombre LIKE '%ANA%'" << QStringList{"ANA"};
-        QTest::newRow("case kept") << "ana" << false << "nombre LIKE '%ana%'" << QStringList{"ana"};
+            << u"ana"_s << true << u"nombre LIKE '%ANA%'"_s << QStringList{u"ANA"_s};
+        QTest::newRow("case kept")
+            << u"ana"_s << false << u"nombre LIKE '%ana%'"_s << QStringList{u"ana"_s};
         QTest::newRow("three parts keep the others' order")
             << "a%b%c" << true
-            << "nombre LIKE '%A%B%C%' OR nombre LIKE '%B%A%C%' OR nombre LIKE '%C%A%B%'"
-            << QStringList{"A", "B", "C"};
+            << u"nombre LIKE '%A%B%C%' OR nombre LIKE '%B%A%C%' OR nombre LIKE '%C%A%B%'"_s
+            << QStringList{u"A"_s, u"B"_s, u"C"_s};
         QTest::newRow("blanks are not separators")
-            << "ana per" << true << "nombre LIKE '%ANA PER%'" << QStringList{"ANA PER"};
+            << u"ana per"_s << true << u"nombre LIKE '%ANA PER%'"_s << QStringList{u"ANA PER"_s};
         QTest::newRow("quote goes in as typed")
-            << "o'b" << true << "nombre LIKE '%O'B%'" << QStringList{"O'B"};
+            << u"o'b"_s << true << u"nombre LIKE '%O'B%'"_s << QStringList{u"O'B"_s};
         QTest::newRow("empty text") << "" << true << "" << QStringList{};
     }
 
@@ -190,18 +193,18 @@ private slots:
                             " VALUES (9001, 'Prueba principal', 'S')"));
         exec(QStringLiteral("INSERT INTO ROLES_CLAVES_CLIENTES (ROL_CLAVE_CLI_ID, NOMBRE, ES_PPAL)"
                             " VALUES (9002, 'Prueba alterna', 'N')"));
-        const QStringList clientes{"101, 'ANA PÉREZ', 'A', 1500.50",
-                                   "102, 'JUAN ANAYA', 'A', 0",
-                                   "103, 'BAJA UNO', 'B', 0",
-                                   "104, 'ZACARÍAS NÚÑEZ', 'A', 10"};
+        const QStringList clientes{u"101, 'ANA PÉREZ', 'A', 1500.50"_s,
+                                   u"102, 'JUAN ANAYA', 'A', 0"_s,
+                                   u"103, 'BAJA UNO', 'B', 0"_s,
+                                   u"104, 'ZACARÍAS NÚÑEZ', 'A', 10"_s};
         for (const QString &c : clientes)
             exec(QStringLiteral(
                      "INSERT INTO CLIENTES (CLIENTE_ID, NOMBRE, ESTATUS, LIMITE_CREDITO) VALUES (")
                  + c + u')');
-        const QStringList claves{"201, 101, 'c-001', 9001",
-                                 "202, 101, 'alt7', 9002",
-                                 "203, 102, 'C-002', 9001",
-                                 "204, 103, 'C-003', 9001"};
+        const QStringList claves{u"201, 101, 'c-001', 9001"_s,
+                                 u"202, 101, 'alt7', 9002"_s,
+                                 u"203, 102, 'C-002', 9001"_s,
+                                 u"204, 103, 'C-003', 9001"_s};
         for (const QString &c : claves)
             exec(QStringLiteral(
                      "INSERT INTO CLAVES_CLIENTES (CLAVE_CLIENTE_ID, CLIENTE_ID, CLAVE_CLIENTE,"
@@ -243,18 +246,18 @@ private slots:
         QStringList indices;
         for (const auto &d : m.indexDefs())
             indices << d.name + u':' + d.fields.join(u';');
-        QCOMPARE(indices, (QStringList{"iNombre:nombre", "iClave:clave"}));
+        QCOMPARE(indices, (QStringList{u"iNombre:nombre"_s, u"iClave:clave"_s}));
 
         QStringList nombres;
         for (m.first(); !m.eof(); m.next())
             nombres << m.fieldByName(QStringLiteral("nombre")).asString();
-        QCOMPARE(nombres, (QStringList{"ANA PÉREZ", "JUAN ANAYA", "ZACARÍAS NÚÑEZ"}));
+        QCOMPARE(nombres, (QStringList{u"ANA PÉREZ"_s, u"JUAN ANAYA"_s, u"ZACARÍAS NÚÑEZ"_s}));
 
         QVERIFY(m.locate(QStringLiteral("id"), 101));
         // All the customer's keys, upper-cased, in one text.
         QStringList keys = m.fieldByName(QStringLiteral("clave")).asString().split(u'^');
         keys.sort();
-        QCOMPARE(keys, (QStringList{"ALT7", "C-001"}));
+        QCOMPARE(keys, (QStringList{u"ALT7"_s, u"C-001"_s}));
         QCOMPARE(m.fieldByName(QStringLiteral("LimCredito")).asCurrency(), fb::Decimal(150050, 2));
         QVERIFY(m.locate(QStringLiteral("id"), 104));
         QVERIFY(m.fieldByName(QStringLiteral("clave")).isNull()); // no keys at all

@@ -6,6 +6,8 @@
 
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 using lar::FieldType;
 using lar::MemTable;
 
@@ -36,10 +38,10 @@ private slots:
         m_det.addField(QStringLiteral("CostoUltimaCompra"), FieldType::Float);
         m_det.addField(QStringLiteral("Importe"), FieldType::Currency, 2);
         m_det.open();
-        m_det.appendRecord({10, "A10", 2, 1.5, "10.10"});
-        m_det.appendRecord({11, "B11", 1, 2.25, "0.20"});
-        m_det.appendRecord({10, "A10", 3, 1.5, "5.05"});
-        m_det.appendRecord({12, "O'Brien", QVariant(), QVariant(), QVariant()});
+        m_det.appendRecord({10, u"A10"_s, 2, 1.5, u"10.10"_s});
+        m_det.appendRecord({11, u"B11"_s, 1, 2.25, u"0.20"_s});
+        m_det.appendRecord({10, u"A10"_s, 3, 1.5, u"5.05"_s});
+        m_det.appendRecord({12, u"O'Brien"_s, QVariant(), QVariant(), QVariant()});
         m_sql.registerTable(QStringLiteral("tabla"), &m_det);
 
         m_kardex2.addField(QStringLiteral("puntos"), FieldType::Integer);
@@ -47,9 +49,9 @@ private slots:
         m_kardex2.addField(QStringLiteral("partida"), FieldType::Integer);
         m_kardex2.addField(QStringLiteral("folio"), FieldType::String, 9);
         m_kardex2.open();
-        m_kardex2.appendRecord({50, "Taza", 2, "P1"});
-        m_kardex2.appendRecord({30, "Gorra", 1, "P1"});
-        m_kardex2.appendRecord({70, "Playera", 1, "P2"});
+        m_kardex2.appendRecord({50, u"Taza"_s, 2, u"P1"_s});
+        m_kardex2.appendRecord({30, u"Gorra"_s, 1, u"P1"_s});
+        m_kardex2.appendRecord({70, u"Playera"_s, 1, u"P2"_s});
         m_sql.registerTable(QStringLiteral("Detalle"), &m_kardex2);
     }
 
@@ -74,7 +76,7 @@ private slots:
             << "select sum(CostoUltimaCompra) from TABLA" << QVariant(5.25);
         QTest::newRow("sum of money is exact")
             << "select sum(importe) from tabla" << QVariant::fromValue(fb::Decimal(1535, 2));
-        QTest::newRow("min of text") << "select min(clave) from tabla" << QVariant("A10");
+        QTest::newRow("min of text") << u"select min(clave) from tabla"_s << QVariant(u"A10"_s);
         QTest::newRow("max with condition")
             << "select max(unidades) from tabla where clave <> 'A10'" << QVariant(1LL);
         QTest::newRow("and binds before or") << "select count(*) from tabla where articulo_id = 11 "
@@ -135,7 +137,7 @@ private slots:
         QStringList order;
         for (r.first(); !r.eof(); r.next())
             order << r.field(0).asString();
-        QCOMPARE(order, (QStringList{"Playera", "Gorra", "Taza"}));
+        QCOMPARE(order, (QStringList{u"Playera"_s, u"Gorra"_s, u"Taza"_s}));
 
         MemTable &all
             = m_sql.open(QStringLiteral("select * from detalle where puntos > 40 order by 1;"));

@@ -14,6 +14,8 @@
 #include <QSignalSpy>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 using lar::FieldType;
 using lar::MemTable;
 
@@ -44,11 +46,11 @@ QList<int> ids(MemTable &t)
 }
 
 const QList<QVariantList> kRows = {
-    {1, "pera", "B", "10.50"},
-    {2, "Manzana", "A", "3"},
-    {3, "uva", "B", "7.25"},
-    {4, "anona", "A", "-1.10"},
-    {5, "Zapote", "C", "0"},
+    {1, u"pera"_s, u"B"_s, u"10.50"_s},
+    {2, u"Manzana"_s, u"A"_s, u"3"_s},
+    {3, u"uva"_s, u"B"_s, u"7.25"_s},
+    {4, u"anona"_s, u"A"_s, u"-1.10"_s},
+    {5, u"Zapote"_s, u"C"_s, u"0"_s},
 };
 
 } // namespace
@@ -78,7 +80,7 @@ private slots:
 
         // A row appended while sorted lands by its key; a tie goes after the others.
         t.setIndexFieldNames(QStringLiteral("grupo"));
-        t.appendRecord({6, "mango", "A", "1"});
+        t.appendRecord({6, u"mango"_s, u"A"_s, u"1"_s});
         QCOMPARE(t.fieldByName(QStringLiteral("id")).asInteger(), 6);
         QCOMPARE(t.recNo(), 2);
         QCOMPARE(ids(t), (QList<int>{2, 4, 6, 1, 3, 5}));
@@ -120,7 +122,7 @@ private slots:
         QCOMPARE(t.fieldByName(QStringLiteral("id")).asInteger(), 3);
         QVERIFY(!t.locate(QStringLiteral("nombre"), QStringLiteral("UVA")));
         QVERIFY(t.locate(QStringLiteral("grupo;nombre"),
-                         QVariantList{"B", "pe"},
+                         QVariantList{u"B"_s, u"pe"_s},
                          lar::LocateOptions{false, true}));
         QCOMPARE(t.fieldByName(QStringLiteral("id")).asInteger(), 1);
         // A key that can't be an integer finds nothing instead of failing.
@@ -168,7 +170,7 @@ private slots:
         QCOMPARE(t.upperUtf8(1), std::string_view("ÁNFORA"));
         t.setFiltered(true);
         QCOMPARE(ids(t), (QList<int>{1}));
-        t.appendRecord({8, "Plátano ángel", "B", 1});
+        t.appendRecord({8, u"Plátano ángel"_s, u"B"_s, 1});
         t.refresh();
         QCOMPARE(ids(t), (QList<int>{1, 8}));
         t.setIndexFieldNames(QStringLiteral("nombre"));
@@ -265,7 +267,7 @@ private slots:
         QSignalSpy data(&t, &MemTable::dataChanged);
         t.disableControls();
         for (int i = 0; i < 2000; ++i)
-            t.appendRecord({i, QStringLiteral("n%1").arg(1999 - i, 4, 10, QChar(u'0')), "A", i});
+            t.appendRecord({i, QStringLiteral("n%1").arg(1999 - i, 4, 10, QChar(u'0')), u"A"_s, i});
         QCOMPARE(data.count(), 0);
         t.enableControls();
         QCOMPARE(data.count(), 1);

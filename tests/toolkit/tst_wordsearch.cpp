@@ -8,6 +8,8 @@
 #include <QPainter>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 using Ranges = QList<QPair<int, int>>;
 
 class TestWordSearch : public QObject
@@ -20,11 +22,12 @@ private slots:
         QTest::addColumn<QString>("box");
         QTest::addColumn<QStringList>("words");
         QTest::newRow("empty box") << "" << QStringList{};
-        QTest::newRow("upper-cased") << "ana pérez" << QStringList{"ANA", "PÉREZ"};
-        QTest::newRow("trailing blank adds nothing") << "ana " << QStringList{"ANA"};
-        QTest::newRow("two blanks between") << "ana  pe" << QStringList{"ANA", "", "PE"};
-        QTest::newRow("leading blank") << " ana" << QStringList{"", "ANA"};
-        QTest::newRow("two trailing blanks") << "ana  " << QStringList{"ANA", ""};
+        QTest::newRow("upper-cased") << u"ana pérez"_s << QStringList{u"ANA"_s, u"PÉREZ"_s};
+        QTest::newRow("trailing blank adds nothing") << u"ana "_s << QStringList{u"ANA"_s};
+        QTest::newRow("two blanks between")
+            << u"ana  pe"_s << QStringList{u"ANA"_s, u""_s, u"PE"_s};
+        QTest::newRow("leading blank") << u" ana"_s << QStringList{u""_s, u"ANA"_s};
+        QTest::newRow("two trailing blanks") << u"ana  "_s << QStringList{u"ANA"_s, u""_s};
     }
 
     void split()
@@ -108,7 +111,7 @@ private slots:
         t.addField(QStringLiteral("clave"), lar::FieldType::String, 20);
         t.addField(QStringLiteral("nombre"), lar::FieldType::String, 50);
         t.open();
-        t.appendRecord({"PAN", "PANADERIA PANCHO"});
+        t.appendRecord({u"PAN"_s, u"PANADERIA PANCHO"_s});
         lar::MemTableModel model;
         model.setTable(&t);
 

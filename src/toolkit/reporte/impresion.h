@@ -1,0 +1,15 @@
+#pragma once
+
+#include "reporte.h"
+
+#include <QString>
+
+namespace lar::reporte {
+
+// Sends the report to its device, laying it out first when it has no pages: the
+// printer named by impresora() (no print dialog; copies and document name from the
+// report), the PDF file archivo(), or the spreadsheet file archivo() for
+// XLSReport. False with the Spanish error of whatever failed.
+bool imprimeReporte(Reporte &reporte, QString *error = nullptr);
+
+} // namespace lar::reporte

@@ -1,0 +1,559 @@
+// The articles with points: the list as module and as chooser, search, bulk
+// assignment, save of the rows in sight and its failures, on a real company.
+
+#include "catalog/articulos_lista.h"
+#include "core/registro.h"
+#include "core/sesion.h"
+#include "fb/database.h"
+#include "fb/error.h"
+#include "fb/query.h"
+#include "fb/transaction.h"
+#include "support/entornoprueba.h"
+#include "support/guionmensajes.h"
+#include "support/testenv.h"
+#include "toolkit/memgrid.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QFrame>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTest>
+
+using namespace lar;
+
+namespace {
+
+void ejecuta(Sesion &s, const QString &sql)
+{
+    fb::Query q(&s.fbDatabase(), &s.fbUpdateTrans());
+    q.setSql(sql);
+    q.execute();
+    s.UpdateCommit();
+}
+
+// Articles: id, name, storable, set, status, points, value, keys (principal first).
+struct Art
+{
+    int id;
+    QString nombre;
+    QString almacenable;
+    QString estatus;
+    int puntos;
+    int valor;
+    QStringList claves;
+    int existencia;
+};
+
+const QList<Art> &articulos()
+{
+    static const QList<Art> a{
+        {501,
+         QStringLiteral("BANANA TABASCO"),
+         QStringLiteral("S"),
+         QStringLiteral("A"),
+         1,
+         10,
+         {QStringLiteral("ABC"), QStringLiteral("XYZ")},
+         5},
+        {502,
+         QStringLiteral("ANILLO DE PLATA"),
+         QStringLiteral("S"),
+         QStringLiteral("A"),
+         2,
+         50,
+         {QStringLiteral("ANI-1")},
+         0},
+        {503,
+         QStringLiteral("CORTE DE PELO"),
+         QStringLiteral("N"),
+         QStringLiteral("A"),
+         3,
+         20,
+         {QStringLiteral("SER-1")},
+         0},
+        {504,
+         QStringLiteral("LÁPIZ AZUL"),
+         QStringLiteral("S"),
+         QStringLiteral("A"),
+         0,
+         0,
+         {QStringLiteral("lap-1")},
+         8},
+        {505,
+         QStringLiteral("ARTÍCULO DE BAJA"),
+         QStringLiteral("S"),
+         QStringLiteral("B"),
+         4,
+         5,
+         {QStringLiteral("BAJ-1")},
+         3},
+        {506,
+         QStringLiteral("SUSPENDIDO EN VENTAS"),
+         QStringLiteral("S"),
+         QStringLiteral("V"),
+         5,
+         5,
+         {QStringLiteral("SUS-1")},
+         3},
+    };
+    return a;
+}
+
+void siembraArticulos(Sesion &s)
+{
+    ejecuta(s, QStringLiteral("INSERT INTO GRUPOS_LINEAS VALUES (401, 'Frutas y papelería')"));
+    ejecuta(s, QStringLiteral("INSERT INTO LINEAS_ARTICULOS VALUES (411, 'Frutas', 401)"));
+    ejecuta(s, QStringLiteral("INSERT INTO LINEAS_ARTICULOS VALUES (412, 'Papelería', 401)"));
+    ejecuta(s, QStringLiteral("INSERT INTO ROLES_CLAVES_ARTICULOS VALUES (421, 'Principal', 'S')"));
+    ejecuta(s, QStringLiteral("INSERT INTO ROLES_CLAVES_ARTICULOS VALUES (422, 'Alterna', 'N')"));
+    ejecuta(s,
+            QStringLiteral("INSERT INTO ALMACENES (ALMACEN_ID, NOMBRE) VALUES (431, 'General')"));
+    int claveId = 600;
+    for (const Art &a : articulos()) {
+        fb::Query q(&s.fbDatabase(), &s.fbUpdateTrans());
+        q.setSql(QStringLiteral(
+            "INSERT INTO ARTICULOS (ARTICULO_ID, NOMBRE, ES_ALMACENABLE, ES_JUEGO, ESTATUS,"
+            " UNIDAD_VENTA, UNIDAD_COMPRA, LINEA_ARTICULO_ID) VALUES (:id, :n, :a, 'N', :e,"
+            " 'PZA', 'PZA', :l)"));
+        q.bind(QStringLiteral("id"), a.id);
+        q.bind(QStringLiteral("n"), a.nombre);
+        q.bind(QStringLiteral("a"), a.almacenable);
+        q.bind(QStringLiteral("e"), a.estatus);
+        q.bind(QStringLiteral("l"), a.id == 504 ? 412 : 411);
+        q.execute();
+        // The alternate key goes in first, so that only the role makes the principal one.
+        for (int k = int(a.claves.size()) - 1; k >= 0; --k) {
+            q.setSql(QStringLiteral("INSERT INTO CLAVES_ARTICULOS VALUES (:i, :c, :a, :r)"));
+            q.bind(QStringLiteral("i"), ++claveId);
+            q.bind(QStringLiteral("c"), a.claves[k]);
+            q.bind(QStringLiteral("a"), a.id);
+            q.bind(QStringLiteral("r"), k == 0 ? 421 : 422);
+            q.execute();
+        }
+        q.setSql(QStringLiteral("INSERT INTO LIBRES_ARTICULOS (ARTICULO_ID, PUNTOS, VALOR_PUNTOS)"
+                                " VALUES (:a, :p, :v)"));
+        q.bind(QStringLiteral("a"), a.id);
+        q.bind(QStringLiteral("p"), a.puntos);
+        q.bind(QStringLiteral("v"), a.valor);
+        q.execute();
+        if (a.existencia) {
+            q.setSql(QStringLiteral("INSERT INTO SALDOS_IN (ARTICULO_ID, ALMACEN_ID, ANO, MES,"
+                                    " ENTRADAS_UNIDADES) VALUES (:a, 431, 2020, 1, :e)"));
+            q.bind(QStringLiteral("a"), a.id);
+            q.bind(QStringLiteral("e"), a.existencia);
+            q.execute();
+        }
+        s.UpdateCommit();
+    }
+}
+
+QStringList nombres(MemTable &t)
+{
+    QStringList n;
+    for (int r = 0; r < t.recordCount(); ++r)
+        n << t.valueAt(r, art::NOMBRE).toString();
+    n.sort();
+    return n;
+}
+
+QPair<int, int> puntosGuardados(Sesion &s, int id)
+{
+    fb::Query q(&s.fbDatabase(), &s.fbUpdateTrans());
+    q.setSql(
+        QStringLiteral("SELECT PUNTOS, VALOR_PUNTOS FROM LIBRES_ARTICULOS WHERE ARTICULO_ID = ?"));
+    q.bind(0, id);
+    q.open();
+    QPair<int, int> r{q.field(0).toInt(), q.field(1).toInt()};
+    q.close();
+    s.UpdateCommit();
+    return r;
+}
+
+int fila(MemTable &t, int id)
+{
+    for (int r = 0; r < t.recordCount(); ++r) {
+        if (t.valueAt(r, art::ARTICULO_ID).toInt() == id)
+            return r;
+    }
+    return -1;
+}
+
+} // namespace
+
+class TstArticulos : public QObject
+{
+    Q_OBJECT
+
+    std::unique_ptr<lartest::EntornoPrueba> m_env;
+    Sesion m_s;
+
+    void alternas(bool si)
+    {
+        GuardaRegistro(m_s,
+                       QStringLiteral("Buscar en claves alternas de artículos"),
+                       si ? QStringLiteral("S") : QStringLiteral("N"));
+    }
+
+    void restaura()
+    {
+        for (const Art &a : articulos())
+            ejecuta(m_s,
+                    QStringLiteral("UPDATE LIBRES_ARTICULOS SET PUNTOS = %1, VALOR_PUNTOS = %2"
+                                   " WHERE ARTICULO_ID = %3")
+                        .arg(a.puntos)
+                        .arg(a.valor)
+                        .arg(a.id));
+    }
+
+private slots:
+    void initTestCase()
+    {
+        m_env = std::make_unique<lartest::EntornoPrueba>();
+        m_env->instalaExtension();
+        m_env->conectaSesion(m_s);
+        siembraArticulos(m_s);
+    }
+
+    void init() { restaura(); }
+
+    // Nothing loads on its own; the list opens on "Solo activos"; the key column
+    // holds the principal key, or every key joined by '^' with the setting.
+    void cargaYFiltro()
+    {
+        alternas(false);
+        Tfcat_articulos_lista f(m_s);
+        QCOMPARE(f.tabla().recordCount(), 0);
+        QCOMPARE(f.Filtros.value(f.FiltroIndice), QStringLiteral("Solo activos"));
+        f.Button1Click();
+        QCOMPARE(nombres(f.tabla()),
+                 (QStringList{QStringLiteral("ANILLO DE PLATA"),
+                              QStringLiteral("BANANA TABASCO"),
+                              QStringLiteral("CORTE DE PELO"),
+                              QStringLiteral("LÁPIZ AZUL")}));
+        const int r = fila(f.tabla(), 501);
+        QCOMPARE(f.tabla().valueAt(r, art::CLAVE_ARTICULO).toString(), QStringLiteral("ABC"));
+        QCOMPARE(f.tabla().valueAt(r, art::LINEA).toString(), QStringLiteral("Frutas"));
+        QCOMPARE(f.tabla().valueAt(r, art::GRUPO).toString(), QStringLiteral("Frutas y papelería"));
+        QCOMPARE(f.tabla().valueAt(r, art::PUNTOS).value<fb::Decimal>().toDouble(), 1.0);
+        QCOMPARE(f.tabla().valueAt(r, art::VALOR_PUNTOS).value<fb::Decimal>().toDouble(), 10.0);
+        QCOMPARE(f.tabla().indexDefs().size(), size_t(5));
+
+        QComboBox combo;
+        combo.addItems(f.Filtros);
+        combo.setCurrentIndex(0);
+        f.DoFiltroChange(&combo);
+        QCOMPARE(f.tabla().recordCount(), 6);
+        combo.setCurrentIndex(3); // Solo suspensión de ventas
+        f.DoFiltroChange(&combo);
+        QCOMPARE(nombres(f.tabla()), QStringList{QStringLiteral("SUSPENDIDO EN VENTAS")});
+
+        alternas(true);
+        f.Button1Click();
+        combo.setCurrentIndex(1);
+        f.DoFiltroChange(&combo);
+        const QStringList claves
+            = f.tabla().valueAt(fila(f.tabla(), 501), art::CLAVE_ARTICULO).toString().split(u'^');
+        QCOMPARE(QSet<QString>(claves.begin(), claves.end()),
+                 (QSet<QString>{QStringLiteral("ABC"), QStringLiteral("XYZ")}));
+    }
+
+    // Words on the name and the line; on joined keys, any single key, as written.
+    void busqueda()
+    {
+        alternas(true);
+        Tfcat_articulos_lista f(m_s);
+        f.Button1Click();
+        f.vBusca->setText(QStringLiteral("an an"));
+        QCOMPARE(nombres(f.tabla()), (QStringList{QStringLiteral("BANANA TABASCO")}));
+        f.vBusca->setText(QStringLiteral("ana ana"));
+        QCOMPARE(f.tabla().recordCount(), 0);
+        f.vBusca->setText(QStringLiteral("de"));
+        QCOMPARE(f.tabla().recordCount(), 2);
+        f.vBusca->setText(QStringLiteral("de  pelo"));
+        QCOMPARE(f.tabla().recordCount(), 0);
+
+        f.rLinea->click();
+        QVERIFY(f.vBusca->text().isEmpty());
+        f.vBusca->setText(QStringLiteral("papel"));
+        QCOMPARE(nombres(f.tabla()), QStringList{QStringLiteral("LÁPIZ AZUL")});
+
+        f.rClave->click();
+        f.vBusca->setText(QStringLiteral("xyz"));
+        QCOMPARE(nombres(f.tabla()), QStringList{QStringLiteral("BANANA TABASCO")});
+        const QString claves = f.tabla().valueAt(0, art::CLAVE_ARTICULO).toString();
+        QCOMPARE(f.textoClave(claves), QStringLiteral("XYZ"));
+        QCOMPARE(f.claveElegida(), QStringLiteral("XYZ"));
+        // Words matching across two keys find nothing.
+        f.vBusca->setText(QStringLiteral("ABCXYZ"));
+        QCOMPARE(f.tabla().recordCount(), 0);
+        // Keys are not upper-cased: a lower-case key is out of reach.
+        f.vBusca->setText(QStringLiteral("lap"));
+        QCOMPARE(f.tabla().recordCount(), 0);
+        f.vBusca->clear();
+        QCOMPARE(f.textoClave(claves), claves.section(u'^', 0, 0));
+
+        // Esc empties the box.
+        f.vBusca->setText(QStringLiteral("ABC"));
+        QTest::keyClick(f.vBusca, Qt::Key_Escape);
+        QVERIFY(f.vBusca->text().isEmpty());
+    }
+
+    // Save writes the rows in sight only, nulls as 0, after a Yes.
+    void guardaLoQueSeVe()
+    {
+        alternas(false);
+        lartest::GuionMensajes guion;
+        Tfcat_articulos_lista f(m_s);
+        f.Acceso = 1 | 2 | 4;
+        f.show();
+        QVERIFY(f.bGuardar->isVisible());
+        f.Button1Click();
+        f.vBusca->setText(QStringLiteral("ANILLO"));
+        QCOMPARE(f.tabla().recordCount(), 1);
+        f.tabla().setValueAt(0, art::PUNTOS, 7);
+        f.tabla().setValueAt(0, art::VALOR_PUNTOS, QVariant());
+
+        guion.responde({mb::IdNo});
+        f.bGuardar->click();
+        QCOMPARE(guion.cajas().size(), 1);
+        QCOMPARE(guion.cajas()[0].texto, QStringLiteral("¿Desea guardar los cambios?"));
+        QCOMPARE(guion.cajas()[0].titulo, QStringLiteral("Guardar"));
+        QCOMPARE(guion.cajas()[0].predeterminado(), 2);
+        QCOMPARE(puntosGuardados(m_s, 502), qMakePair(2, 50));
+
+        guion.responde({mb::IdYes});
+        f.bGuardar->click();
+        QCOMPARE(guion.cajas().size(), 2);
+        QCOMPARE(puntosGuardados(m_s, 502), qMakePair(7, 0));
+        // The rows the search hid keep what they had.
+        QCOMPARE(puntosGuardados(m_s, 501), qMakePair(1, 10));
+        QCOMPARE(puntosGuardados(m_s, 503), qMakePair(3, 20));
+    }
+
+    // Bulk assignment: the rows in sight, only with the right for that column.
+    void asignacion()
+    {
+        alternas(false);
+        lartest::GuionMensajes guion;
+        Tfcat_articulos_lista f(m_s);
+        f.Acceso = 1 | 2; // points, not value
+        f.show();
+        QVERIFY(f.cxGrid->memModel()->column(Tfcat_articulos_lista::colPuntos).editable);
+        QVERIFY(!f.cxGrid->memModel()->column(Tfcat_articulos_lista::colValor).editable);
+        f.Button1Click();
+        f.vBusca->setText(QStringLiteral("DE"));
+        QCOMPARE(f.tabla().recordCount(), 2);
+
+        f.BitBtn5->click(); // blank box: nothing
+        f.vAplica->setText(QStringLiteral("9"));
+        f.rValor->setChecked(true);
+        f.BitBtn5->click(); // no right for the value: nothing
+        f.rPuntos->setChecked(true);
+        f.BitBtn5->click();
+        QVERIFY(guion.cajas().isEmpty());
+        for (int r = 0; r < f.tabla().recordCount(); ++r) {
+            QCOMPARE(f.tabla().valueAt(r, art::PUNTOS).value<fb::Decimal>().toDouble(), 9.0);
+            QVERIFY(f.tabla().valueAt(r, art::VALOR_PUNTOS).value<fb::Decimal>().toDouble() != 9.0);
+        }
+        f.vBusca->clear();
+        QCOMPARE(
+            f.tabla().valueAt(fila(f.tabla(), 501), art::PUNTOS).value<fb::Decimal>().toDouble(),
+            1.0);
+
+        // Ctrl with the keypad's plus and minus on a focused points cell.
+        const int r = fila(f.tabla(), 501);
+        f.cxGrid->setCurrentIndex(f.cxGrid->model()->index(r, Tfcat_articulos_lista::colPuntos));
+        QTest::keyClick(f.cxGrid, Qt::Key_Plus, Qt::ControlModifier | Qt::KeypadModifier);
+        QTest::keyClick(f.cxGrid, Qt::Key_Plus, Qt::ControlModifier | Qt::KeypadModifier);
+        QTest::keyClick(f.cxGrid, Qt::Key_Minus, Qt::ControlModifier | Qt::KeypadModifier);
+        QCOMPARE(f.tabla().valueAt(r, art::PUNTOS).value<fb::Decimal>().toDouble(), 2.0);
+
+        // Neither right: no save button, and the assignment does nothing.
+        Tfcat_articulos_lista g(m_s);
+        g.Acceso = 1;
+        g.show();
+        QVERIFY(!g.bGuardar->isVisible());
+        g.Button1Click();
+        g.vAplica->setText(QStringLiteral("4"));
+        g.BitBtn5->click();
+        QCOMPARE(
+            g.tabla().valueAt(fila(g.tabla(), 501), art::PUNTOS).value<fb::Decimal>().toDouble(),
+            1.0);
+    }
+
+    // The redemption's chooser: what the points pay for, in stock, by the warehouse.
+    void selectorCanje()
+    {
+        alternas(true);
+        Tfcat_articulos_lista f(m_s);
+        QList<QPair<int, QString>> recibidos;
+        f.ConfiguraCanje(431, 20, [&](int id, const QString &clave, double cantidad) {
+            recibidos.append({id, clave});
+            return cantidad == 1.0;
+        });
+        QVERIFY(f.Panel2->isHidden());
+        QVERIFY(f.SoloPorPuntos);
+        QVERIFY(!f.chkExist->isHidden() && f.chkExist->isChecked());
+        QVERIFY(!f.cxGrid->isColumnHidden(Tfcat_articulos_lista::colExistencia));
+        QVERIFY(!f.cxGrid->isColumnHidden(Tfcat_articulos_lista::colValor));
+        for (int c : {Tfcat_articulos_lista::colPuntos,
+                      Tfcat_articulos_lista::colAlmacenable,
+                      Tfcat_articulos_lista::colJuego,
+                      Tfcat_articulos_lista::colEstatus})
+            QVERIFY(f.cxGrid->isColumnHidden(c));
+        QVERIFY(!f.bCancelar->isHidden() && !f.bAdd->isHidden() && f.bGuardar->isHidden());
+
+        // 20 points: BANANA (10, stock 5). Not ANILLO (50), not LÁPIZ (value 0),
+        // not CORTE (in sight only without stock rule: not storable, stock 0).
+        f.Button1Click();
+        QCOMPARE(nombres(f.tabla()), QStringList{QStringLiteral("BANANA TABASCO")});
+        QCOMPARE(f.tabla().valueAt(0, art::Existencia).toDouble(), 5.0);
+        f.chkExist->setChecked(false);
+        f.Button1Click();
+        QCOMPARE(nombres(f.tabla()),
+                 (QStringList{QStringLiteral("BANANA TABASCO"), QStringLiteral("CORTE DE PELO")}));
+
+        // bAdd passes the key in use and closes the chooser.
+        f.rClave->click();
+        f.vBusca->setText(QStringLiteral("XYZ"));
+        f.bAdd->click();
+        QCOMPARE(recibidos, (QList<QPair<int, QString>>{{501, QStringLiteral("XYZ")}}));
+        QCOMPARE(f.result(), 1);
+        // Searching another column passes no key.
+        f.rNombre->click();
+        f.vBusca->setText(QStringLiteral("BANANA"));
+        f.bAdd->click();
+        QCOMPARE(recibidos.last(), qMakePair(501, QString()));
+    }
+
+    // The activity's chooser: not storable articles, Puntos in sight, double click adds.
+    void selectorActividad()
+    {
+        alternas(false);
+        Tfcat_articulos_lista f(m_s);
+        int recibido = 0;
+        f.ConfiguraActividad(100, [&](int id, const QString &, double) {
+            recibido = id;
+            return false;
+        });
+        QVERIFY(f.chkExist->isHidden() && !f.chkExist->isChecked());
+        QVERIFY(f.cxGrid->isColumnHidden(Tfcat_articulos_lista::colExistencia));
+        QVERIFY(f.cxGrid->isColumnHidden(Tfcat_articulos_lista::colValor));
+        QVERIFY(!f.cxGrid->isColumnHidden(Tfcat_articulos_lista::colPuntos));
+        QVERIFY(f.bCancelar->isHidden());
+        f.Button1Click();
+        QCOMPARE(nombres(f.tabla()), QStringList{QStringLiteral("CORTE DE PELO")});
+        f.show();
+        const QModelIndex i = f.cxGrid->model()->index(0, Tfcat_articulos_lista::colNombre);
+        QTest::mouseClick(
+            f.cxGrid->viewport(), Qt::LeftButton, {}, f.cxGrid->visualRect(i).center());
+        QTest::mouseDClick(
+            f.cxGrid->viewport(), Qt::LeftButton, {}, f.cxGrid->visualRect(i).center());
+        QCOMPARE(recibido, 503);
+        QVERIFY(f.isVisible()); // the receiver said no: the chooser stays
+    }
+
+    // AgregaArt by key; an unknown key says so and adds nothing.
+    void agregaArt()
+    {
+        lartest::GuionMensajes guion;
+        Tfcat_articulos_lista f(m_s);
+        QVERIFY(f.AgregaArt(QStringLiteral("XYZ"), 0, 30, 3));
+        QCOMPARE(f.tabla().recordCount(), 1);
+        QCOMPARE(f.tabla().valueAt(0, art::ARTICULO_ID).toInt(), 501);
+        QCOMPARE(f.tabla().valueAt(0, art::VALOR_PUNTOS).value<fb::Decimal>().toDouble(), 30.0);
+        QVERIFY(!f.AgregaArt(QStringLiteral("NO-EXISTE"), 0, 1, 1));
+        QCOMPARE(guion.textos(),
+                 QStringList{QStringLiteral("No fue posible encontrar el artículo")});
+        QCOMPARE(f.tabla().recordCount(), 1);
+    }
+
+    // A foreign key failure rolls the whole save back and keeps the figures.
+    void guardaFallaLlaveForanea()
+    {
+        lartest::GuionMensajes guion;
+        Tfcat_articulos_lista f(m_s);
+        f.Acceso = 7;
+        QVERIFY(f.AgregaArt(QString(), 502, 33, 44));
+        f.tabla().appendRecord({999999,
+                                QStringLiteral("FANTASMA"),
+                                QStringLiteral("FANTASMA"),
+                                QStringLiteral("S"),
+                                QStringLiteral("N"),
+                                QStringLiteral("A")});
+        guion.responde({mb::IdYes});
+        f.bGuardarClick();
+        QCOMPARE(guion.cajas().size(), 2);
+        QCOMPARE(guion.cajas()[1].titulo, QStringLiteral("Error de datos"));
+        QCOMPARE(guion.cajas()[1].icono(), mb::IconStop);
+        QVERIFY(guion.cajas()[1].texto.startsWith(
+            QStringLiteral("No fue posible encontrar un valor en los catálogos: \r\n")));
+        QCOMPARE(puntosGuardados(m_s, 502), qMakePair(2, 50));
+        QCOMPARE(f.tabla().recordCount(), 2);
+        QVERIFY(f.pAvisa->isHidden() && f.Panel2->isEnabled());
+    }
+
+    void textosDeError()
+    {
+        const QString m = QStringLiteral("mensaje");
+        QCOMPARE(TextoErrorDatos(fb::Error(m, 335544345)),
+                 QStringLiteral("Conflicto de datos, vuelva a guardar en un momento\r\nmensaje"));
+        QCOMPARE(TextoErrorDatos(fb::Error(m, 335544548)),
+                 QStringLiteral("Dato duplicado: \r\nmensaje"));
+        QCOMPARE(TextoErrorDatos(fb::Error(m, 335544321)),
+                 QStringLiteral("Error 335544321\r\nmensaje"));
+    }
+
+    // Another station holds the row: the engine's code decides the words, and the
+    // user's figures stay for a second save.
+    void conflictoEntreEstaciones()
+    {
+        if (!lartest::serverAvailable())
+            QSKIP("needs the local test server (scripts/fbserver start)");
+        lartest::OpcionesPrueba op;
+        op.servidor = true;
+        lartest::EntornoPrueba env(op);
+        env.instalaExtension();
+        Sesion s;
+        env.conectaSesion(s);
+        siembraArticulos(s);
+
+        fb::Database otra;
+        env.conectaEmpresa(otra);
+        fb::Transaction tOtra(&otra);
+        fb::Query qOtra(&otra, &tOtra);
+        qOtra.setSql(
+            QStringLiteral("UPDATE LIBRES_ARTICULOS SET PUNTOS = 99 WHERE ARTICULO_ID = 502"));
+        qOtra.execute();
+
+        lartest::GuionMensajes guion;
+        Tfcat_articulos_lista f(s);
+        f.Acceso = 7;
+        f.show();
+        f.Button1Click();
+        f.vBusca->setText(QStringLiteral("ANILLO"));
+        f.tabla().setValueAt(0, art::PUNTOS, 12);
+        guion.responde({mb::IdYes});
+        f.bGuardar->click();
+        QCOMPARE(guion.cajas().size(), 2);
+        QCOMPARE(guion.cajas()[1].titulo, QStringLiteral("Error de datos"));
+        QVERIFY2(guion.cajas()[1].texto.startsWith(
+                     QStringLiteral("Bloqueo de datos, vuelva a guardar en un momento\r\n")),
+                 qPrintable(guion.cajas()[1].texto));
+        QCOMPARE(f.tabla().valueAt(0, art::PUNTOS).value<fb::Decimal>().toDouble(), 12.0);
+        QVERIFY(f.bGuardar->isEnabled() && f.vBusca->isEnabled());
+
+        tOtra.rollback();
+        guion.responde({mb::IdYes});
+        f.bGuardar->click();
+        QCOMPARE(guion.cajas().size(), 3);
+        QCOMPARE(puntosGuardados(s, 502), qMakePair(12, 50));
+        s.desconecta();
+    }
+};
+
+QTEST_MAIN(TstArticulos)
+#include "tst_articulos.moc"

@@ -1,0 +1,324 @@
+// The forms store, the print dialog and the preview, offscreen on a stand-in
+// Microsip with the extension installed.
+#include "core/ayudagui.h"
+#include "core/registro.h"
+#include "core/sesion.h"
+#include "reports/formas.h"
+#include "reports/imprimirforma.h"
+#include "reports/preview.h"
+#include "support/entornoprueba.h"
+#include "support/guionmensajes.h"
+#include "toolkit/memgrid.h"
+#include "toolkit/memtable.h"
+#include "toolkit/reporte/reporte.h"
+#include "toolkit/reporte/visor.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPrinterInfo>
+#include <QPushButton>
+#include <QTabWidget>
+#include <QTest>
+#include <QToolButton>
+
+using namespace lar;
+
+namespace {
+
+// A numbered list of 150 rows (three pages) whose header carries the document id.
+QByteArray listado(const QString &titulo)
+{
+    return QStringLiteral(R"(<reporte nombre="%1" vistaDetalle="Filas">
+  <vista nombre="Doc"><sql>select cast(:DOCTO_ID as integer) as ID from rdb$database</sql></vista>
+  <vista nombre="Filas"><sql>with recursive n(i) as (select 1 from rdb$database union all
+    select i + 1 from n where i &lt; 150) select i as N from n where :DOCTO_ID = :DOCTO_ID</sql></vista>
+  <banda tipo="titulo" alto="10">
+    <texto nombre="titulo" x="0" y="0" ancho="100" alto="8">%1</texto>
+    <campo nombre="id" x="120" y="0" ancho="30" alto="8">Doc.ID</campo>
+  </banda>
+  <banda tipo="detalle" alto="5"><campo nombre="n" x="0" y="0" ancho="30" alto="5">N</campo></banda>
+</reporte>)")
+        .arg(titulo)
+        .toUtf8();
+}
+
+} // namespace
+
+class TestImprimirForma : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<lartest::EntornoPrueba> m_e;
+    std::unique_ptr<Sesion> m_s;
+    int m_formas = 0;
+
+    std::unique_ptr<TfImprimirForma> dialogo(int folder, int docto = 7, int copias = 0)
+    {
+        auto d = std::make_unique<TfImprimirForma>(*m_s);
+        d->Carpeta = QStringLiteral("LarvenosPV");
+        d->Subcarpeta = QStringLiteral("Puntos");
+        d->Documento = QStringLiteral("Venta A42");
+        d->DoctoId = docto;
+        d->FolderId = folder;
+        d->Copias = copias;
+        d->show();
+        return d;
+    }
+    static QLineEdit *forma(TfImprimirForma &d)
+    {
+        return d.findChild<QLineEdit *>(QStringLiteral("vForma"));
+    }
+    static bool habilitados(TfImprimirForma &d)
+    {
+        return d.findChild<QPushButton *>(QStringLiteral("bPrint"))->isEnabled()
+               && d.findChild<QPushButton *>(QStringLiteral("bPreview"))->isEnabled();
+    }
+
+private slots:
+    void initTestCase()
+    {
+        m_e = std::make_unique<lartest::EntornoPrueba>();
+        m_e->instalaExtension();
+        m_s = std::make_unique<Sesion>();
+        m_e->conectaSesion(*m_s);
+    }
+
+    // The folder tree, the list of forms and the loading of a template with its
+    // parameters replaced.
+    void almacenDeFormas()
+    {
+        QCOMPARE(FolderFormas(*m_s), 0);
+        const int raiz = AseguraFolder(*m_s, QStringLiteral("LarvenosPV"), 0);
+        QVERIFY(raiz > 0);
+        QCOMPARE(AseguraFolder(*m_s, QStringLiteral("LarvenosPV"), 0), raiz);
+        const int puntos = AseguraFolder(*m_s, QStringLiteral("Puntos"), raiz);
+        // A "Formas" elsewhere in the tree isn't the one.
+        AseguraFolder(
+            *m_s, QStringLiteral("Formas"), AseguraFolder(*m_s, QStringLiteral("Traspasos"), raiz));
+        QCOMPARE(FolderFormas(*m_s), 0);
+        m_formas = AseguraFolder(*m_s, QStringLiteral("Formas"), puntos);
+        QCOMPARE(FolderFormas(*m_s), m_formas);
+
+        GuardaForma(
+            *m_s, m_formas, QStringLiteral("Vale"), listado(QStringLiteral("Vale de canje")));
+        GuardaForma(*m_s, m_formas, QStringLiteral("Boleto"), listado(QStringLiteral("Boleto")));
+        GuardaForma(*m_s, m_formas, QStringLiteral("Actividad"), listado(QStringLiteral("Ñandú")));
+        GuardaForma(
+            *m_s, m_formas, QStringLiteral("Vale"), listado(QStringLiteral("Vale de canje")));
+        QCOMPARE(ListaFormas(*m_s, m_formas),
+                 (QStringList{QStringLiteral("Actividad"),
+                              QStringLiteral("Boleto"),
+                              QStringLiteral("Vale")}));
+        QVERIFY(ListaFormas(*m_s, 0).isEmpty());
+
+        reporte::Reporte r;
+        QString error;
+        QVERIFY(!CargaPlantilla(*m_s, r, m_formas, QStringLiteral("vale"), 1, {}, &error));
+        QCOMPARE(error, QStringLiteral("No existe la forma \"vale\"."));
+        QVERIFY2(CargaPlantilla(*m_s,
+                                r,
+                                m_formas,
+                                QStringLiteral("Actividad"),
+                                31,
+                                QStringLiteral("Venta "),
+                                &error),
+                 qPrintable(error));
+        QCOMPARE(r.nombreDocumento(), QStringLiteral("Venta "));
+        QCOMPARE(r.plantilla().vistas[0].principal.sql,
+                 QStringLiteral("select cast(31 as integer) as ID from rdb$database"));
+        QVERIFY(r.plantilla().vistas[1].principal.sql.endsWith(QStringLiteral("where 31 = 31")));
+        QVERIFY2(r.genera(&error), qPrintable(error));
+        QCOMPARE(r.documento().hojas.size(), 3);
+        QCOMPARE(r.documento().hojas[0].textos().mid(0, 2),
+                 (QStringList{QStringLiteral("Ñandú"), QStringLiteral("31")}));
+    }
+
+    // Every parameter gets the same digits, by plain text search: a shorter name
+    // eats into a longer one that begins with it when it comes first.
+    void reemplazoDeParametros()
+    {
+        reporte::Plantilla p;
+        reporte::Vista v;
+        v.nombre = QStringLiteral("V");
+        v.consultas << reporte::TextoSql{
+            QStringLiteral("C"),
+            QStringLiteral("select * from t where a = :DOCTO and b = :DOCTO_ID and c = :DOCTO")};
+        v.consultas << reporte::TextoSql{
+            QStringLiteral("D"),
+            QStringLiteral("select * from t where b = :DOCTO_ID and a = :DOCTO")};
+        v.principal = reporte::TextoSql{
+            QStringLiteral("V"),
+            QStringLiteral("select ':X' from t where f = :FECHA and s = :CLAVE")};
+        p.vistas << v;
+        reporte::Vista sin;
+        sin.nombre = QStringLiteral("Sin");
+        sin.principal.sql = QStringLiteral("select 1 from rdb$database");
+        p.vistas << sin;
+        ReemplazaParametros(p, 0);
+        QCOMPARE(p.vistas[0].consultas[0].sql,
+                 QStringLiteral("select * from t where a = 0 and b = 0_ID and c = 0"));
+        QCOMPARE(p.vistas[0].consultas[1].sql,
+                 QStringLiteral("select * from t where b = 0 and a = 0"));
+        // A date or text parameter gets digits as well; a literal stays.
+        QCOMPARE(p.vistas[0].principal.sql,
+                 QStringLiteral("select ':X' from t where f = 0 and s = 0"));
+        QCOMPARE(p.vistas[1].principal.sql, QStringLiteral("select 1 from rdb$database"));
+    }
+
+    // The remembered form is selected; a renamed one leaves the prompt, with print
+    // and preview off until a form is taken from the forms tab.
+    void formaRecordadaYPestanaFormas()
+    {
+        QVERIFY(m_formas > 0);
+        RecuerdaForma(
+            *m_s, QStringLiteral("LarvenosPV"), QStringLiteral("Puntos"), QStringLiteral("Vale"));
+        {
+            auto d = dialogo(m_formas);
+            QCOMPARE(forma(*d)->text(), QStringLiteral("Vale"));
+            QVERIFY(habilitados(*d));
+            QCOMPARE(d->windowTitle(), QStringLiteral("Imprimir"));
+        }
+        // The memory is per user, folder and subfolder.
+        QString otro = QStringLiteral("Boleto");
+        Registro(*m_s,
+                 QStringLiteral("Ventas"),
+                 m_s->UsuarioActual,
+                 QStringLiteral("Puntos"),
+                 false,
+                 otro,
+                 QStringLiteral("Forma"));
+        {
+            auto ventas = std::make_unique<TfImprimirForma>(*m_s);
+            ventas->Carpeta = QStringLiteral("Puntos");
+            ventas->Subcarpeta = QStringLiteral("Ventas");
+            ventas->FolderId = m_formas;
+            ventas->show();
+            QCOMPARE(forma(*ventas)->text(), QStringLiteral("Boleto"));
+        }
+        RecuerdaForma(*m_s,
+                      QStringLiteral("LarvenosPV"),
+                      QStringLiteral("Puntos"),
+                      QStringLiteral("Vale viejo"));
+        auto d = dialogo(m_formas);
+        QLineEdit *v = forma(*d);
+        QCOMPARE(v->text(), TfImprimirForma::indicacion());
+        QCOMPARE(v->palette().color(QPalette::Text), QColor(Qt::gray));
+        QVERIFY(!habilitados(*d));
+
+        auto *tabs = d->findChild<QTabWidget *>(QStringLiteral("pcPaginas"));
+        QCOMPARE(tabs->currentIndex(), 0);
+        QTest::mouseClick(v, Qt::LeftButton);
+        QCOMPARE(tabs->tabText(tabs->currentIndex()), QStringLiteral("Forma"));
+        // Going there took the current row's name.
+        QCOMPARE(v->text(), QStringLiteral("Actividad"));
+        QVERIFY(habilitados(*d));
+        QVERIFY(v->palette().color(QPalette::Text) != QColor(Qt::gray));
+        auto *grid = d->findChild<MemGrid *>(QStringLiteral("cxGridFormas"));
+        grid->setCurrentIndex(grid->model()->index(2, 0));
+        QCOMPARE(v->text(), QStringLiteral("Vale"));
+        // Row changes on the other tab don't copy.
+        tabs->setCurrentIndex(0);
+        grid->setCurrentIndex(grid->model()->index(1, 0));
+        QCOMPARE(v->text(), QStringLiteral("Vale"));
+        QTest::mouseClick(v, Qt::LeftButton);
+        QCOMPARE(tabs->currentIndex(), 0);
+
+        // No folder: no forms, nothing to print or preview.
+        auto sinCarpeta = dialogo(0);
+        QCOMPARE(forma(*sinCarpeta)->text(), TfImprimirForma::indicacion());
+        QVERIFY(!habilitados(*sinCarpeta));
+        QTest::mouseClick(forma(*sinCarpeta), Qt::LeftButton);
+        QCOMPARE(forma(*sinCarpeta)->text(), TfImprimirForma::indicacion());
+        QVERIFY(!habilitados(*sinCarpeta));
+    }
+
+    // The preview from the dialog: navigation, page box, zoom box and buttons;
+    // closing it without printing leaves the dialog open, and remembers the form.
+    void vistaPrevia()
+    {
+        RecuerdaForma(
+            *m_s, QStringLiteral("LarvenosPV"), QStringLiteral("Puntos"), QStringLiteral("Vale"));
+        auto d = dialogo(m_formas, 55);
+        QStringList vistos;
+        bool revisado = false;
+        lartest::alAparecer<TfPreview>([&](TfPreview *p) {
+            auto boton = [&](const char16_t *n) {
+                return p->findChild<QToolButton *>(QString::fromUtf16(n));
+            };
+            auto *pagina = p->findChild<QLineEdit *>(QStringLiteral("mskPreviewPage"));
+            auto *zoom = p->findChild<QLineEdit *>(QStringLiteral("mskPreviewPercentage"));
+            auto *estado = p->findChild<QLabel *>(QStringLiteral("stbStatusBar"));
+            reporte::VisorReporte *visor = p->visor();
+            vistos << p->windowTitle() << pagina->text() << estado->text();
+            QTest::mouseClick(boton(u"spbPreviewNext"), Qt::LeftButton);
+            vistos << pagina->text();
+            QTest::mouseClick(boton(u"spbPreviewLast"), Qt::LeftButton);
+            QTest::mouseClick(boton(u"spbPreviewNext"), Qt::LeftButton);
+            vistos << pagina->text() << estado->text();
+            QTest::mouseClick(boton(u"spbPreviewPrior"), Qt::LeftButton);
+            vistos << pagina->text();
+            QTest::mouseClick(boton(u"spbPreviewFirst"), Qt::LeftButton);
+            vistos << pagina->text();
+            pagina->setText(QStringLiteral("3"));
+            QTest::keyClick(pagina, Qt::Key_Return);
+            vistos << QString::number(visor->pagina());
+            pagina->setText(QStringLiteral("9"));
+            QTest::keyClick(pagina, Qt::Key_Return);
+            vistos << pagina->text();
+
+            QVERIFY(boton(u"spbPreview100Percent")->isChecked());
+            vistos << zoom->text();
+            zoom->setText(QStringLiteral("50"));
+            QTest::keyClick(zoom, Qt::Key_Return);
+            vistos << zoom->text() << QString::number(visor->imagenActual().width());
+            QVERIFY(!boton(u"spbPreview100Percent")->isChecked());
+            zoom->setText(QStringLiteral("mucho"));
+            QTest::keyClick(zoom, Qt::Key_Return);
+            vistos << zoom->text();
+            p->resize(800, 600);
+            QTest::mouseClick(boton(u"spbPreviewWhole"), Qt::LeftButton);
+            QVERIFY(boton(u"spbPreviewWhole")->isChecked());
+            // The whole page fits the viewer.
+            const QSize hoja = visor->imagenActual().size();
+            QVERIFY(hoja.height() <= visor->viewport()->height());
+            QCOMPARE(zoom->text(), QString::number(visor->porcentaje()));
+            QTest::mouseClick(boton(u"spbPreviewWidth"), Qt::LeftButton);
+            QVERIFY(!boton(u"spbPreviewWhole")->isChecked());
+            QVERIFY(visor->imagenActual().width() <= visor->viewport()->width());
+            QVERIFY(visor->imagenActual().width() > hoja.width());
+            QTest::mouseClick(boton(u"spbPreview100Percent"), Qt::LeftButton);
+            vistos << zoom->text();
+            revisado = true;
+            p->reject();
+        });
+        RecuerdaForma(*m_s, QStringLiteral("LarvenosPV"), QStringLiteral("Puntos"), QString());
+        QTest::mouseClick(d->findChild<QPushButton *>(QStringLiteral("bPreview")), Qt::LeftButton);
+        QVERIFY(revisado);
+        QCOMPARE(vistos,
+                 (QStringList{QStringLiteral("Vista previa"),
+                              QStringLiteral("1"),
+                              QStringLiteral("Página 1 de 3"),
+                              QStringLiteral("2"),
+                              QStringLiteral("3"),
+                              QStringLiteral("Página 3 de 3"),
+                              QStringLiteral("2"),
+                              QStringLiteral("1"),
+                              QStringLiteral("3"),
+                              QStringLiteral("3"),
+                              QStringLiteral("100"),
+                              QStringLiteral("50"),
+                              QString::number(qRound(215.9 * 96 / 25.4 / 2)),
+                              QStringLiteral("100"),
+                              QStringLiteral("100")}));
+        QVERIFY(d->isVisible());
+        QCOMPARE(FormaRecordada(*m_s, QStringLiteral("LarvenosPV"), QStringLiteral("Puntos")),
+                 QStringLiteral("Vale"));
+        QCOMPARE(d->reporte()->documento().hojas[0].textos().at(1), QStringLiteral("55"));
+    }
+};
+
+QTEST_MAIN(TestImprimirForma)
+#include "tst_imprimirforma.moc"
