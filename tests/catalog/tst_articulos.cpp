@@ -13,6 +13,7 @@
 #include "support/testenv.h"
 #include "toolkit/memgrid.h"
 
+#include "support/accesibilidad.h"
 #include <QCheckBox>
 #include <QComboBox>
 #include <QFrame>
@@ -227,6 +228,7 @@ private slots:
         Tfcat_articulos_lista f(m_s);
         QCOMPARE(f.tabla().recordCount(), 0);
         QCOMPARE(f.Filtros.value(f.FiltroIndice), QStringLiteral("Solo activos"));
+        LAR_VERIFICA_ACCESIBLE(&f);
         f.Button1Click();
         QCOMPARE(nombres(f.tabla()),
                  (QStringList{QStringLiteral("ANILLO DE PLATA"),

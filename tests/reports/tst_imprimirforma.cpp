@@ -13,6 +13,7 @@
 #include "toolkit/reporte/reporte.h"
 #include "toolkit/reporte/visor.h"
 
+#include "support/accesibilidad.h"
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
@@ -180,6 +181,7 @@ private slots:
             QCOMPARE(forma(*d)->text(), QStringLiteral("Vale"));
             QVERIFY(habilitados(*d));
             QCOMPARE(d->windowTitle(), QStringLiteral("Imprimir"));
+            LAR_VERIFICA_ACCESIBLE(d.get());
         }
         // The memory is per user, folder and subfolder.
         QString otro = QStringLiteral("Boleto");

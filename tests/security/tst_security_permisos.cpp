@@ -16,6 +16,7 @@
 #include "toolkit/safecheckgroup.h"
 #include "toolkit/tag.h"
 
+#include "support/accesibilidad.h"
 #include <QLabel>
 #include <QLineEdit>
 #include <QMap>
@@ -159,6 +160,7 @@ private slots:
         f.show();
         QVERIFY(QTest::qWaitForWindowExposed(&f));
         QCOMPARE(f.windowTitle(), QStringLiteral("Módulo de Seguridad"));
+        LAR_VERIFICA_ACCESIBLE(&f);
         QCOMPARE(f.vPers->text(), QStringLiteral(" < Seleccione un usuario >"));
         QVERIFY(f.Conectado);
         QStringList raices;
