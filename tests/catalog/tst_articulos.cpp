@@ -1,6 +1,7 @@
 // The articles with points: the list as module and as chooser, search, bulk
 // assignment, save of the rows in sight and its failures, on a real company.
 
+#include "catalog/addarticulos.h"
 #include "catalog/articulos_lista.h"
 #include "core/registro.h"
 #include "core/sesion.h"
@@ -229,6 +230,10 @@ private slots:
         QCOMPARE(f.tabla().recordCount(), 0);
         QCOMPARE(f.Filtros.value(f.FiltroIndice), QStringLiteral("Solo activos"));
         LAR_VERIFICA_ACCESIBLE(&f);
+        {
+            TfAddArticulos agrega(m_s);
+            LAR_VERIFICA_ACCESIBLE(&agrega);
+        }
         f.Button1Click();
         QCOMPARE(nombres(f.tabla()),
                  (QStringList{QStringLiteral("ANILLO DE PLATA"),

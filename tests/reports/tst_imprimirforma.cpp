@@ -14,6 +14,7 @@
 #include "toolkit/reporte/visor.h"
 
 #include "support/accesibilidad.h"
+#include <QAccessible>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
@@ -247,6 +248,7 @@ private slots:
         QStringList vistos;
         bool revisado = false;
         lartest::alAparecer<TfPreview>([&](TfPreview *p) {
+            LAR_VERIFICA_ACCESIBLE(p);
             auto boton = [&](const char16_t *n) {
                 return p->findChild<QToolButton *>(QString::fromUtf16(n));
             };
@@ -267,6 +269,12 @@ private slots:
             pagina->setText(QStringLiteral("3"));
             QTest::keyClick(pagina, Qt::Key_Return);
             vistos << QString::number(visor->pagina());
+            // The page is a picture: assistive technology reads its number and texts.
+            QAccessibleInterface *leida = QAccessible::queryAccessibleInterface(visor);
+            QCOMPARE(leida->role(), QAccessible::Document);
+            QVERIFY2(
+                leida->text(QAccessible::Description).startsWith(QStringLiteral("Página 3 de ")),
+                qPrintable(leida->text(QAccessible::Description)));
             pagina->setText(QStringLiteral("9"));
             QTest::keyClick(pagina, Qt::Key_Return);
             vistos << pagina->text();
