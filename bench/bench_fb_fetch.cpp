@@ -26,8 +26,9 @@ int main(int argc, char **argv)
     fb::Transaction tr(&db);
     {
         fb::Query q(&db, &tr);
-        q.setSql(QStringLiteral("create table r (id integer not null primary key, nombre varchar(50),"
-                                " importe numeric(15,2), fecha date, factor double precision)"));
+        q.setSql(
+            QStringLiteral("create table r (id integer not null primary key, nombre varchar(50),"
+                           " importe numeric(15,2), fecha date, factor double precision)"));
         q.execute();
         tr.commit();
         q.setSql(QStringLiteral(

@@ -123,7 +123,9 @@ END)"));
 // measured sales.
 void llenaBitacora(fb::Database &db, fb::Transaction &tr, int n)
 {
-    ejecuta(db, tr, QStringLiteral(R"(EXECUTE BLOCK AS
+    ejecuta(db,
+            tr,
+            QStringLiteral(R"(EXECUTE BLOCK AS
 DECLARE i INTEGER = 0; DECLARE f INTEGER; DECLARE cliente INTEGER; DECLARE folio CHAR(9);
 BEGIN
   WHILE (i < %1) DO
@@ -152,16 +154,17 @@ BEGIN
     i = i + 1;
   END
 END)")
-                        .arg(n)
-                        .arg(FechaVenta));
+                .arg(n)
+                .arg(FechaVenta));
 }
 
 // Recomputes the statistics of the indexes of the given tables.
 void recalculaEstadisticas(fb::Database &db, fb::Transaction &tr, const QString &tablas)
 {
     fb::Query q(&db, &tr);
-    q.setSql(QStringLiteral("SELECT TRIM(rdb$index_name) FROM rdb$indices WHERE rdb$relation_name IN (")
-             + tablas + u')');
+    q.setSql(
+        QStringLiteral("SELECT TRIM(rdb$index_name) FROM rdb$indices WHERE rdb$relation_name IN (")
+        + tablas + u')');
     QStringList indices;
     for (q.open(); !q.eof(); q.next())
         indices << q.field(0).toString();
@@ -173,8 +176,8 @@ void recalculaEstadisticas(fb::Database &db, fb::Transaction &tr, const QString 
 // One measured sale: times of the two applies, page fetches of the full one.
 struct Medida
 {
-    Tiempo completa; // apply with the trigger's work
-    Tiempo minima;   // the same update stopped at the trigger's gate, direct inserts
+    Tiempo completa;     // apply with the trigger's work
+    Tiempo minima;       // the same update stopped at the trigger's gate, direct inserts
     double lecturas = 0; // page fetches of the full apply
 };
 
@@ -214,7 +217,8 @@ public:
             " doctos_pv_det WHERE docto_pv_id = :id), total_impuestos = (SELECT SUM(unidades *"
             " precio_unitario) * 0.16 FROM doctos_pv_det WHERE docto_pv_id = :id)"
             " WHERE docto_pv_id = :id"));
-        m_aplica.setSql(QStringLiteral("UPDATE doctos_pv SET aplicado = 'S' WHERE docto_pv_id = :id"));
+        m_aplica.setSql(
+            QStringLiteral("UPDATE doctos_pv SET aplicado = 'S' WHERE docto_pv_id = :id"));
         m_filas.setSql(QStringLiteral(
             "SELECT articulo_id, tipo_docto, naturaleza, unidades, valor_puntos, partida"
             " FROM lar_puntos WHERE docto_id = :id ORDER BY lar_puntos_id"));
@@ -362,7 +366,8 @@ Medianas medianas(const std::vector<Medida> &m)
 // (a company that grew without a restore), Microsip's recomputed but the ledger's as
 // created (the extension installed on a restored company), all recomputed.
 constexpr int Estados = 3;
-const char *const NombresEstados[Estados] = {"as created", "Microsip's recomputed", "all recomputed"};
+const char *const NombresEstados[Estados]
+    = {"as created", "Microsip's recomputed", "all recomputed"};
 
 } // namespace
 
@@ -390,7 +395,8 @@ int main(int argc, char **argv)
     for (int e = 0; e < Estados; ++e) {
         for (auto &c : cajas) {
             if (e == 1)
-                recalculaEstadisticas(c->db(), c->tr(), QStringLiteral("'DOCTOS_PV', 'DOCTOS_PV_DET'"));
+                recalculaEstadisticas(
+                    c->db(), c->tr(), QStringLiteral("'DOCTOS_PV', 'DOCTOS_PV_DET'"));
             if (e == 2)
                 recalculaEstadisticas(c->db(), c->tr(), QStringLiteral("'LAR_PUNTOS'"));
             c->prepara();
@@ -404,22 +410,23 @@ int main(int argc, char **argv)
                     m[k].push_back(x);
             }
         const Medianas chica = medianas(m[0]), grande = medianas(m[1]);
-        std::printf("points apply, 5-line POS sale, article+amount+line, index statistics %s,"
-                    " medians of %d, CPU (wall) ms: ledger 1000 rows %.3f (%.3f), %.0f page fetches;"
-                    " 1000000 rows %.3f (%.3f), %.0f page fetches; minimum work %.3f (%.3f) and"
-                    " %.3f (%.3f)\n",
-                    NombresEstados[e],
-                    Medidas,
-                    chica.completa.cpu,
-                    chica.completa.pared,
-                    chica.lecturas,
-                    grande.completa.cpu,
-                    grande.completa.pared,
-                    grande.lecturas,
-                    chica.minima.cpu,
-                    chica.minima.pared,
-                    grande.minima.cpu,
-                    grande.minima.pared);
+        std::printf(
+            "points apply, 5-line POS sale, article+amount+line, index statistics %s,"
+            " medians of %d, CPU (wall) ms: ledger 1000 rows %.3f (%.3f), %.0f page fetches;"
+            " 1000000 rows %.3f (%.3f), %.0f page fetches; minimum work %.3f (%.3f) and"
+            " %.3f (%.3f)\n",
+            NombresEstados[e],
+            Medidas,
+            chica.completa.cpu,
+            chica.completa.pared,
+            chica.lecturas,
+            grande.completa.cpu,
+            grande.completa.pared,
+            grande.lecturas,
+            chica.minima.cpu,
+            chica.minima.pared,
+            grande.minima.cpu,
+            grande.minima.pared);
         tamano.cpu = std::max(tamano.cpu, grande.completa.cpu / chica.completa.cpu);
         tamano.pared = std::max(tamano.pared, grande.completa.pared / chica.completa.pared);
         trabajo.cpu = std::max({trabajo.cpu,
@@ -429,10 +436,11 @@ int main(int argc, char **argv)
                                   chica.completa.pared / chica.minima.pared,
                                   grande.completa.pared / grande.minima.pared});
     }
-    std::printf("points apply, ledger of 1000000 rows / 1000 rows: ratio %.2f on CPU time (%.2f wall"
-                " clock), worst statistics state; target <= 1.25\n",
-                tamano.cpu,
-                tamano.pared);
+    std::printf(
+        "points apply, ledger of 1000000 rows / 1000 rows: ratio %.2f on CPU time (%.2f wall"
+        " clock), worst statistics state; target <= 1.25\n",
+        tamano.cpu,
+        tamano.pared);
     std::printf("points apply, full apply / minimum work: ratio %.2f on CPU time (%.2f wall clock),"
                 " worst ledger and statistics state; target <= 3.00\n",
                 trabajo.cpu,

@@ -11,7 +11,6 @@
 #include <QStringList>
 #include <QTime>
 #include <QVariant>
-#include <QWidget>
 
 #include <functional>
 #include <memory>

@@ -8,14 +8,21 @@
 #include "microsip/sim/simulacion.h"
 
 #include "db/actualizadb.h"
+#include "reports/formas.h"
+#include "toolkit/reporte/plantilla.h"
 
 #include "fb/database.h"
 #include "fb/error.h"
 
+#include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QDate>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QMultiHash>
 #include <QRegularExpression>
+#include <QSaveFile>
 #include <QTextStream>
 
 #include <cstdio>
@@ -58,6 +65,7 @@ const char *const kAyuda = R"(Uso: microsip-sim ORDEN CARPETA [opciones]
       --conexion NOMBRE     nombre de la conexión (Demo)
 
   seed CARPETA            llena una empresa recién creada con datos de demostración
+                          y guarda las formas de impresión de muestra
       --semilla N           los mismos datos para la misma semilla (1)
       --clientes N          (250, hasta 200000)
       --articulos N         (600, hasta 100000)
@@ -70,6 +78,12 @@ const char *const kAyuda = R"(Uso: microsip-sim ORDEN CARPETA [opciones]
                             (lo que hace el programa cuando entra el administrador)
   simulate CARPETA        ventas de unos días, cada una creada y aplicada como en Microsip
       --ventas N (50) --dias N (7) --hasta AAAA-MM-DD --semilla N
+
+  forms CARPETA           formas de impresión en LarvenosPV/Puntos/Formas de Config.fdb
+      --exporta DESTINO     escribe cada forma guardada como DESTINO/<nombre>.xml
+      --carga ARCHIVO.xml   guarda el archivo como la forma <nombre del archivo>
+                            (repetible); se revisa antes de guardarlo
+                            sin opciones: las formas de muestra del programa
 
 Documentos (--sistema PV, el punto de venta, o VE, ventas; PV si no se indica):
   create CARPETA          crea un documento sin aplicar; escribe su id
@@ -100,56 +114,41 @@ Opciones comunes:
                             (o las variables ISC_PASSWORD, LAR_FB_PASSWORD)
 )";
 
+// The options of one order, read by QCommandLineParser: "--nombre valor" or
+// "--nombre=valor", repeatable; anything else is the folder.
 class Argumentos
 {
 public:
     Argumentos(const QStringList &args, const QStringList &conValor, const QStringList &banderas)
     {
-        for (qsizetype i = 0; i < args.size(); ++i) {
-            const QString &a = args[i];
-            if (!a.startsWith(QStringLiteral("--"))) {
-                m_posicionales << a;
-                continue;
-            }
-            QString nombre = a.mid(2);
-            QString valor;
-            const qsizetype igual = nombre.indexOf(u'=');
-            const bool conIgual = igual >= 0;
-            if (conIgual) {
-                valor = nombre.mid(igual + 1);
-                nombre.truncate(igual);
-            }
-            if (banderas.contains(nombre)) {
-                if (conIgual)
-                    throw ErrorUso{QStringLiteral("La opción --%1 no lleva valor.").arg(nombre)};
-                m_opciones.insert(nombre, QString());
-            } else if (conValor.contains(nombre)) {
-                if (!conIgual) {
-                    if (i + 1 >= args.size())
-                        throw ErrorUso{QStringLiteral("Falta el valor de --%1.").arg(nombre)};
-                    valor = args[++i];
-                }
-                m_opciones.insert(nombre, valor);
-            } else {
-                throw ErrorUso{QStringLiteral("Opción desconocida: --%1").arg(nombre)};
-            }
+        m_parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
+        for (const QString &n : conValor)
+            m_parser.addOption(QCommandLineOption(n, QString(), QStringLiteral("valor")));
+        for (const QString &n : banderas)
+            m_parser.addOption(QCommandLineOption(n));
+        if (m_parser.parse(QStringList{QStringLiteral("microsip-sim")} + args))
+            return;
+        if (!m_parser.unknownOptionNames().isEmpty())
+            throw ErrorUso{QStringLiteral("Opción desconocida: --%1")
+                               .arg(m_parser.unknownOptionNames().first())};
+        // The parser's own text is in English; the two other mistakes it knows of.
+        for (const QString &a : args) {
+            const QString nombre = a.mid(2).section(u'=', 0, 0);
+            if (a.startsWith(QStringLiteral("--")) && a.contains(u'=') && banderas.contains(nombre))
+                throw ErrorUso{QStringLiteral("La opción --%1 no lleva valor.").arg(nombre)};
         }
+        throw ErrorUso{QStringLiteral("Falta el valor de %1.").arg(args.last())};
     }
 
-    bool tiene(const QString &n) const { return m_opciones.contains(n); }
+    bool tiene(const QString &n) const { return m_parser.isSet(n); }
     QString valor(const QString &n, const QString &omision = {}) const
     {
         const QStringList v = valores(n);
         return v.isEmpty() ? omision : v.last();
     }
     // In the order given.
-    QStringList valores(const QString &n) const
-    {
-        QStringList v = m_opciones.values(n);
-        std::reverse(v.begin(), v.end());
-        return v;
-    }
-    const QStringList &posicionales() const { return m_posicionales; }
+    QStringList valores(const QString &n) const { return m_parser.values(n); }
+    QStringList posicionales() const { return m_parser.positionalArguments(); }
 
     int entero(const QString &n, int omision, int minimo, int maximo) const
     {
@@ -180,8 +179,7 @@ public:
     }
 
 private:
-    QMultiHash<QString, QString> m_opciones;
-    QStringList m_posicionales;
+    QCommandLineParser m_parser;
 };
 
 QString carpetaDe(const Argumentos &a)
@@ -260,6 +258,10 @@ int ordenSeed(const QStringList &args)
     fb::Database db;
     d.entorno.conecta(db, d.entorno.rutaEmpresa(d.empresa));
     microsip::siembra(db, op);
+    // The program's sample print forms, in the configuration database's report store.
+    fb::Database config;
+    d.entorno.conecta(config, d.entorno.rutaConfig());
+    lar::InstalaFormasMuestra(config);
     salida() << QStringLiteral("Empresa %1 sembrada.\n").arg(d.empresa);
     return 0;
 }
@@ -561,6 +563,50 @@ int ordenInit(const QStringList &args)
     return 0;
 }
 
+int ordenForms(const QStringList &args)
+{
+    const Argumentos a(
+        args, {QStringLiteral("password"), QStringLiteral("exporta"), QStringLiteral("carga")}, {});
+    const Entorno e = Entorno::abre(carpetaDe(a), passwordDe(a));
+    fb::Database config;
+    e.conecta(config, e.rutaConfig());
+    if (!a.tiene(QStringLiteral("exporta")) && !a.tiene(QStringLiteral("carga"))) {
+        const int carpeta = lar::InstalaFormasMuestra(config);
+        salida() << QStringLiteral("Formas de muestra guardadas en la carpeta %1.\n").arg(carpeta);
+        return 0;
+    }
+    const int raiz = lar::AseguraFolder(config, QStringLiteral("LarvenosPV"), 0);
+    const int carpeta
+        = lar::AseguraFolder(config,
+                             QStringLiteral("Formas"),
+                             lar::AseguraFolder(config, QStringLiteral("Puntos"), raiz));
+    for (const QString &ruta : a.valores(QStringLiteral("carga"))) {
+        QFile f(ruta);
+        if (!f.open(QIODevice::ReadOnly))
+            throw ErrorUso{QStringLiteral("No se puede leer %1: %2").arg(ruta, f.errorString())};
+        const QByteArray texto = f.readAll();
+        lar::reporte::Plantilla p;
+        QString error;
+        if (!lar::reporte::leePlantilla(texto, p, &error))
+            throw ErrorUso{QStringLiteral("%1: %2").arg(ruta, error)};
+        const QString nombre = QFileInfo(ruta).completeBaseName();
+        lar::GuardaForma(config, carpeta, nombre, texto);
+        salida() << QStringLiteral("Forma \"%1\" guardada.\n").arg(nombre);
+    }
+    if (a.tiene(QStringLiteral("exporta"))) {
+        const QDir destino(a.valor(QStringLiteral("exporta")));
+        QDir().mkpath(destino.path());
+        for (const auto &[nombre, texto] : lar::LeeFormas(config, carpeta)) {
+            QSaveFile f(destino.filePath(nombre + QStringLiteral(".xml")));
+            if (!f.open(QIODevice::WriteOnly) || f.write(texto) != texto.size() || !f.commit())
+                throw ErrorUso{QStringLiteral("No se puede escribir %1: %2")
+                                   .arg(f.fileName(), f.errorString())};
+            salida() << f.fileName() << u'\n';
+        }
+    }
+    return 0;
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -595,6 +641,8 @@ int main(int argc, char *argv[])
             return ordenSimulate(args);
         if (orden == u"points")
             return ordenPoints(args);
+        if (orden == u"forms")
+            return ordenForms(args);
         if (orden == u"article-points")
             return ordenArticlePoints(args);
         throw ErrorUso{QStringLiteral("Orden desconocida: %1").arg(orden)};

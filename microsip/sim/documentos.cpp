@@ -1,5 +1,7 @@
 #include "documentos.h"
 
+#include <limits>
+
 #include "inventario_p.h"
 #include "sql_p.h"
 
@@ -9,7 +11,9 @@
 #include "fb/transaction.h"
 
 #include <QHash>
+#include <QRandomGenerator>
 #include <QRegularExpression>
+#include <QThread>
 
 namespace microsip {
 
@@ -39,10 +43,17 @@ __extension__ typedef __int128 Entero128;
     throw fb::Error(mensaje);
 }
 
-// n / d rounded half away from zero; d > 0.
+// n / d rounded half away from zero; d > 0. A quotient beyond 64 bits is an
+// amount no column can hold: refused instead of cut.
 qint64 divide(Entero128 n, Entero128 d)
 {
-    const Entero128 q = (n < 0 ? -(-2 * n + d) : (2 * n + d)) / (2 * d);
+    Entero128 q = n / d;
+    const Entero128 r = n % d;
+    if ((r < 0 ? -r : r) >= d - (r < 0 ? -r : r))
+        q += n < 0 ? -1 : 1;
+    if (q > std::numeric_limits<qint64>::max() || q < std::numeric_limits<qint64>::min())
+        falla(QStringLiteral("Un importe calculado del documento es demasiado grande para "
+                             "guardarse."));
     return qint64(q);
 }
 
@@ -248,29 +259,87 @@ struct Documentos::Impl
         return uno(QStringLiteral("SELECT MIN(%1) FROM %2").arg(columna, tabla)).toInt();
     }
 
-    QString siguienteFolio(Sistema s, QChar tipo)
+    // The highest number of the series among the documents committed so far.
+    qint64 ultimoUsado(fb::Transaction &t, const Tablas &tb, const QString &prefijo)
     {
-        const Tablas t = tablas(s);
-        const QString prefijo = serie(s, tipo);
+        auto maximo = [&](const QString &sql, const QString &patron) {
+            fb::Query q(&db, &t);
+            q.setTrimChars(true);
+            q.setSql(sql.arg(tb.cab));
+            q.bind(QStringLiteral("p"), prefijo);
+            if (!patron.isEmpty())
+                q.bind(QStringLiteral("patron"), patron);
+            q.open();
+            return q.eof() ? QString() : q.field(0).toString().trimmed();
+        };
         QString ultimo
-            = uno(QStringLiteral("SELECT MAX(FOLIO) FROM %1 WHERE FOLIO STARTING WITH :p")
-                      .arg(t.cab),
-                  {{QStringLiteral("p"), prefijo}})
-                  .toString()
-                  .trimmed();
+            = maximo(QStringLiteral("SELECT MAX(FOLIO) FROM %1 WHERE FOLIO STARTING WITH :p"), {});
         static const QRegularExpression reNumero(QStringLiteral("^[0-9]+$"));
         if (!ultimo.isEmpty() && !reNumero.match(ultimo.mid(prefijo.size())).hasMatch()) {
             // Some folio of another series starts the same: count only this one's.
-            ultimo = uno(QStringLiteral("SELECT MAX(FOLIO) FROM %1 WHERE FOLIO STARTING WITH :p"
-                                        " AND FOLIO SIMILAR TO :patron")
-                             .arg(t.cab),
-                         {{QStringLiteral("p"), prefijo},
-                          {QStringLiteral("patron"), prefijo + QStringLiteral("[0-9]+ *")}})
-                         .toString()
-                         .trimmed();
+            ultimo = maximo(QStringLiteral("SELECT MAX(FOLIO) FROM %1 WHERE FOLIO STARTING WITH :p"
+                                           " AND FOLIO SIMILAR TO :patron"),
+                            prefijo + QStringLiteral("[0-9]+ *"));
         }
-        const qint64 n = ultimo.isEmpty() ? 0 : ultimo.mid(prefijo.size()).toLongLong();
-        return detail::folio(prefijo, n + 1);
+        return ultimo.isEmpty() ? 0 : ultimo.mid(prefijo.size()).toLongLong();
+    }
+
+    // The next folio of the document type's series, taken from the series' counter
+    // row in a short transaction of its own: the row stays locked only while it is
+    // taken, and a station that finds it locked tries again. Documents numbered
+    // past the counter (a folio given by hand, the demo data) move it forward.
+    QString siguienteFolio(Sistema s, QChar tipo)
+    {
+        const Tablas tb = tablas(s);
+        const QString prefijo = serie(s, tipo);
+        for (int intento = 1;; ++intento) {
+            fb::Transaction t(&db);
+            try {
+                fb::TransactionGuard guardia(t);
+                const qint64 usado = ultimoUsado(t, tb, prefijo);
+                fb::Query q(&db, &t);
+                q.setSql(QStringLiteral(
+                    "UPDATE SIM_FOLIOS SET CONSECUTIVO = MAXVALUE(CONSECUTIVO, :usado) + 1"
+                    " WHERE SISTEMA = :s AND SERIE = :p RETURNING CONSECUTIVO"));
+                q.bind(QStringLiteral("usado"), usado);
+                q.bind(QStringLiteral("s"), claveSistema(s));
+                q.bind(QStringLiteral("p"), prefijo);
+                q.execute();
+                qint64 n = q.field(0).isNull() ? 0 : q.field(0).toVariant().toLongLong();
+                if (n == 0) {
+                    n = usado + 1;
+                    fb::Query alta(&db, &t);
+                    alta.setSql(QStringLiteral("INSERT INTO SIM_FOLIOS (SISTEMA, SERIE,"
+                                               " CONSECUTIVO) VALUES (:s, :p, :n)"));
+                    alta.bind(QStringLiteral("s"), claveSistema(s));
+                    alta.bind(QStringLiteral("p"), prefijo);
+                    alta.bind(QStringLiteral("n"), n);
+                    alta.execute();
+                }
+                guardia.commit();
+                return detail::folio(prefijo, n);
+            } catch (const fb::Error &e) {
+                const QList<long> ocupado{fb::isc::LockConflict,
+                                          fb::isc::DeadLock,
+                                          fb::isc::UpdateConflict,
+                                          fb::isc::UniqueKeyViolation,
+                                          fb::isc::NoDuplicates};
+                if (!ocupado.contains(e.iscCode()) || intento >= 500)
+                    throw;
+            }
+            QThread::msleep(2 + QRandomGenerator::global()->bounded(8));
+        }
+    }
+
+    // A folio given by hand: refused when a document of the system has it already.
+    void verificaFolioLibre(Sistema s, const QString &folio)
+    {
+        const Tablas tb = tablas(s);
+        if (uno(QStringLiteral("SELECT FIRST 1 %1 FROM %2 WHERE FOLIO = :f").arg(tb.id, tb.cab),
+                {{QStringLiteral("f"), folio}})
+                .isValid())
+            falla(
+                QStringLiteral("El folio %1 ya lo tiene otro documento %2.").arg(folio, tb.nombre));
     }
 
     Linea linea(Sistema s, const Renglon &r)
@@ -437,6 +506,8 @@ struct Documentos::Impl
             = d.folio.isEmpty() ? siguienteFolio(s, tipo) : d.folio.trimmed().toUpper();
         if (folio.size() > 9)
             falla(QStringLiteral("El folio '%1' tiene más de 9 caracteres.").arg(folio));
+        if (!d.folio.isEmpty())
+            verificaFolioLibre(s, folio);
         const QList<Linea> v = lineas(s, d.renglones);
         const QDate fecha = d.fecha.isValid() ? d.fecha : QDate::currentDate();
         const QTime hora = d.hora.isValid() ? d.hora : QTime::currentTime();

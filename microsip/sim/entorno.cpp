@@ -5,6 +5,7 @@
 #include "fb/database.h"
 #include "fb/error.h"
 #include "fb/query.h"
+#include "fb/sqltext.h"
 #include "fb/transaction.h"
 
 #include <QDir>
@@ -16,8 +17,6 @@
 #include <QXmlStreamWriter>
 
 namespace microsip {
-
-using detail::literal;
 
 namespace {
 
@@ -231,7 +230,7 @@ private:
                             QStringLiteral("%1 USER %2 PASSWORD %3")
                                 .arg(existe ? QStringLiteral("ALTER") : QStringLiteral("CREATE"),
                                      nombre,
-                                     literal(u.password)));
+                                     fb::literal(u.password)));
             if (!existe)
                 usuariosCreados << nombre;
         }
@@ -245,7 +244,7 @@ private:
         if (m_op.versionSis != u"72201")
             detail::ejecuta(db,
                             QStringLiteral("UPDATE VERSIONES_SIS SET VERSION_SIS = %1")
-                                .arg(literal(m_op.versionSis)));
+                                .arg(fb::literal(m_op.versionSis)));
         concedeRol(db);
     }
 

@@ -619,10 +619,15 @@ private:
                                     : e <= 99 ? QStringLiteral("V")
                                               : QStringLiteral("S");
             const bool caja = almacenable && a.porCiento(40);
+            // A few gift sets, which the points screens must leave out of redemptions;
+            // chosen by position so the random sequence of the rest stays as it was.
+            const bool juego = almacenable && i % 97 == 41;
+            if (juego)
+                nombre = QStringLiteral("Juego de regalo ") + nombre;
             arts.agrega({id,
                          nombre,
                          almacenable ? QStringLiteral("S") : QStringLiteral("N"),
-                         QStringLiteral("N"),
+                         juego ? QStringLiteral("S") : QStringLiteral("N"),
                          estatus,
                          unidad,
                          caja ? QStringLiteral("Caja") : unidad,

@@ -44,13 +44,6 @@ void ejecuta(fb::Database &db, const QString &sql)
     tr.commit();
 }
 
-QString literal(const QString &texto)
-{
-    QString t = texto;
-    t.replace(u'\'', QStringLiteral("''"));
-    return u'\'' + t + u'\'';
-}
-
 bool existeTabla(fb::Database &db, fb::Transaction &tr, const QString &tabla)
 {
     fb::Query q(&db, &tr);

@@ -19,9 +19,6 @@ void ejecutaScript(fb::Database &db, const QString &nombre);
 // Runs one statement and commits it.
 void ejecuta(fb::Database &db, const QString &sql);
 
-// A single quoted SQL literal.
-QString literal(const QString &texto);
-
 bool existeTabla(fb::Database &db, fb::Transaction &tr, const QString &tabla);
 bool existeCampo(fb::Database &db, fb::Transaction &tr, const QString &tabla, const QString &campo);
 

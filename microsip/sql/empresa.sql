@@ -86,10 +86,8 @@ CREATE TABLE ATRIBUTOS (
     VALOR_DEFAULT_CARACTER  VARCHAR(100),
     REQUERIDO               CHAR(1) DEFAULT 'N',   /* guessed type */
     DESCRIPCION             BLOB SUB_TYPE TEXT,
-    CONSTRAINT PK_ATRIBUTOS PRIMARY KEY (ATRIBUTO_ID),
-    -- (L) a column is declared once per object; Microsip's screens would
-    -- otherwise show it twice.
-    CONSTRAINT UK_ATRIBUTOS_COLUMNA UNIQUE (CLAVE_OBJETO, NOMBRE_COLUMNA)
+    CONSTRAINT PK_ATRIBUTOS PRIMARY KEY (ATRIBUTO_ID)
+    -- Names not declared unique: a real Microsip may lack the constraint.
 );
 
 /* ------------------------------------------------------------------ */
@@ -163,9 +161,8 @@ CREATE TABLE ROLES_CLAVES_CLIENTES (
     NOMBRE            VARCHAR(50) CHARACTER SET ISO8859_1 NOT NULL,
     ES_PPAL           SI_NO_N,
     ES_GLN            SI_NO_N,            /* guessed type */
-    CONSTRAINT PK_ROLES_CLAVES_CLIENTES PRIMARY KEY (ROL_CLAVE_CLI_ID),
-    -- (L) Microsip names its catalogue rows uniquely.
-    CONSTRAINT UK_ROLES_CLAVES_CLIENTES_NOMBRE UNIQUE (NOMBRE)
+    CONSTRAINT PK_ROLES_CLAVES_CLIENTES PRIMARY KEY (ROL_CLAVE_CLI_ID)
+    -- Names not declared unique: a real Microsip may lack the constraint.
 );
 
 /* Several keys a customer: nothing forbids two keys of one role. */
@@ -331,6 +328,17 @@ CREATE TABLE DOCTOS_PV (
     CONSTRAINT PK_DOCTOS_PV PRIMARY KEY (DOCTO_PV_ID)
 );
 CREATE INDEX DOCTOS_PV_FOLIO ON DOCTOS_PV (FOLIO);
+
+/* The stand-in's own folio counters of the sale documents, one row per system
+   and series (Microsip keeps its counters where we can't see): whoever takes a
+   folio locks the row, so two stations never get the same one. CONSECUTIVO is
+   the last number handed out. */
+CREATE TABLE SIM_FOLIOS (
+    SISTEMA      CHAR(2) NOT NULL,
+    SERIE        VARCHAR(9) NOT NULL,
+    CONSECUTIVO  BIGINT NOT NULL,
+    CONSTRAINT PK_SIM_FOLIOS PRIMARY KEY (SISTEMA, SERIE)
+);
 CREATE INDEX DOCTOS_PV_FECHA ON DOCTOS_PV (FECHA);
 CREATE INDEX DOCTOS_PV_CLIENTE ON DOCTOS_PV (CLIENTE_ID);
 
@@ -427,9 +435,8 @@ CREATE TABLE CONCEPTOS_IN (
     USUARIO_ULT_MODIF     USUARIO_TYPE,
     FECHA_HORA_ULT_MODIF  FECHA_Y_HORA,
     USUARIO_AUT_MODIF     VARCHAR(31),
-    CONSTRAINT PK_CONCEPTOS_IN PRIMARY KEY (CONCEPTO_IN_ID),
-    -- (L) Microsip names its catalogue rows uniquely.
-    CONSTRAINT UK_CONCEPTOS_IN_NOMBRE UNIQUE (NOMBRE)
+    CONSTRAINT PK_CONCEPTOS_IN PRIMARY KEY (CONCEPTO_IN_ID)
+    -- Names not declared unique: a real Microsip may lack the constraint.
 );
 
 /* Inventory documents. Inserted with APLICADO 'N' and then updated to 'S',
@@ -1180,6 +1187,22 @@ INSERT INTO REGISTRY (ELEMENTO_ID, NOMBRE, TIPO, PADRE_ID, VALOR)
 INSERT INTO REGISTRY (ELEMENTO_ID, NOMBRE, TIPO, PADRE_ID, VALOR)
   SELECT -1, 'Nombre', 'V', ELEMENTO_ID, 'Empresa de demostración'
     FROM REGISTRY WHERE PADRE_ID = 0 AND NOMBRE = 'DatosEmpresa';
+/* The address the printed forms put under the name (guessed names). */
+INSERT INTO REGISTRY (ELEMENTO_ID, NOMBRE, TIPO, PADRE_ID, VALOR)
+  SELECT -1, 'Calle', 'V', ELEMENTO_ID, 'Av. Juárez 118'
+    FROM REGISTRY WHERE PADRE_ID = 0 AND NOMBRE = 'DatosEmpresa';
+INSERT INTO REGISTRY (ELEMENTO_ID, NOMBRE, TIPO, PADRE_ID, VALOR)
+  SELECT -1, 'Colonia', 'V', ELEMENTO_ID, 'Col. Centro'
+    FROM REGISTRY WHERE PADRE_ID = 0 AND NOMBRE = 'DatosEmpresa';
+INSERT INTO REGISTRY (ELEMENTO_ID, NOMBRE, TIPO, PADRE_ID, VALOR)
+  SELECT -1, 'Ciudad', 'V', ELEMENTO_ID, 'Guadalajara, Jal. C.P. 44100'
+    FROM REGISTRY WHERE PADRE_ID = 0 AND NOMBRE = 'DatosEmpresa';
+INSERT INTO REGISTRY (ELEMENTO_ID, NOMBRE, TIPO, PADRE_ID, VALOR)
+  SELECT -1, 'RFC', 'V', ELEMENTO_ID, 'EDE010101AB1'
+    FROM REGISTRY WHERE PADRE_ID = 0 AND NOMBRE = 'DatosEmpresa';
+INSERT INTO REGISTRY (ELEMENTO_ID, NOMBRE, TIPO, PADRE_ID, VALOR)
+  SELECT -1, 'Telefono', 'V', ELEMENTO_ID, '33 3614 2280'
+    FROM REGISTRY WHERE PADRE_ID = 0 AND NOMBRE = 'DatosEmpresa';
 
 INSERT INTO REGISTRY (ELEMENTO_ID, NOMBRE, TIPO, PADRE_ID, VALOR)
   VALUES (-1, 'PreferenciasEmpresa', 'L', 0, NULL);
@@ -1251,6 +1274,7 @@ GRANT ALL ON CLASIFICADORES_CAT TO ROLE USUARIO_MICROSIP;
 GRANT ALL ON CLASIFICADORES_CAT_VALORES TO ROLE USUARIO_MICROSIP;
 GRANT ALL ON ELEMENTOS_CAT_CLASIF TO ROLE USUARIO_MICROSIP;
 GRANT ALL ON DOCTOS_PV TO ROLE USUARIO_MICROSIP;
+GRANT ALL ON SIM_FOLIOS TO ROLE USUARIO_MICROSIP;
 GRANT ALL ON DOCTOS_PV_DET TO ROLE USUARIO_MICROSIP;
 GRANT ALL ON DOCTOS_VE TO ROLE USUARIO_MICROSIP;
 GRANT ALL ON DOCTOS_VE_DET TO ROLE USUARIO_MICROSIP;

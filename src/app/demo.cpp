@@ -2,14 +2,23 @@
 // pictures of the documentation.
 //
 //   larvenos-demo instala CARPETA            extension schema and demo rights
-//   larvenos-demo capturas CARPETA DESTINO   login dialog and main window as PNG
-//                                            (login, main, main-operacion)
+//   larvenos-demo capturas CARPETA DESTINO   login dialog, main window and the
+//                                            configuration screen as PNG (login,
+//                                            main, main-operacion, config)
+//   larvenos-demo vale CARPETA DESTINO       the preview of the redemption voucher
+//                                            (vale-preview)
 
+#include "app/modulos.h"
 #include "core/conecta.h"
 #include "core/fmain.h"
 #include "db/actualizadb.h"
 #include "microsip/sim/entorno.h"
+#include "reports/formas.h"
+#include "reports/preview.h"
+#include "toolkit/memtable.h"
 #include "toolkit/mensajes.h"
+#include "toolkit/reporte/reporte.h"
+#include "toolkit/reporte/visor.h"
 #include "toolkit/ribbon.h"
 
 #include <QApplication>
@@ -19,6 +28,7 @@
 #include <QPushButton>
 #include <QTextStream>
 #include <QTimer>
+#include <QToolButton>
 
 #include <cstdio>
 
@@ -35,6 +45,7 @@ QTextStream &err()
 void derechosDemo(lar::Sesion &s)
 {
     const QList<QPair<int, int>> derechos{{73, 31}, {74, 3}, {75, 3}, {76, 7}, {77, 7}, {78, 3}};
+    fb::TransactionGuard guardia(s.fbUpdateTrans());
     fb::Query q(&s.fbDatabase(), &s.fbUpdateTrans());
     q.setSql(QStringLiteral(
         "update or insert into lar_permisos (modulo, usuario, acceso) values (:m, 'CAJERO', :a)"));
@@ -43,12 +54,13 @@ void derechosDemo(lar::Sesion &s)
         q.bind(QStringLiteral("a"), acceso);
         q.execute();
     }
-    s.UpdateCommit();
+    guardia.commit();
 }
 
 int instala(const QString &carpeta)
 {
-    const microsip::Entorno e = microsip::Entorno::abre(carpeta, qEnvironmentVariable("LAR_FB_PASSWORD"));
+    const microsip::Entorno e
+        = microsip::Entorno::abre(carpeta, qEnvironmentVariable("LAR_FB_PASSWORD"));
     lar::Sesion s;
     e.conecta(s.fbConfig(), e.rutaConfig());
     e.conecta(s.fbDatabase(), e.rutaEmpresa(e.empresas().value(0)));
@@ -108,16 +120,27 @@ int capturas(const QString &carpeta, const QString &destino)
                 QTimer::singleShot(300, &m, [&] {
                     // The dropped-down tab is a window of its own: drawn over the main one.
                     QPixmap imagen = m.grab();
-                    if (auto *panel = m.dxRibbon->findChild<QWidget *>(QStringLiteral("panelGrupos"))) {
+                    if (auto *panel
+                        = m.dxRibbon->findChild<QWidget *>(QStringLiteral("panelGrupos"))) {
                         QPainter p(&imagen);
-                        p.drawPixmap(m.mapFromGlobal(panel->mapToGlobal(QPoint(0, 0))), panel->grab());
+                        p.drawPixmap(m.mapFromGlobal(panel->mapToGlobal(QPoint(0, 0))),
+                                     panel->grab());
                     }
                     const QString ruta = destino + QStringLiteral("/main-operacion.png");
-                    if (imagen.save(ruta)) {
-                        QTextStream(stdout) << ruta << Qt::endl;
-                        resultado = 0;
-                    }
-                    QApplication::quit();
+                    if (!imagen.save(ruta))
+                        return QApplication::quit();
+                    QTextStream(stdout) << ruta << Qt::endl;
+                    // The configuration screen at the size it is designed for.
+                    if (auto *panel
+                        = m.dxRibbon->findChild<QWidget *>(QStringLiteral("panelGrupos")))
+                        panel->hide();
+                    m.resize(1366, 768);
+                    m.AbreVentana(10, QString());
+                    QTimer::singleShot(500, &m, [&] {
+                        if (guarda(&m, destino + QStringLiteral("/config.png")))
+                            resultado = 0;
+                        QApplication::quit();
+                    });
                 });
             });
             return;
@@ -129,21 +152,118 @@ int capturas(const QString &carpeta, const QString &destino)
     return resultado;
 }
 
+// The redemption voucher as the store holds it, with the company of the demo and
+// a redemption of its first customer and three of its articles (the demo has no
+// redemption of its own until someone makes one).
+int vale(const QString &carpeta, const QString &destino)
+{
+    const microsip::Entorno e
+        = microsip::Entorno::abre(carpeta, qEnvironmentVariable("LAR_FB_PASSWORD"));
+    lar::Sesion s;
+    e.conecta(s.fbConfig(), e.rutaConfig());
+    e.conecta(s.fbDatabase(), e.rutaEmpresa(e.empresas().value(0)));
+    lar::reporte::Reporte r;
+    QString error;
+    if (!lar::CargaPlantilla(s,
+                             r,
+                             lar::FolderFormas(s),
+                             QStringLiteral("Vale de canje"),
+                             0,
+                             QStringLiteral("Venta CP0000042"),
+                             &error)) {
+        err() << error << Qt::endl;
+        return 1;
+    }
+    fb::Transaction tr(&s.fbDatabase());
+    fb::Query q(&s.fbDatabase(), &tr);
+    q.setTrimChars(true);
+    lar::MemTable docto, lineas;
+    docto.addField(QStringLiteral("FOLIO"), lar::FieldType::String, 9);
+    docto.addField(QStringLiteral("FECHA"), lar::FieldType::Date);
+    docto.addField(QStringLiteral("CANCELADO"), lar::FieldType::String, 1);
+    docto.addField(QStringLiteral("ALMACEN"), lar::FieldType::String, 50);
+    docto.addField(QStringLiteral("CONCEPTO"), lar::FieldType::String, 50);
+    docto.addField(QStringLiteral("CLIENTE"), lar::FieldType::String, 200);
+    docto.addField(QStringLiteral("SALDO"), lar::FieldType::Integer);
+    docto.open();
+    q.setSql(QStringLiteral(
+        "select first 1 c.nombre, (select first 1 nombre from almacenes order by "
+        "almacen_id) from clientes c where c.nombre not starting with 'P' order by c.cliente_id"));
+    q.open();
+    docto.appendRecord({QStringLiteral("CP0000042"),
+                        QDate::currentDate(),
+                        QStringLiteral("N"),
+                        q.field(1).toString(),
+                        QStringLiteral("Canje de puntos"),
+                        q.field(0).toString(),
+                        1280});
+    q.close();
+    lineas.addField(QStringLiteral("CLAVE"), lar::FieldType::String, 20);
+    lineas.addField(QStringLiteral("ARTICULO"), lar::FieldType::String, 200);
+    lineas.addField(QStringLiteral("UNIDADES"), lar::FieldType::Integer);
+    lineas.addField(QStringLiteral("PUNTOS_UNIDAD"), lar::FieldType::Integer);
+    lineas.addField(QStringLiteral("PUNTOS"), lar::FieldType::Integer);
+    lineas.open();
+    q.setSql(QStringLiteral(
+        "select first 3 (select first 1 clave_articulo from claves_articulos k where "
+        "k.articulo_id = a.articulo_id), a.nombre from articulos a where a.es_almacenable = 'S' "
+        "order by a.articulo_id"));
+    int n = 0;
+    for (q.open(); !q.eof(); q.next(), ++n) {
+        const int unidades = n == 0 ? 2 : 1;
+        const int puntos = 150 * (n + 1);
+        lineas.appendRecord(
+            {q.field(0).toString(), q.field(1).toString(), unidades, puntos, unidades * puntos});
+    }
+    q.close();
+    tr.commit();
+    r.setCursor(QStringLiteral("Docto"), std::make_unique<lar::reporte::CursorMemTable>(&docto));
+    r.setCursor(QStringLiteral("Lineas"), std::make_unique<lar::reporte::CursorMemTable>(&lineas));
+
+    lar::TfPreview p;
+    p.setReporte(&r);
+    if (!p.regenera(&error)) {
+        err() << error << Qt::endl;
+        return 1;
+    }
+    p.resize(1000, 700);
+    p.show();
+    int resultado = 1;
+    // After the preview has maximised itself: back to a picture's size, page width.
+    QTimer::singleShot(300, &p, [&] {
+        p.setWindowState(Qt::WindowNoState);
+        p.resize(1000, 700);
+        QTimer::singleShot(200, &p, [&] {
+            p.findChild<QToolButton *>(QStringLiteral("spbPreviewWidth"))->click();
+            QApplication::processEvents();
+            QDir().mkpath(destino);
+            resultado = guarda(&p, destino + QStringLiteral("/vale-preview.png")) ? 0 : 1;
+            QApplication::quit();
+        });
+    });
+    QApplication::exec();
+    return resultado;
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
 {
     QApplication app(argc, argv);
+    lar::RegistraModulos();
     const QStringList args = QApplication::arguments();
     try {
         if (args.size() == 3 && args[1] == u"instala")
             return instala(args[2]);
         if (args.size() == 4 && args[1] == u"capturas")
             return capturas(args[2], args[3]);
+        if (args.size() == 4 && args[1] == u"vale")
+            return vale(args[2], args[3]);
     } catch (const std::exception &ex) {
         err() << ex.what() << Qt::endl;
         return 1;
     }
-    err() << "Uso: larvenos-demo instala CARPETA | capturas CARPETA DESTINO" << Qt::endl;
+    err() << "Uso: larvenos-demo instala CARPETA | capturas CARPETA DESTINO | vale CARPETA DESTINO"
+          << Qt::endl;
     return 2;
 }

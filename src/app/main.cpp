@@ -1,7 +1,6 @@
-#include "catalog/articulos_lista.h"
+#include "app/modulos.h"
 #include "core/fmain.h"
 #include "db/dbscript.h"
-#include "security/modulos.h"
 
 #include <QApplication>
 
@@ -13,8 +12,7 @@ int main(int argc, char *argv[])
     lar::TfMain::FabricaActualizaDB() = [](lar::TfMain &m) -> QDialog * {
         return new lar::TfDBScript(m.sesion(), &m);
     };
-    lar::RegistraModulosSeguridad();
-    lar::RegistraArticulosPuntos();
+    lar::RegistraModulos();
     lar::TfMain principal;
     principal.show();
     return QApplication::exec();

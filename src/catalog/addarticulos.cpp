@@ -213,7 +213,7 @@ void TfAddArticulos::bOkClick()
         falla(cLinea, QStringLiteral("Debé seleccionar un línea."));
     if (rAlmacen->isChecked() && !cAlmacen->keyValue().isValid())
         falla(cAlmacen, QStringLiteral("Debé seleccionar un almacén."));
-    if (Valido && rClasificadores->isChecked() && !cClasific->keyValue().isValid())
+    if (rClasificadores->isChecked() && !cClasific->keyValue().isValid())
         falla(cClasific, QStringLiteral("Deé seleccionar un clasificador."));
     if (!Valido)
         return;

@@ -23,7 +23,8 @@ QString CarpetaComun()
     return limpia(qEnvironmentVariable("ProgramData", QStringLiteral("C:/ProgramData")));
 #else
     // The system-wide configuration folder (/etc/xdg): one per machine, as ProgramData.
-    const QStringList sistema = QStandardPaths::standardLocations(QStandardPaths::GenericConfigLocation);
+    const QStringList sistema
+        = QStandardPaths::standardLocations(QStandardPaths::GenericConfigLocation);
     return sistema.size() > 1 ? limpia(sistema.last()) : QStringLiteral("/etc/xdg");
 #endif
 }

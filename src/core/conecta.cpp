@@ -7,6 +7,7 @@
 #include "sesion.h"
 
 #include "fb/database.h"
+#include "toolkit/accesible.h"
 #include "toolkit/mensajes.h"
 #include "toolkit/teclado.h"
 
@@ -70,10 +71,7 @@ TfEmpresas::TfEmpresas(QWidget *parent)
     vEmpresas = new QListWidget(this);
     vEmpresas->setObjectName(QStringLiteral("vEmpresas"));
     vEmpresas->setSortingEnabled(true);
-    etiqueta->setBuddy(vEmpresas);
-    // A list takes no name from its label for assistive technology.
-    vEmpresas->setAccessibleName(
-        QStringLiteral("Seleccione la empresa con la que desea trabajar:"));
+    EtiquetaDe(etiqueta, vEmpresas);
     bOk = new QPushButton(QStringLiteral("&Aceptar"), this);
     bOk->setObjectName(QStringLiteral("bOk"));
     Button2 = new QPushButton(QStringLiteral("&Cancelar"), this);
@@ -291,7 +289,7 @@ void TfConecta::bOkClick()
             accept();
             return;
         }
-        if (VerificaDB(m_sesion, true)) {
+        if (RevisaDB(m_sesion, true)) {
             accept();
             return;
         }
@@ -411,7 +409,7 @@ void TfConecta::GuardaUltimos()
     }
     if (EmpresaId > 0) {
         try {
-            m_sesion.ConfigInicia();
+            fb::TransactionGuard guardia(m_sesion.fbConfigTrans());
             const int usuario = RegistroMicrosip(
                 m_sesion, Usuario.toUpper(), 0, QStringLiteral("L"), false, QString());
             const int microsip = RegistroMicrosip(m_sesion,
@@ -426,12 +424,9 @@ void TfConecta::GuardaUltimos()
                              QStringLiteral("V"),
                              true,
                              QString::number(EmpresaId));
-            m_sesion.ConfigCommit();
+            guardia.commit();
         } catch (const std::exception &) {
-            try {
-                m_sesion.ConfigRollback();
-            } catch (const std::exception &) {
-            }
+            // Only a convenience for the next login: the guard rolled it back.
         }
     }
 }

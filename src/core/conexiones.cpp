@@ -45,8 +45,9 @@ void CargaXml(QDomDocument &doc, const QString &ruta)
 {
     QFile f(ruta);
     if (!f.open(QIODevice::ReadOnly))
-        throw std::runtime_error(
-            QStringLiteral("No se puede abrir el archivo \"%1\": %2").arg(ruta, f.errorString()).toStdString());
+        throw std::runtime_error(QStringLiteral("No se puede abrir el archivo \"%1\": %2")
+                                     .arg(ruta, f.errorString())
+                                     .toStdString());
     QString error;
     int linea = 0;
     int columna = 0;
@@ -62,14 +63,16 @@ void GuardaXml(const QDomDocument &doc, const QString &ruta)
 {
     QSaveFile f(ruta);
     if (!f.open(QIODevice::WriteOnly))
-        throw std::runtime_error(
-            QStringLiteral("No se puede escribir \"%1\": %2").arg(ruta, f.errorString()).toStdString());
+        throw std::runtime_error(QStringLiteral("No se puede escribir \"%1\": %2")
+                                     .arg(ruta, f.errorString())
+                                     .toStdString());
     QTextStream out(&f);
     doc.save(out, 2);
     out.flush();
     if (!f.commit())
-        throw std::runtime_error(
-            QStringLiteral("No se puede escribir \"%1\": %2").arg(ruta, f.errorString()).toStdString());
+        throw std::runtime_error(QStringLiteral("No se puede escribir \"%1\": %2")
+                                     .arg(ruta, f.errorString())
+                                     .toStdString());
 }
 
 namespace {
@@ -105,8 +108,9 @@ QList<Conexion> LeeConexionesXml(const QDomDocument &comun)
             continue;
         const QDomElement protocolo = c.firstChildElement(QStringLiteral("Protocolo"));
         const bool uno = !protocolo.isNull() && protocolo.text() == u"1";
-        lista.append({c.tagName(),
-                      PathConexion(TextoNodo(c, QStringLiteral("Nombre_del_servidor")), dir.text(), uno)});
+        lista.append(
+            {c.tagName(),
+             PathConexion(TextoNodo(c, QStringLiteral("Nombre_del_servidor")), dir.text(), uno)});
     }
     return lista;
 }
@@ -180,7 +184,8 @@ void LeeUltimosRegistro(QString &usuario, QString &conexion)
 void GuardaUltimosRegistro(const QString &usuario, const QString &conexion)
 {
     // Written only where Microsip created the key.
-    QSettings padre(QStringLiteral("HKEY_CURRENT_USER\\Software\\Microsip"), QSettings::Registry32Format);
+    QSettings padre(QStringLiteral("HKEY_CURRENT_USER\\Software\\Microsip"),
+                    QSettings::Registry32Format);
     if (!padre.childGroups().contains(QStringLiteral("Barra Microsip")))
         return;
     QSettings barra(kBarra, QSettings::Registry32Format);

@@ -394,13 +394,13 @@ bool TfMain::Acceso()
     if (m_sesion.UsuarioActual == m_sesion.usuarioAdministrador()) {
         m_sesion.Permisos.fill(kTodosLosDerechos);
         bActualizaDB->setEnabled(true);
-        if (!VerificaDB(m_sesion, false))
+        if (!RevisaDB(m_sesion, false))
             bActualizaDB->click();
     } else {
         bActualizaDB->setEnabled(false);
         m_sesion.Permisos.fill(0);
         m_sesion.TransInicia();
-        if (!VerificaDB(m_sesion, true)) {
+        if (!RevisaDB(m_sesion, true)) {
             MensajeSistema(
                 QStringLiteral("Es necesario actualizar la base de datos, para eso necesita "
                                "entrar al sistema con el usuario SYSDBA"),
@@ -483,7 +483,7 @@ void TfMain::acercaDe()
 void TfMain::NavegaMod(QObject *sender)
 {
     try {
-        if (!VerificaDB(m_sesion, false))
+        if (!RevisaDB(m_sesion, false))
             return;
         const int tag = Tag(sender);
         if (!BuscaModulo(tag)) {

@@ -36,7 +36,7 @@ QString ceros(qsizetype n)
 int GetNextID(Sesion &s, const QString &nombre, int incremento)
 {
     s.TransInicia();
-    fb::Query &q = s.Query();
+    fb::Query q(&s.fbDatabase(), &s.fbUpdateTrans());
     try {
         q.setSql(QStringLiteral("select gen_id(gen_lar_") + nombre + u','
                  + QString::number(incremento) + QStringLiteral(") from rdb$database"));
@@ -45,15 +45,17 @@ int GetNextID(Sesion &s, const QString &nombre, int incremento)
         q.close();
         return int(incremento == 0 ? valor + 1 : valor);
     } catch (const std::exception &) {
-        // Generators are created by the first caller that needs one.
+        // Generators are created by the first caller that needs one; the commit takes
+        // the caller's pending work on fbUpdateTrans with it, as it always has.
         q.close();
+        fb::TransactionGuard guardia(s.fbUpdateTrans());
         q.setSql(QStringLiteral("CREATE GENERATOR gen_lar_") + nombre);
         q.execute();
         if (incremento > 0) {
             q.setSql(QStringLiteral("SET GENERATOR gen_lar_") + nombre + QStringLiteral(" TO 1"));
             q.execute();
         }
-        s.UpdateCommit();
+        guardia.commit();
         return 1;
     }
 }
@@ -61,7 +63,7 @@ int GetNextID(Sesion &s, const QString &nombre, int incremento)
 int GetNextFolioDoc(Sesion &s, bool incrementa)
 {
     s.TransInicia();
-    fb::Query &q = s.Query();
+    fb::Query q(&s.fbDatabase(), &s.fbUpdateTrans());
     q.setSql(incrementa ? QStringLiteral("select gen_id(id_doctos,1) from rdb$database")
                         : QStringLiteral("select gen_id(id_doctos,0) from rdb$database"));
     q.open();

@@ -2,9 +2,12 @@
 
 #include "acceso.h"
 #include "mform.h"
+#include "registro.h"
 #include "sesion.h"
 
 #include "fb/error.h"
+#include "toolkit/memgrid.h"
+#include "toolkit/memtable.h"
 #include "toolkit/mensajes.h"
 
 #include <QHash>
@@ -86,6 +89,29 @@ void ErrorConRollback(Sesion &sesion, const std::exception &e)
         // The connection may be what failed; the message matters more.
     }
     MensajeSistema(TextoExcepcion(e), QStringLiteral("Error"), mb::IconStop);
+}
+
+bool RevisaDB(Sesion &sesion, bool silencioso)
+{
+    const VerificacionDB r = VerificaDB(sesion, silencioso);
+    if (!r.aviso.isEmpty())
+        MensajeSistema(r.aviso, QStringLiteral("Aviso del sistema"), mb::IconWarning);
+    if (r.terminar && sesion.terminaAplicacion)
+        sesion.terminaAplicacion();
+    return r.ok;
+}
+
+void LlenaCatalogo(LookupCombo *control, std::unique_ptr<MemTable> catalogo)
+{
+    MemTable *anterior = control->lookupTable();
+    MemTable *mem = catalogo.release();
+    mem->setParent(control);
+    control->setLookup(mem, QStringLiteral("Clave"), QStringLiteral("Nombre"));
+    if (anterior && anterior != mem && anterior->parent() == control
+        && anterior->objectName() == u"mCatalogo") // one of ours: nobody else holds it
+        delete anterior;
+    if (!mem->isEmpty())
+        control->setCurrentIndex(0);
 }
 
 } // namespace lar

@@ -7,11 +7,14 @@
 
 #include <exception>
 #include <functional>
+#include <memory>
 
 class QDialog;
 
 namespace lar {
 
+class LookupCombo;
+class MemTable;
 class Sesion;
 class TfMain;
 class TMForm;
@@ -56,5 +59,13 @@ bool TienePermiso(Sesion &sesion, int modulo, quint32 mascara, const QString &te
 void ErrorConRollback(Sesion &sesion, const std::exception &e);
 // The text of an exception of the database layer or any other.
 QString TextoExcepcion(const std::exception &e);
+
+// VerificaDB, shown: its message (caption "Aviso del sistema"), and the end of the
+// application when Microsip is refused. True when the database is ready.
+bool RevisaDB(Sesion &sesion, bool silencioso);
+
+// Shows a catalogue read by CargaCatalogo in a lookup control, which takes the
+// table (releasing the one it had from here) and has its first row chosen.
+void LlenaCatalogo(LookupCombo *control, std::unique_ptr<MemTable> catalogo);
 
 } // namespace lar

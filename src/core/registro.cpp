@@ -1,9 +1,7 @@
 #include "registro.h"
 
 #include "sesion.h"
-#include "toolkit/memgrid.h"
 #include "toolkit/memtable.h"
-#include "toolkit/mensajes.h"
 
 #include <QDir>
 
@@ -145,7 +143,7 @@ void GuardaRegistro(Sesion &s, const QString &nombre, const QString &valor)
 
 bool ExisteTabla(Sesion &s, const QString &nombre)
 {
-    fb::Query &q = s.qQuery();
+    fb::Query q(&s.fbDatabase(), &s.fbUpdateTrans());
     q.setSql(QStringLiteral("select count(*) from rdb$relations where rdb$relation_name=:n"));
     q.bind(QStringLiteral("n"), normaliza(nombre));
     return cuenta(q) >= 1;
@@ -153,7 +151,7 @@ bool ExisteTabla(Sesion &s, const QString &nombre)
 
 bool ExisteCampo(Sesion &s, const QString &tabla, const QString &campo)
 {
-    fb::Query &q = s.qQuery();
+    fb::Query q(&s.fbDatabase(), &s.fbUpdateTrans());
     q.setSql(QStringLiteral("select count(*) from rdb$relation_fields where rdb$relation_name = "
                             ":t and rdb$field_name=:f"));
     q.bind(QStringLiteral("t"), tabla);
@@ -167,7 +165,7 @@ bool ExisteProcedimiento(Sesion &s, const QString &nombre)
     const auto it = s.ProcCache.constFind(n);
     if (it != s.ProcCache.constEnd())
         return it.value();
-    fb::Query &q = s.qQuery();
+    fb::Query q(&s.fbDatabase(), &s.fbUpdateTrans());
     q.setSql(QStringLiteral("select count(*) from rdb$procedures where rdb$procedure_name = :s"));
     q.bind(QStringLiteral("s"), n);
     const bool existe = cuenta(q) >= 1;
@@ -199,24 +197,22 @@ bool VersionMicrosipOk(Sesion &s)
     return ok;
 }
 
-bool VerificaDB(Sesion &s, bool silencioso)
+VerificacionDB VerificaDB(Sesion &s, bool silencioso)
 {
+    VerificacionDB r;
     if (!VersionMicrosipOk(s)) {
-        MensajeSistema(QStringLiteral("Puntos Larvenos 2026 no es compatible con la versión de "
-                                      "Microsip ")
-                           + s.VersionMicrosip,
-                       kAviso,
-                       mb::IconWarning);
-        if (s.terminaAplicacion)
-            s.terminaAplicacion();
-        return false;
+        r.aviso = QStringLiteral("Puntos Larvenos 2026 no es compatible con la versión de "
+                                 "Microsip ")
+                  + s.VersionMicrosip;
+        r.terminar = true;
+        return r;
     }
     const QString actualizar
         = QStringLiteral("Es necesario actualizar la base de datos para continuar");
     if (!ExisteTabla(s, QStringLiteral("LAR_REGISTRO"))) {
         if (!silencioso)
-            MensajeSistema(actualizar, kAviso, mb::IconWarning);
-        return false;
+            r.aviso = actualizar;
+        return r;
     }
     QString version;
     try {
@@ -224,18 +220,18 @@ bool VerificaDB(Sesion &s, bool silencioso)
     } catch (const fb::Error &) {
         version = QStringLiteral("0");
     }
-    if (version == VersionEsquema())
-        return true;
+    if (version == VersionEsquema()) {
+        r.ok = true;
+        return r;
+    }
     if (!silencioso) {
         if (version > VersionEsquema())
-            MensajeSistema(QStringLiteral("La base de datos no es compatible, debe actualizar el "
-                                          "sistema Larvenos"),
-                           kAviso,
-                           mb::IconWarning);
+            r.aviso = QStringLiteral("La base de datos no es compatible, debe actualizar el "
+                                     "sistema Larvenos");
         else
-            MensajeSistema(actualizar, kAviso, mb::IconWarning);
+            r.aviso = actualizar;
     }
-    return false;
+    return r;
 }
 
 QString CarpetaDatos()
@@ -290,13 +286,10 @@ int RegistroMicrosip(Sesion &s,
     return id;
 }
 
-void CargaCatalogo(Sesion &s,
-                   LookupCombo *control,
-                   const QString &tabla,
-                   const QString &clave,
-                   const QString &nombre)
+std::unique_ptr<MemTable>
+CargaCatalogo(Sesion &s, const QString &tabla, const QString &clave, const QString &nombre)
 {
-    auto *mem = new MemTable(control);
+    auto mem = std::make_unique<MemTable>();
     mem->setObjectName(QStringLiteral("mCatalogo"));
     mem->addField(QStringLiteral("Clave"), FieldType::Integer);
     mem->addField(QStringLiteral("Nombre"), FieldType::String, 30);
@@ -308,16 +301,8 @@ void CargaCatalogo(Sesion &s,
     q.open();
     mem->loadFromQuery(q);
     q.close();
-
-    MemTable *anterior = control->lookupTable();
-    control->setLookup(mem, QStringLiteral("Clave"), QStringLiteral("Nombre"));
-    if (anterior && anterior->parent() == control
-        && anterior->objectName() == u"mCatalogo") // one of ours: nobody else holds it
-        delete anterior;
-    if (!mem->isEmpty()) {
-        mem->first();
-        control->setCurrentIndex(0);
-    }
+    mem->first();
+    return mem;
 }
 
 } // namespace lar

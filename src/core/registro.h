@@ -3,9 +3,11 @@
 #include <QChar>
 #include <QString>
 
+#include <memory>
+
 namespace lar {
 
-class LookupCombo;
+class MemTable;
 class Sesion;
 
 // The schema version this program expects in the root value PuntosLar_DB; compared
@@ -54,9 +56,16 @@ bool ExisteProcedimiento(Sesion &s, const QString &nombre);
 // True for Microsip - Administración 7.22 or older; sets s.VersionMicrosip.
 bool VersionMicrosipOk(Sesion &s);
 
-// Microsip version, then schema version. A refused Microsip shows its message
-// even when silencioso and ends the application (s.terminaAplicacion).
-bool VerificaDB(Sesion &s, bool silencioso);
+// What the Microsip version and schema version check found. aviso is the message
+// for the user ("Aviso del sistema"), empty when there is none to show: a refused
+// Microsip has one even when silencioso, and then the application must end.
+struct VerificacionDB
+{
+    bool ok = false;
+    QString aviso;
+    bool terminar = false;
+};
+VerificacionDB VerificaDB(Sesion &s, bool silencioso);
 
 // The machine-wide folder of the program, with its trailing separator: the
 // environment variable LARVENOS_DATOS when set, else /var/lib/LarvenosPV/.
@@ -75,13 +84,9 @@ int RegistroMicrosip(Sesion &s,
                      bool forzar,
                      const QString &valor);
 
-// Fills a lookup control from a Microsip catalogue: a memory table (Clave integer,
-// Nombre 30 characters, owned by the control) with the rows ordered by name; the
-// control shows Nombre, stands for Clave, and has the first row chosen.
-void CargaCatalogo(Sesion &s,
-                   LookupCombo *control,
-                   const QString &tabla,
-                   const QString &clave,
-                   const QString &nombre);
+// Reads a Microsip catalogue into a memory table (Clave integer, Nombre 30
+// characters), ordered by name, on its first row. LlenaCatalogo shows it.
+std::unique_ptr<MemTable>
+CargaCatalogo(Sesion &s, const QString &tabla, const QString &clave, const QString &nombre);
 
 } // namespace lar

@@ -23,7 +23,8 @@ Sesion::Sesion()
     terminaAplicacion = [] {
         // Queued, so that it also ends a loop that isn't running yet.
         if (QCoreApplication *app = QCoreApplication::instance())
-            QMetaObject::invokeMethod(app, [] { QCoreApplication::exit(0); }, Qt::QueuedConnection);
+            QMetaObject::invokeMethod(
+                app, [] { QCoreApplication::exit(0); }, Qt::QueuedConnection);
     };
 }
 

@@ -122,7 +122,7 @@ void ActualizaDB::ejecutaScripts()
     for (const Paso &p : kPasos) {
         const QString nombre = QString::fromUtf16(p.script);
         try {
-            m_s.TransInicia();
+            fb::TransactionGuard guardia(m_s.fbUpdateTrans());
             fb::ScriptRunner runner(m_s.fbDatabase(), m_s.fbUpdateTrans());
             // What exists already fails here and is passed over without a word;
             // that is what makes a repeated run safe.
@@ -131,13 +131,9 @@ void ActualizaDB::ejecutaScripts()
             });
             runner.run(m_reemplazos.contains(nombre) ? m_reemplazos.value(nombre)
                                                      : textoScript(nombre));
-            m_s.UpdateCommit();
+            guardia.commit();
         } catch (const std::exception &e) {
-            try {
-                m_s.UpdateRollback();
-            } catch (const std::exception &) {
-            }
-            Log(mensajeDe(e));
+            Log(mensajeDe(e)); // the step's work was rolled back by its guard
         }
         Log(QString::fromUtf16(p.linea));
     }
@@ -172,19 +168,15 @@ int ActualizaDB::CreaCarpeta(const QString &nombre, int padre)
 void ActualizaDB::CreaCarpetas()
 {
     try {
-        m_s.ConfigInicia();
+        fb::TransactionGuard guardia(m_s.fbConfigTrans());
         int id = CreaCarpeta(QStringLiteral("LarvenosPV"), 0);
         id = CreaCarpeta(QStringLiteral("Traspasos"), id);
         CreaCarpeta(QStringLiteral("Formas"), id);
         id = CreaCarpeta(QStringLiteral("LarvenosPV"), 0);
         id = CreaCarpeta(QStringLiteral("Puntos"), id);
         CreaCarpeta(QStringLiteral("Formas"), id);
-        m_s.ConfigCommit();
+        guardia.commit();
     } catch (const std::exception &e) {
-        try {
-            m_s.ConfigRollback();
-        } catch (const std::exception &) {
-        }
         Log(QStringLiteral("Error al crear las carpetas para los reportes:"));
         Log(mensajeDe(e));
     }

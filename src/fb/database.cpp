@@ -5,6 +5,8 @@
 #include "transaction.h"
 #include "win1252.h"
 
+#include <QStringDecoder>
+
 #include <algorithm>
 
 using namespace Firebird;
@@ -41,7 +43,13 @@ Error makeError(const IStatus *status)
     util()->formatStatus(buf, sizeof buf - 1, const_cast<IStatus *>(status));
     buf[sizeof buf - 1] = 0;
     const int sqlcode = int(isc_sqlcode(vector));
-    return Error(fromWin1252(buf, qsizetype(strlen(buf))), code, sqlcode);
+    // File names come back as they went (UTF-8); other text may be Windows-1252.
+    const QByteArray texto(buf, qsizetype(strlen(buf)));
+    QStringDecoder utf8(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+    QString mensaje = utf8.decode(texto);
+    if (utf8.hasError())
+        mensaje = fromWin1252(texto.constData(), texto.size());
+    return Error(mensaje, code, sqlcode);
 }
 
 } // namespace detail
@@ -76,13 +84,17 @@ std::vector<unsigned char> Database::buildDpb(bool create, int pageSize) const
 {
     return call([&](ThrowStatusWrapper *st) {
         IXpbBuilder *dpb = detail::util()->getXpbBuilder(st, IXpbBuilder::DPB, nullptr, 0);
+        // The file name and every other string of the block go as UTF-8, so a folder
+        // such as "Compañía" or a home with accents opens on any platform, embedded
+        // or on a server; the data itself still travels as Windows-1252 (lc_ctype).
+        dpb->insertTag(st, isc_dpb_utf8_filename);
         dpb->insertInt(st, isc_dpb_sql_dialect, m_dialect);
         if (create)
             dpb->insertInt(st, isc_dpb_page_size, pageSize);
         for (const QString &p : m_params) {
             const qsizetype eq = p.indexOf(u'=');
             const QString key = (eq < 0 ? p : p.left(eq)).trimmed().toLower();
-            const QByteArray value = toWin1252(eq < 0 ? QString() : p.mid(eq + 1));
+            const QByteArray value = (eq < 0 ? QString() : p.mid(eq + 1)).toUtf8();
             if (key.isEmpty())
                 continue;
             if (key == u"lc_ctype")
@@ -114,9 +126,10 @@ void Database::connect()
     if (isConnected())
         return;
     const std::vector<unsigned char> dpb = buildDpb(false, 0);
-    const QByteArray path = toWin1252(m_name);
+    const QByteArray path = m_name.toUtf8();
     IAttachment *att = call([&](ThrowStatusWrapper *st) {
-        return detail::provider()->attachDatabase(st, path.constData(), unsigned(dpb.size()), dpb.data());
+        return detail::provider()->attachDatabase(
+            st, path.constData(), unsigned(dpb.size()), dpb.data());
     });
     m_handle = new DatabaseHandle{att};
 }
@@ -126,9 +139,10 @@ void Database::createDatabase(int pageSize)
     if (isConnected())
         throw Error::usage(QStringLiteral("La base de datos ya está conectada"));
     const std::vector<unsigned char> dpb = buildDpb(true, pageSize);
-    const QByteArray path = toWin1252(m_name);
+    const QByteArray path = m_name.toUtf8();
     IAttachment *att = call([&](ThrowStatusWrapper *st) {
-        return detail::provider()->createDatabase(st, path.constData(), unsigned(dpb.size()), dpb.data());
+        return detail::provider()->createDatabase(
+            st, path.constData(), unsigned(dpb.size()), dpb.data());
     });
     m_handle = new DatabaseHandle{att};
 }

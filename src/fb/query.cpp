@@ -456,8 +456,8 @@ void Query::buildInput()
             switch (v.typeId()) {
             case QMetaType::QString:
             case QMetaType::QByteArray: {
-                bytes[i] = v.typeId() == QMetaType::QString ? toWin1252(v.toString())
-                                                            : v.toByteArray();
+                bytes[i]
+                    = v.typeId() == QMetaType::QString ? toWin1252(v.toString()) : v.toByteArray();
                 unsigned len = 32;
                 while (len < unsigned(bytes[i].size()))
                     len *= 2;
@@ -496,8 +496,8 @@ void Query::buildInput()
                     sh = {SQL_INT64, 8, -v.value<Decimal>().scale(), 0, 0};
                     break;
                 }
-                throw Error::usage(
-                    QStringLiteral("Tipo de parámetro no admitido: %1").arg(QString::fromLatin1(v.typeName())));
+                throw Error::usage(QStringLiteral("Tipo de parámetro no admitido: %1")
+                                       .arg(QString::fromLatin1(v.typeName())));
             }
         }
         shapes[i] = sh;
@@ -552,7 +552,8 @@ void Query::buildInput()
         }
         case SQL_BLOB: {
             ISC_QUAD id{};
-            IBlob *blob = m_db->handle()->att->createBlob(&s.status, m_tr->handle()->tra, &id, 0, nullptr);
+            IBlob *blob
+                = m_db->handle()->att->createBlob(&s.status, m_tr->handle()->tra, &id, 0, nullptr);
             const QByteArray &b = bytes[i];
             try {
                 for (qsizetype pos = 0; pos < b.size(); pos += 32768) {
@@ -573,8 +574,9 @@ void Query::buildInput()
             break;
         }
         case SQL_INT64: {
-            const qint64 x = v.metaType() == QMetaType::fromType<Decimal>() ? v.value<Decimal>().unscaled()
-                                                                           : v.toLongLong();
+            const qint64 x = v.metaType() == QMetaType::fromType<Decimal>()
+                                 ? v.value<Decimal>().unscaled()
+                                 : v.toLongLong();
             std::memcpy(p, &x, 8);
             break;
         }
@@ -615,7 +617,8 @@ void Query::open()
         buildInput();
         IMessageMetadata *in = m_values.empty() ? nullptr : s.inBuilt;
         void *inBuf = m_values.empty() ? nullptr : s.inBuf.data();
-        if (s.stmtType == isc_info_sql_stmt_select || s.stmtType == isc_info_sql_stmt_select_for_upd) {
+        if (s.stmtType == isc_info_sql_stmt_select
+            || s.stmtType == isc_info_sql_stmt_select_for_upd) {
             s.cursor = s.stmt->openCursor(&s.status, m_tr->handle()->tra, in, inBuf, s.outMeta, 0);
             m_tr->m_openQueries.push_back(this);
             s.hasRow = s.cursor->fetchNext(&s.status, s.outBuf.data()) == IStatus::RESULT_OK;
@@ -844,7 +847,8 @@ QByteArray Field::toBytes() const
         if (!tr || !tr->isActive())
             throw Error::usage(QStringLiteral("La transacción del blob ya terminó"));
         try {
-            IBlob *blob = m_query->m_db->handle()->att->openBlob(&s.status, tr->handle()->tra, &id, 0, nullptr);
+            IBlob *blob = m_query->m_db->handle()->att->openBlob(
+                &s.status, tr->handle()->tra, &id, 0, nullptr);
             char chunk[32768];
             for (;;) {
                 unsigned got = 0;
@@ -994,7 +998,8 @@ qint64 Field::toInt64() const
     default: {
         const std::optional<Decimal> d = Decimal::fromString(toTrimmed());
         if (!d)
-            throw Error(QStringLiteral("El valor de %1 no es un número").arg(c.name), isc::ConversionError);
+            throw Error(QStringLiteral("El valor de %1 no es un número").arg(c.name),
+                        isc::ConversionError);
         return d->rescaled(0).unscaled();
     }
     }
@@ -1040,7 +1045,8 @@ Decimal Field::toDecimal() const
     default: {
         const std::optional<Decimal> d = Decimal::fromString(toTrimmed());
         if (!d)
-            throw Error(QStringLiteral("El valor de %1 no es un número").arg(c.name), isc::ConversionError);
+            throw Error(QStringLiteral("El valor de %1 no es un número").arg(c.name),
+                        isc::ConversionError);
         return *d;
     }
     }

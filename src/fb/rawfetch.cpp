@@ -18,7 +18,8 @@ RawFetchResult rawFetchAll(Database &db, Transaction &tr, const QString &sql)
     RawFetchResult r;
     try {
         const QByteArray text = sql.toLatin1();
-        IStatement *stmt = db.handle()->att->prepare(&st, tr.handle()->tra, 0, text.constData(), 3, 0);
+        IStatement *stmt
+            = db.handle()->att->prepare(&st, tr.handle()->tra, 0, text.constData(), 3, 0);
         IMessageMetadata *meta = stmt->getOutputMetadata(&st);
         const unsigned n = meta->getCount(&st);
         std::vector<unsigned> type(n), off(n), nullOff(n), len(n);

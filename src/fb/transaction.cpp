@@ -13,7 +13,7 @@ namespace fb {
 using detail::call;
 
 Transaction::Transaction(Database *db)
-    : m_params(defaultParams())
+    : m_options(defaultOptions())
 {
     setDatabase(db);
 }
@@ -29,12 +29,10 @@ Transaction::~Transaction()
     setDatabase(nullptr);
 }
 
-QStringList Transaction::defaultParams()
+TransactionOptions Transaction::defaultOptions()
 {
-    return {QStringLiteral("write"),
-            QStringLiteral("nowait"),
-            QStringLiteral("rec_version"),
-            QStringLiteral("read_committed")};
+    return TransactionOption::Write | TransactionOption::NoWait | TransactionOption::RecVersion
+           | TransactionOption::ReadCommitted;
 }
 
 void Transaction::setDatabase(Database *db)
@@ -42,7 +40,8 @@ void Transaction::setDatabase(Database *db)
     if (db == m_db)
         return;
     if (isActive())
-        throw Error::usage(QStringLiteral("No se puede cambiar la base de datos de una transacción activa"));
+        throw Error::usage(
+            QStringLiteral("No se puede cambiar la base de datos de una transacción activa"));
     if (m_db)
         std::erase(m_db->m_transactions, this);
     m_db = db;
@@ -52,38 +51,30 @@ void Transaction::setDatabase(Database *db)
 
 std::vector<unsigned char> Transaction::buildTpb() const
 {
+    using O = TransactionOption;
+    const auto ambas = [this](O a, O b) {
+        return m_options.testFlag(a) && m_options.testFlag(b);
+    };
+    if (ambas(O::Write, O::Read) || ambas(O::NoWait, O::Wait)
+        || ambas(O::RecVersion, O::NoRecVersion)
+        || int(m_options.testFlag(O::ReadCommitted)) + int(m_options.testFlag(O::Concurrency))
+                   + int(m_options.testFlag(O::Consistency))
+               > 1)
+        throw Error::usage(QStringLiteral("Opciones de transacción contradictorias"));
+    static const std::pair<O, int> etiquetas[] = {{O::Write, isc_tpb_write},
+                                                  {O::Read, isc_tpb_read},
+                                                  {O::NoWait, isc_tpb_nowait},
+                                                  {O::Wait, isc_tpb_wait},
+                                                  {O::ReadCommitted, isc_tpb_read_committed},
+                                                  {O::Concurrency, isc_tpb_concurrency},
+                                                  {O::Consistency, isc_tpb_consistency},
+                                                  {O::RecVersion, isc_tpb_rec_version},
+                                                  {O::NoRecVersion, isc_tpb_no_rec_version}};
     return call([&](ThrowStatusWrapper *st) {
         IXpbBuilder *tpb = detail::util()->getXpbBuilder(st, IXpbBuilder::TPB, nullptr, 0);
-        for (QString word : m_params) {
-            word = word.trimmed().toLower();
-            if (word.startsWith(u"isc_tpb_"))
-                word = word.mid(8);
-            int tag = 0;
-            if (word == u"write")
-                tag = isc_tpb_write;
-            else if (word == u"read")
-                tag = isc_tpb_read;
-            else if (word == u"nowait")
-                tag = isc_tpb_nowait;
-            else if (word == u"wait")
-                tag = isc_tpb_wait;
-            else if (word == u"rec_version")
-                tag = isc_tpb_rec_version;
-            else if (word == u"no_rec_version")
-                tag = isc_tpb_no_rec_version;
-            else if (word == u"read_committed")
-                tag = isc_tpb_read_committed;
-            else if (word == u"concurrency")
-                tag = isc_tpb_concurrency;
-            else if (word == u"consistency")
-                tag = isc_tpb_consistency;
-            else if (word.isEmpty())
-                continue;
-            else {
-                tpb->dispose();
-                throw Error::usage(QStringLiteral("Parámetro de transacción desconocido: %1").arg(word));
-            }
-            tpb->insertTag(st, tag);
+        for (const auto &[opcion, tag] : etiquetas) {
+            if (m_options.testFlag(opcion))
+                tpb->insertTag(st, tag);
         }
         const unsigned char *buf = tpb->getBuffer(st);
         std::vector<unsigned char> out(buf, buf + tpb->getBufferLength(st));
@@ -164,7 +155,9 @@ TransactionGuard::~TransactionGuard()
 
 void TransactionGuard::commit()
 {
-    m_tr.commit();
+    // A script's own COMMIT may have ended it already: nothing is left to commit.
+    if (m_tr.isActive())
+        m_tr.commit();
     m_done = true;
 }
 

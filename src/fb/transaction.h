@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QStringList>
+#include <QFlags>
 
 #include <vector>
 
@@ -10,10 +10,24 @@ class Database;
 class Query;
 struct TransactionHandle;
 
+// What a transaction is: its access, how it meets a locked row, its isolation.
+// One of each pair at most; what is left out takes the engine's default.
+enum class TransactionOption : unsigned {
+    Write = 0x001,
+    Read = 0x002,
+    NoWait = 0x004,
+    Wait = 0x008,
+    RecVersion = 0x010, // with ReadCommitted: read the last committed version
+    NoRecVersion = 0x020,
+    ReadCommitted = 0x040,
+    Concurrency = 0x080, // snapshot
+    Consistency = 0x100, // table stability
+};
+Q_DECLARE_FLAGS(TransactionOptions, TransactionOption)
+Q_DECLARE_OPERATORS_FOR_FLAGS(TransactionOptions)
+
 // An explicit transaction on one attachment; several may be open on the same
-// attachment at once. Configured by the parameter words "write", "nowait",
-// "rec_version", "read_committed" (the default) and their opposites "read",
-// "wait", "no_rec_version", "concurrency", "consistency".
+// attachment at once. Write, NoWait, RecVersion, ReadCommitted unless told otherwise.
 class Transaction
 {
 public:
@@ -22,12 +36,13 @@ public:
     Transaction(const Transaction &) = delete;
     Transaction &operator=(const Transaction &) = delete;
 
-    static QStringList defaultParams();
+    static TransactionOptions defaultOptions();
 
     void setDatabase(Database *db);
     Database *database() const { return m_db; }
-    void setParams(const QStringList &words) { m_params = words; }
-    const QStringList &params() const { return m_params; }
+    // Takes effect at the next start.
+    void setOptions(TransactionOptions options) { m_options = options; }
+    TransactionOptions options() const { return m_options; }
 
     bool isActive() const { return m_handle != nullptr; }
     void start();
@@ -47,7 +62,7 @@ private:
     std::vector<unsigned char> buildTpb() const;
 
     Database *m_db = nullptr;
-    QStringList m_params;
+    TransactionOptions m_options;
     TransactionHandle *m_handle = nullptr;
     std::vector<Query *> m_openQueries;
 };

@@ -7,14 +7,22 @@
 #include "toolkit/reporte/reporte.h"
 
 #include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
 
 namespace lar {
 
 int AseguraFolder(Sesion &s, const QString &nombre, int padre)
 {
-    fb::Transaction tr(&s.fbConfig());
+    return AseguraFolder(s.fbConfig(), nombre, padre);
+}
+
+int AseguraFolder(fb::Database &config, const QString &nombre, int padre)
+{
+    fb::Transaction tr(&config);
     fb::TransactionGuard guardia(tr);
-    fb::Query q(&s.fbConfig(), &tr);
+    fb::Query q(&config, &tr);
     auto busca = [&]() {
         q.clearSql();
         q.addSql(QStringLiteral("SELECT folder_id"));
@@ -159,11 +167,14 @@ void RecuerdaForma(Sesion &s,
     Registro(s, subcarpeta, s.UsuarioActual, carpeta, false, valor, QStringLiteral("Forma"));
 }
 
-void GuardaForma(Sesion &s, int folderId, const QString &nombre, const QByteArray &plantilla)
+void GuardaForma(fb::Database &config,
+                 int folderId,
+                 const QString &nombre,
+                 const QByteArray &plantilla)
 {
-    fb::Transaction tr(&s.fbConfig());
+    fb::Transaction tr(&config);
     fb::TransactionGuard guardia(tr);
-    fb::Query q(&s.fbConfig(), &tr);
+    fb::Query q(&config, &tr);
     q.addSql(QStringLiteral("DELETE FROM RB_ITEM WHERE FOLDER_ID = :FOLDER_ID AND NAME = :NAME"));
     q.bind(QStringLiteral("FOLDER_ID"), folderId);
     q.bind(QStringLiteral("NAME"), nombre);
@@ -181,6 +192,44 @@ void GuardaForma(Sesion &s, int folderId, const QString &nombre, const QByteArra
     q.bind(QStringLiteral("TEMPLATE"), plantilla);
     q.execute();
     guardia.commit();
+}
+
+QList<std::pair<QString, QByteArray>> LeeFormas(fb::Database &config, int folderId)
+{
+    QList<std::pair<QString, QByteArray>> formas;
+    fb::Transaction tr(&config);
+    fb::Query q(&config, &tr);
+    q.setSql(QStringLiteral(
+        "SELECT NAME, TEMPLATE FROM RB_ITEM WHERE FOLDER_ID = :FOLDER_ID ORDER BY NAME"));
+    q.bind(QStringLiteral("FOLDER_ID"), folderId);
+    for (q.open(); !q.eof(); q.next())
+        formas.append({q.field(0).toTrimmed(), q.field(1).toBytes()});
+    q.close();
+    tr.commit();
+    return formas;
+}
+
+QList<std::pair<QString, QByteArray>> FormasMuestra()
+{
+    QList<std::pair<QString, QByteArray>> formas;
+    const QDir dir(QStringLiteral(":/formas"));
+    for (const QFileInfo &f :
+         dir.entryInfoList({QStringLiteral("*.xml")}, QDir::Files, QDir::Name)) {
+        QFile archivo(f.filePath());
+        if (archivo.open(QIODevice::ReadOnly))
+            formas.append({f.completeBaseName(), archivo.readAll()});
+    }
+    return formas;
+}
+
+int InstalaFormasMuestra(fb::Database &config)
+{
+    const int raiz = AseguraFolder(config, QStringLiteral("LarvenosPV"), 0);
+    const int formas = AseguraFolder(
+        config, QStringLiteral("Formas"), AseguraFolder(config, QStringLiteral("Puntos"), raiz));
+    for (const auto &[nombre, plantilla] : FormasMuestra())
+        GuardaForma(config, formas, nombre, plantilla);
+    return formas;
 }
 
 } // namespace lar

@@ -3,6 +3,10 @@
 #include <QString>
 #include <QStringList>
 
+namespace fb {
+class Database;
+}
+
 namespace lar {
 
 class Sesion;
@@ -15,8 +19,10 @@ struct Plantilla;
 // Print forms are report templates in Microsip's rb_folder / rb_item of the
 // configuration database, under LarvenosPV / Puntos / Formas.
 
-// The id of the folder nombre under padre (0 for a root), created when missing.
+// The id of the folder nombre under padre (0 for a root), created when missing, in
+// the configuration database (the session's fbConfig), on a transaction of its own.
 int AseguraFolder(Sesion &s, const QString &nombre, int padre);
+int AseguraFolder(fb::Database &config, const QString &nombre, int padre);
 
 // The id of LarvenosPV / Puntos / Formas; 0 when the tree isn't there.
 int FolderFormas(Sesion &s);
@@ -47,7 +53,20 @@ void RecuerdaForma(Sesion &s,
                    const QString &subcarpeta,
                    const QString &forma);
 
-// Stores a template in a folder, replacing the one of the same name.
-void GuardaForma(Sesion &s, int folderId, const QString &nombre, const QByteArray &plantilla);
+// Stores a template in a folder of the configuration database, replacing the one
+// of the same name.
+void GuardaForma(fb::Database &config,
+                 int folderId,
+                 const QString &nombre,
+                 const QByteArray &plantilla);
+
+// The forms of a folder with their templates, sorted by name.
+QList<std::pair<QString, QByteArray>> LeeFormas(fb::Database &config, int folderId);
+
+// The sample forms shipped with the program (name, template), and their
+// installation under LarvenosPV / Puntos / Formas, which replaces forms of the
+// same names and leaves the others alone. Returns the folder's id.
+QList<std::pair<QString, QByteArray>> FormasMuestra();
+int InstalaFormasMuestra(fb::Database &config);
 
 } // namespace lar

@@ -1,6 +1,7 @@
 #include "imprimirforma.h"
 
 #include "formas.h"
+#include "impresoras.h"
 #include "preview.h"
 
 #include "core/registro.h"
@@ -157,11 +158,12 @@ void TfImprimirForma::llenaImpresoras()
 
 void TfImprimirForma::impresoraElegida()
 {
-    const QPrinterInfo info = QPrinterInfo::printerInfo(vPrinters->currentText());
-    lTipo->setText(info.makeAndModel());
-    lUbicacion->setText(info.location());
-    lComentario->setText(info.description());
-    lEstado->clear();
+    const QString nombre = vPrinters->currentText();
+    const DatosImpresora datos = nombre.isEmpty() ? DatosImpresora() : DescribeImpresora(nombre);
+    lTipo->setText(datos.controlador);
+    lUbicacion->setText(datos.puerto);
+    lComentario->setText(datos.comentario);
+    lEstado->setText(datos.textoEstado);
     if (m_reporte)
         m_reporte->setImpresora(vPrinters->currentText());
 }

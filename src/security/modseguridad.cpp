@@ -243,6 +243,9 @@ void TfModSeguridad::TreeChange()
             // The seeded menus hold a handful of modules; more than the pool isn't shown.
             if (usados >= kGrupos)
                 break;
+            // Rights are kept for tags 1 to 79 only.
+            if (m.tag < 1 || m.tag > 79)
+                continue;
             TSafeCheckGroup *g = Grupos[usados];
             const QStringList derechos = m_datos.derechos(m.tag);
             // A module without rights has nothing to tick: its slot goes to the next.

@@ -456,21 +456,15 @@ void TFListaCh::marcaTodos(int como)
         return;
     MemTable &t = *m_ds;
     t.checkBrowseMode();
-    t.disableControls();
-    try {
-        const MemTable::Bookmark b = t.bookmark();
-        for (t.first(); !t.eof(); t.next()) {
-            t.edit();
-            MemField f = t.field(1);
-            f.setValue(como < 0 ? !f.asBoolean() : como == 1);
-            t.post();
-        }
-        t.gotoBookmark(b);
-    } catch (...) {
-        t.enableControls();
-        throw;
+    BloqueoControles bloqueo(t);
+    const MemTable::Bookmark b = t.bookmark();
+    for (t.first(); !t.eof(); t.next()) {
+        t.edit();
+        MemField f = t.field(1);
+        f.setValue(como < 0 ? !f.asBoolean() : como == 1);
+        t.post();
     }
-    t.enableControls();
+    t.gotoBookmark(b);
 }
 
 } // namespace lar

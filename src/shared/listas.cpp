@@ -3,6 +3,7 @@
 #include "flista.h"
 
 #include "fb/query.h"
+#include "fb/sqltext.h"
 #include "toolkit/memgrid.h"
 #include "toolkit/memtable.h"
 
@@ -54,11 +55,12 @@ QString CondicionLike(const QString &campo,
     ListaPartesLike = t.isEmpty() ? QStringList() : t.split(comodin, Qt::KeepEmptyParts);
     QStringList terminos;
     for (qsizetype k = 0; k < ListaPartesLike.size(); ++k) {
-        QString s = campo + u' ' + operador + QStringLiteral(" '") + comodin + ListaPartesLike[k]
-                    + comodin;
+        // The parts are the user's text: quotes doubled, so O'Brien is sought.
+        QString s = campo + u' ' + operador + QStringLiteral(" '") + comodin
+                    + fb::escapeLiteral(ListaPartesLike[k]) + comodin;
         for (qsizetype j = 0; j < ListaPartesLike.size(); ++j) {
             if (j != k)
-                s += ListaPartesLike[j] + comodin;
+                s += fb::escapeLiteral(ListaPartesLike[j]) + comodin;
         }
         terminos << s + u'\'';
     }
@@ -137,52 +139,46 @@ void campoSiFalta(MemTable &mem, const QString &nombre, FieldType tipo, int tam)
 
 void cargaLista(MemTable &mem, fb::Query &query, const QStringList &sql, bool conLimite)
 {
-    mem.disableControls();
-    try {
-        mem.close();
-        mem.deleteIndexes();
-        mem.setIndexFieldNames(QString());
-        if (mem.fieldCount() == 0) {
-            campoSiFalta(mem, QStringLiteral("id"), FieldType::Integer, 0);
-            campoSiFalta(mem, QStringLiteral("clave"), FieldType::String, 300);
-            campoSiFalta(mem, QStringLiteral("nombre"), FieldType::String, 200);
-            if (conLimite)
-                campoSiFalta(mem, QStringLiteral("limite_credito"), FieldType::Currency, 2);
-        }
-        mem.open();
-        const int fId = mem.fieldByName(QStringLiteral("id")).index();
-        const int fClave = mem.fieldByName(QStringLiteral("clave")).index();
-        const int fNombre = mem.fieldByName(QStringLiteral("nombre")).index();
-        int fLimite = -1;
-        if (conLimite) {
-            fLimite = mem.fieldIndex(QStringLiteral("limite_credito"));
-            if (fLimite < 0)
-                fLimite = mem.fieldIndex(QStringLiteral("LimCredito"));
-        }
-        query.close();
-        query.clearSql();
-        for (const QString &linea : sql)
-            query.addSql(linea);
-        for (query.open(); !query.eof(); query.next()) {
-            mem.append();
-            mem.field(fId).setValue(query.field(0).toVariant());
-            for (const auto &[campo, col] : {std::pair{fClave, 1}, std::pair{fNombre, 2}}) {
-                const fb::Field f = query.field(col);
-                mem.field(campo).setValue(f.isNull() ? QVariant() : QVariant(f.toTrimmed()));
-            }
-            if (fLimite >= 0)
-                mem.field(fLimite).setValue(QVariant::fromValue(query.field(3).toDecimal()));
-            mem.post();
-        }
-        query.close();
-        mem.addIndex(QStringLiteral("iNombre"), QStringLiteral("nombre"));
-        mem.addIndex(QStringLiteral("iClave"), QStringLiteral("clave"));
-        mem.setIndexName(QStringLiteral("iNombre"));
-    } catch (...) {
-        mem.enableControls();
-        throw;
+    BloqueoControles bloqueo(mem);
+    mem.close();
+    mem.deleteIndexes();
+    mem.setIndexFieldNames(QString());
+    if (mem.fieldCount() == 0) {
+        campoSiFalta(mem, QStringLiteral("id"), FieldType::Integer, 0);
+        campoSiFalta(mem, QStringLiteral("clave"), FieldType::String, 300);
+        campoSiFalta(mem, QStringLiteral("nombre"), FieldType::String, 200);
+        if (conLimite)
+            campoSiFalta(mem, QStringLiteral("limite_credito"), FieldType::Currency, 2);
     }
-    mem.enableControls();
+    mem.open();
+    const int fId = mem.fieldByName(QStringLiteral("id")).index();
+    const int fClave = mem.fieldByName(QStringLiteral("clave")).index();
+    const int fNombre = mem.fieldByName(QStringLiteral("nombre")).index();
+    int fLimite = -1;
+    if (conLimite) {
+        fLimite = mem.fieldIndex(QStringLiteral("limite_credito"));
+        if (fLimite < 0)
+            fLimite = mem.fieldIndex(QStringLiteral("LimCredito"));
+    }
+    query.close();
+    query.clearSql();
+    for (const QString &linea : sql)
+        query.addSql(linea);
+    for (query.open(); !query.eof(); query.next()) {
+        mem.append();
+        mem.field(fId).setValue(query.field(0).toVariant());
+        for (const auto &[campo, col] : {std::pair{fClave, 1}, std::pair{fNombre, 2}}) {
+            const fb::Field f = query.field(col);
+            mem.field(campo).setValue(f.isNull() ? QVariant() : QVariant(f.toTrimmed()));
+        }
+        if (fLimite >= 0)
+            mem.field(fLimite).setValue(QVariant::fromValue(query.field(3).toDecimal()));
+        mem.post();
+    }
+    query.close();
+    mem.addIndex(QStringLiteral("iNombre"), QStringLiteral("nombre"));
+    mem.addIndex(QStringLiteral("iClave"), QStringLiteral("clave"));
+    mem.setIndexName(QStringLiteral("iNombre"));
 }
 
 QStringList sqlClientes(bool empleados)
@@ -233,16 +229,12 @@ void llenaPar(const QString &tabla,
     query.addSql(QStringLiteral("FROM ") + tabla);
     if (ordenado)
         query.addSql(QStringLiteral("ORDER BY 2"));
-    mem.disableControls();
-    try {
+    {
+        BloqueoControles bloqueo(mem);
         query.open();
         mem.loadFromQuery(query);
         query.close();
-    } catch (...) {
-        mem.enableControls();
-        throw;
     }
-    mem.enableControls();
     mem.first();
 }
 

@@ -48,8 +48,8 @@ ColLista ParseColLista(const QString &spec);
 // The filter condition of the live picker: the text (upper-cased with mayusculas)
 // is split on the wildcard, and one term per part, that part first and the others
 // after it in their order, is joined by " OR ", so the parts may come in any
-// order: "A%B" on nombre gives "nombre LIKE '%A%B%' OR nombre LIKE '%B%A%'". The
-// text goes in unquoted. An empty text gives no condition.
+// order: "A%B" on nombre gives "nombre LIKE '%A%B%' OR nombre LIKE '%B%A%'". Quotes
+// in the text are doubled. An empty text gives no condition.
 QString CondicionLike(const QString &campo,
                       const QString &texto,
                       const QString &operador,

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <QAbstractItemView>
 #include <QAccessible>
+#include <QLabel>
 #include <QWidget>
 
 namespace lar {
@@ -17,6 +19,15 @@ void RenuevaAccesible(QWidget *w, QAccessible::InterfaceFactory fabrica)
     QAccessibleInterface *i = QAccessible::queryAccessibleInterface(w);
     if (i && !dynamic_cast<Propia *>(i))
         QAccessible::deleteAccessibleInterface(QAccessible::uniqueId(i));
+}
+
+// Makes `etiqueta` the caption of `control`: its buddy (Alt+letter focuses the
+// control) and its accessible name; lists and tables take no name from a buddy.
+inline void EtiquetaDe(QLabel *etiqueta, QWidget *control)
+{
+    etiqueta->setBuddy(control);
+    if (qobject_cast<QAbstractItemView *>(control) && control->accessibleName().isEmpty())
+        control->setAccessibleName(QString(etiqueta->text()).remove(u'&'));
 }
 
 } // namespace lar

@@ -286,15 +286,17 @@ LibroXls::~LibroXls() = default;
 
 int LibroXls::agregaHoja(const QString &nombre)
 {
-    QString base = nombreHojaValido(nombre);
-    if (base.isEmpty())
-        base = QStringLiteral("Hoja");
+    const QString base = nombreHojaValido(nombre);
     auto usado = [this](const QString &n) {
         return std::any_of(m_hojas.begin(), m_hojas.end(), [&](const auto &h) {
             return h->nombre.compare(n, Qt::CaseInsensitive) == 0;
         });
     };
-    QString final = base == u"Hoja" ? base + QString::number(hojas() + 1) : base;
+    QString final = base;
+    if (base.isEmpty()) {
+        for (int i = hojas() + 1; final.isEmpty() || usado(final); ++i)
+            final = QStringLiteral("Hoja%1").arg(i);
+    }
     for (int i = 2; usado(final); ++i) {
         const QString sufijo = QStringLiteral(" (%1)").arg(i);
         final = base.left(31 - sufijo.size()) + sufijo;
@@ -355,6 +357,8 @@ void LibroXls::texto(int hoja, int fila, int col, const QString &t)
 
 void LibroXls::numero(int hoja, int fila, int col, double v, const QString &formato)
 {
+    if (!std::isfinite(v)) // a NUMBER record can't hold it
+        return;
     pon(hoja, fila, col, {Celda::Numero, xfDeFormato(formato), v});
 }
 

@@ -26,12 +26,13 @@ public:
     LibroXls &operator=(const LibroXls &) = delete;
 
     // Adds a sheet and returns its number. Characters Excel refuses in a sheet name
-    // ([]:*?/\) become '_', the name is cut to 31 characters, and a repeated or
-    // empty name gets a number.
+    // ([]:*?/\) become '_', the name is cut to 31 characters, a repeated name gets
+    // " (2)", " (3)"..., and an empty one is "Hoja" and the sheet's number.
     int agregaHoja(const QString &nombre);
     int hojas() const { return int(m_hojas.size()); }
     QString nombreHoja(int hoja) const;
 
+    // Empty text, and a number that isn't finite, leave the cell empty.
     void texto(int hoja, int fila, int col, const QString &t);
     void numero(int hoja, int fila, int col, double v, const QString &formato = {});
     // The date and time as Excel's serial number (days since 30/12/1899), shown

@@ -479,8 +479,7 @@ private:
 
 fb::Decimal add(const fb::Decimal &a, const fb::Decimal &b)
 {
-    const int s = std::max(a.scale(), b.scale());
-    return fb::Decimal(a.rescaled(s).unscaled() + b.rescaled(s).unscaled(), s);
+    return a + b; // checked: an overflowing sum is an error, not a wrapped number
 }
 
 // A value as the comparison sees it: a number (exact), a text, or something else

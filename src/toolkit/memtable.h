@@ -318,4 +318,22 @@ private:
     quint64 m_nextId = 1;
 };
 
+// Keeps a table's controls silent for a scope: disableControls() now, the matching
+// enableControls() on every way out, an exception included.
+class BloqueoControles
+{
+public:
+    explicit BloqueoControles(MemTable &tabla)
+        : m_tabla(tabla)
+    {
+        m_tabla.disableControls();
+    }
+    ~BloqueoControles() { m_tabla.enableControls(); }
+    BloqueoControles(const BloqueoControles &) = delete;
+    BloqueoControles &operator=(const BloqueoControles &) = delete;
+
+private:
+    MemTable &m_tabla;
+};
+
 } // namespace lar

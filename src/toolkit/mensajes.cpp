@@ -45,7 +45,8 @@ int muestraCaja(const CajaMensaje &caja)
     QList<Def> defs;
     switch (caja.botones()) {
     case mb::OkCancel:
-        defs = {{"Aceptar", mb::IdOk, QMessageBox::AcceptRole}, {"Cancelar", mb::IdCancel, QMessageBox::RejectRole}};
+        defs = {{"Aceptar", mb::IdOk, QMessageBox::AcceptRole},
+                {"Cancelar", mb::IdCancel, QMessageBox::RejectRole}};
         break;
     case mb::AbortRetryIgnore:
         defs = {{"Anular", mb::IdAbort, QMessageBox::RejectRole},
@@ -61,7 +62,8 @@ int muestraCaja(const CajaMensaje &caja)
         defs = {{"Sí", mb::IdYes, QMessageBox::YesRole}, {"No", mb::IdNo, QMessageBox::NoRole}};
         break;
     case mb::RetryCancel:
-        defs = {{"Reintentar", mb::IdRetry, QMessageBox::AcceptRole}, {"Cancelar", mb::IdCancel, QMessageBox::RejectRole}};
+        defs = {{"Reintentar", mb::IdRetry, QMessageBox::AcceptRole},
+                {"Cancelar", mb::IdCancel, QMessageBox::RejectRole}};
         break;
     default:
         defs = {{"Aceptar", mb::IdOk, QMessageBox::AcceptRole}};
@@ -76,17 +78,18 @@ int muestraCaja(const CajaMensaje &caja)
     box.exec();
     const int pressed = int(buttons.indexOf(box.clickedButton()));
     if (pressed < 0) // closed with Escape or the close box
-        return caja.botones() == mb::Ok ? mb::IdOk : (caja.botones() == mb::YesNo ? mb::IdNo : mb::IdCancel);
+        return caja.botones() == mb::Ok ? mb::IdOk
+                                        : (caja.botones() == mb::YesNo ? mb::IdNo : mb::IdCancel);
     return defs[pressed].id;
 }
 
 } // namespace
 
-int ServicioMensajes::muestra(const CajaMensaje &caja)
+mb::Respuesta ServicioMensajes::muestra(const CajaMensaje &caja)
 {
     if (respondedor())
-        return respondedor()(caja);
-    return muestraCaja(caja);
+        return mb::Respuesta(respondedor()(caja));
+    return mb::Respuesta(muestraCaja(caja));
 }
 
 void ServicioMensajes::instalaRespondedor(Respondedor r)
@@ -99,7 +102,7 @@ bool ServicioMensajes::tieneRespondedor()
     return bool(respondedor());
 }
 
-int MensajeSistema(const QString &texto, const QString &titulo, int icono)
+mb::Respuesta MensajeSistema(const QString &texto, const QString &titulo, mb::Estilos icono)
 {
     while (QApplication::overrideCursor())
         QApplication::restoreOverrideCursor();

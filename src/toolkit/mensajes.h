@@ -1,35 +1,44 @@
 #pragma once
 
+#include <QFlags>
 #include <QString>
 
 #include <functional>
 
 namespace lar {
 
-// Message-box flags and answers, with the values of the classic Windows API that
-// the screens pass (292 = Yes/No + question + second button default).
+// Message-box flags and answers, typed, with the values of the classic Windows API
+// (YesNo | IconQuestion | DefButton2 is 292): one choice of buttons, one icon, one
+// default button, combined with |.
 namespace mb {
-constexpr int Ok = 0;
-constexpr int OkCancel = 1;
-constexpr int AbortRetryIgnore = 2;
-constexpr int YesNoCancel = 3;
-constexpr int YesNo = 4;
-constexpr int RetryCancel = 5;
-constexpr int IconStop = 16;
-constexpr int IconQuestion = 32;
-constexpr int IconWarning = 48;
-constexpr int IconInformation = 64;
-constexpr int DefButton2 = 256;
-constexpr int DefButton3 = 512;
-constexpr int SystemModal = 4096;
+enum Estilo : int {
+    Ok = 0,
+    OkCancel = 1,
+    AbortRetryIgnore = 2,
+    YesNoCancel = 3,
+    YesNo = 4,
+    RetryCancel = 5,
+    IconStop = 16,
+    IconQuestion = 32,
+    IconWarning = 48,
+    IconInformation = 64,
+    DefButton2 = 256,
+    DefButton3 = 512,
+    SystemModal = 4096,
+};
+Q_DECLARE_FLAGS(Estilos, Estilo)
+Q_DECLARE_OPERATORS_FOR_FLAGS(Estilos)
 
-constexpr int IdOk = 1;
-constexpr int IdCancel = 2;
-constexpr int IdAbort = 3;
-constexpr int IdRetry = 4;
-constexpr int IdIgnore = 5;
-constexpr int IdYes = 6;
-constexpr int IdNo = 7;
+// The button pressed.
+enum Respuesta : int {
+    IdOk = 1,
+    IdCancel = 2,
+    IdAbort = 3,
+    IdRetry = 4,
+    IdIgnore = 5,
+    IdYes = 6,
+    IdNo = 7,
+};
 } // namespace mb
 
 // One message box as the program asked for it.
@@ -37,12 +46,12 @@ struct CajaMensaje
 {
     QString texto;
     QString titulo;
-    int flags = 0;
+    mb::Estilos flags;
 
-    int botones() const { return flags & 0x0F; }
-    int icono() const { return flags & 0xF0; }
+    int botones() const { return flags.toInt() & 0x0F; }
+    int icono() const { return flags.toInt() & 0xF0; }
     // 1-based position of the default button.
-    int predeterminado() const { return ((flags & 0xF00) >> 8) + 1; }
+    int predeterminado() const { return ((flags.toInt() & 0xF00) >> 8) + 1; }
 };
 
 // Every message box of the program goes through here. Without an answerer the
@@ -51,15 +60,16 @@ struct CajaMensaje
 class ServicioMensajes
 {
 public:
+    // Answers with an mb::Respuesta.
     using Respondedor = std::function<int(const CajaMensaje &)>;
-    static int muestra(const CajaMensaje &caja);
+    static mb::Respuesta muestra(const CajaMensaje &caja);
     static void instalaRespondedor(Respondedor r);
     static bool tieneRespondedor();
 };
 
 // Shows Texto with the caption and the flags Icono (plus system-modal) and
 // returns the button pressed; resets the wait cursor first.
-int MensajeSistema(const QString &texto, const QString &titulo, int icono);
+mb::Respuesta MensajeSistema(const QString &texto, const QString &titulo, mb::Estilos icono);
 
 // "Aviso", "Error" or "Ex": the three standard notices; any other class shows nothing.
 void MuestraAviso(const QString &texto, const QString &clase);

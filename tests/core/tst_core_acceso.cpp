@@ -7,6 +7,7 @@
 #include "core/conecta.h"
 #include "support/guionmensajes.h"
 #include "support/testenv.h"
+#include "support/testmain.h"
 
 #include <QLineEdit>
 #include <QPushButton>
@@ -48,7 +49,8 @@ private slots:
         for (int intento = 0; intento < 3; ++intento) // no lock-out
             f.bOk->click();
         QCOMPARE(guion.cajas().size(), 3);
-        QCOMPARE(guion.cajas()[0].texto, QStringLiteral("El nombre de usuario o contraseña no es válido"));
+        QCOMPARE(guion.cajas()[0].texto,
+                 QStringLiteral("El nombre de usuario o contraseña no es válido"));
         QCOMPARE(guion.cajas()[0].titulo, QStringLiteral("Error de datos"));
         QCOMPARE(guion.cajas()[0].icono(), int(mb::IconStop));
         QVERIFY(f.isVisible());
@@ -74,7 +76,8 @@ private slots:
     void servidorInalcanzableYAutorizacion()
     {
         Sesion s;
-        m_env->conectaSesion(s, QStringLiteral("DEMO"), QStringLiteral("MARTA"), QStringLiteral("marta1"));
+        m_env->conectaSesion(
+            s, QStringLiteral("DEMO"), QStringLiteral("MARTA"), QStringLiteral("marta1"));
         {
             // Any other engine error: its code and text.
             lartest::GuionMensajes guion;
@@ -106,12 +109,13 @@ private slots:
             QVERIFY(AutorizaUsuario(s, 73, 1, false));
             QCOMPARE(intentos, 1);
             QVERIFY(focoEnUsuario);
-            QCOMPARE(guion.textos(), QStringList{QStringLiteral("El nombre de usuario o contraseña no es válido")});
+            QCOMPARE(guion.textos(),
+                     QStringList{QStringLiteral("El nombre de usuario o contraseña no es válido")});
             QVERIFY(!s.fbUpdateTrans().isActive());
             QCOMPARE(UsuarioAutoriza(), QStringLiteral("MARTA"));
         }
     }
 };
 
-QTEST_MAIN(TstAcceso)
+LAR_TEST_MAIN(TstAcceso)
 #include "tst_core_acceso.moc"

@@ -8,6 +8,7 @@
 #include "fb/transaction.h"
 #include "support/entornoprueba.h"
 #include "support/testenv.h"
+#include "support/testmain.h"
 
 #include <QDir>
 #include <QFile>
@@ -220,5 +221,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestIds)
+LAR_TEST_MAIN(TestIds)
 #include "tst_core_ids.moc"

@@ -12,6 +12,7 @@
 #include "core/presentacion.h"
 #include "db/dbscript.h"
 #include "support/guionmensajes.h"
+#include "support/testmain.h"
 #include "toolkit/ribbon.h"
 #include "toolkit/tag.h"
 
@@ -422,5 +423,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TstInicio)
+LAR_TEST_MAIN(TstInicio)
 #include "tst_core_inicio.moc"

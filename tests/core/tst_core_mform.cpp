@@ -2,6 +2,7 @@
 // tag) and the ribbon's collapsed tabs.
 
 #include "core/mform.h"
+#include "support/testmain.h"
 #include "toolkit/ribbon.h"
 #include "toolkit/tag.h"
 
@@ -124,5 +125,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TstMForm)
+LAR_TEST_MAIN(TstMForm)
 #include "tst_core_mform.moc"

@@ -9,6 +9,7 @@
 #include "core/fmain.h"
 #include "core/navegacion.h"
 #include "support/guionmensajes.h"
+#include "support/testmain.h"
 #include "toolkit/tag.h"
 
 #include <QAction>
@@ -358,5 +359,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TstNavegacion)
+LAR_TEST_MAIN(TstNavegacion)
 #include "tst_core_navegacion.moc"

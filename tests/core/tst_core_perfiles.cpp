@@ -6,6 +6,7 @@
 #include "core/sesion.h"
 #include "support/guionmensajes.h"
 #include "support/testenv.h"
+#include "support/testmain.h"
 
 #include <QComboBox>
 #include <QDir>
@@ -119,9 +120,11 @@ private slots:
     void nodoDelUsuarioConAcentos()
     {
         QCOMPARE(NombreNodoUsuario(QStringLiteral("José Martín")), QStringLiteral("Jos_ Mart_n"));
-        QCOMPARE(NombreNodoUsuario(QStringLiteral("Ángel")), QStringLiteral("Ángel")); // upper case kept
+        QCOMPARE(NombreNodoUsuario(QStringLiteral("Ángel")),
+                 QStringLiteral("Ángel")); // upper case kept
         QDomDocument doc;
-        QVERIFY(doc.setContent(usuarioXml(QStringLiteral("Jos_"), QStringLiteral("PEPE"), QStringLiteral("Local"))));
+        QVERIFY(doc.setContent(
+            usuarioXml(QStringLiteral("Jos_"), QStringLiteral("PEPE"), QStringLiteral("Local"))));
         const QDomElement barra = NodoBarraXml(doc, QStringLiteral("José"));
         QVERIFY(!barra.isNull());
         QCOMPARE(TextoNodo(barra, QStringLiteral("Usuario")), QStringLiteral("PEPE"));
@@ -133,10 +136,11 @@ private slots:
     {
         preparaCarpetas(QStringLiteral("guarda"));
         const QString ruta = m_local + QStringLiteral("/Microsip/ProgramData.xml");
-        escribe(ruta,
-                "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<ProgramData><CurrentUser><ana><Software>"
-                "<Microsip><Barra_Microsip><Usuario>VIEJO</Usuario></Barra_Microsip></Microsip>"
-                "</Software></ana></CurrentUser><Otro>queda</Otro></ProgramData>\n");
+        escribe(
+            ruta,
+            "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<ProgramData><CurrentUser><ana><Software>"
+            "<Microsip><Barra_Microsip><Usuario>VIEJO</Usuario></Barra_Microsip></Microsip>"
+            "</Software></ana></CurrentUser><Otro>queda</Otro></ProgramData>\n");
         QDomDocument doc;
         CargaXml(doc, ruta);
         QDomElement barra = NodoBarraXml(doc, QStringLiteral("ana"));
@@ -149,15 +153,18 @@ private slots:
         QVERIFY(texto.contains(QStringLiteral("<Conexi_n>Local</Conexi_n>")));
         QVERIFY(texto.contains(QStringLiteral("<Otro>queda</Otro>")));
         QVERIFY(!texto.contains(QStringLiteral("VIEJO")));
-        QVERIFY_THROWS_EXCEPTION(std::runtime_error, CargaXml(doc, ruta + QStringLiteral(".falta")));
+        QVERIFY_THROWS_EXCEPTION(std::runtime_error,
+                                 CargaXml(doc, ruta + QStringLiteral(".falta")));
     }
 
     void dialogoLeeLosPerfiles_data()
     {
         QTest::addColumn<QString>("ultima");
         QTest::addColumn<QString>("esperada");
-        QTest::newRow("la última") << "Servidor" << "Servidor";
-        QTest::newRow("ya no existe") << "Borrada" << "Local";
+        QTest::newRow("la última") << "Servidor"
+                                   << "Servidor";
+        QTest::newRow("ya no existe") << "Borrada"
+                                      << "Local";
     }
 
     void dialogoLeeLosPerfiles()
@@ -230,7 +237,8 @@ private slots:
         f.show();
         QVERIFY(QTest::qWaitForWindowExposed(&f));
         QCOMPARE(guion.cajas().size(), 1);
-        QVERIFY(guion.cajas()[0].texto.startsWith(QStringLiteral("No fue posible cargar la configuración XML\r")));
+        QVERIFY(guion.cajas()[0].texto.startsWith(
+            QStringLiteral("No fue posible cargar la configuración XML\r")));
         QCOMPARE(guion.cajas()[0].titulo, QStringLiteral("Aviso del sistema"));
         QCOMPARE(f.vConexiones->count(), 0);
         QTest::keyClicks(f.vUsuario, QStringLiteral("pepe"));
@@ -254,5 +262,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TstPerfiles)
+LAR_TEST_MAIN(TstPerfiles)
 #include "tst_core_perfiles.moc"

@@ -1,6 +1,7 @@
 // The settings tree, the object tests, the version checks, Microsip's registry and
 // the catalogue loader, on an upgraded stand-in company.
 
+#include "core/navegacion.h"
 #include "core/registro.h"
 #include "core/sesion.h"
 #include "db/actualizadb.h"
@@ -10,6 +11,7 @@
 #include "support/entornoprueba.h"
 #include "support/guionmensajes.h"
 #include "support/testenv.h"
+#include "support/testmain.h"
 #include "toolkit/memgrid.h"
 #include "toolkit/memtable.h"
 
@@ -209,7 +211,13 @@ private slots:
         m_s->terminaAplicacion = [&] {
             terminada = true;
         };
-        QCOMPARE(lar::VerificaDB(*m_s, silencioso), esperado);
+        // The check itself only answers; the screens' RevisaDB shows what it found.
+        const lar::VerificacionDB r = lar::VerificaDB(*m_s, silencioso);
+        QCOMPARE(r.ok, esperado);
+        QCOMPARE(r.aviso, mensaje);
+        QVERIFY(!r.terminar);
+        QVERIFY(guion.cajas().isEmpty());
+        QCOMPARE(lar::RevisaDB(*m_s, silencioso), esperado);
         QCOMPARE(guion.textos(), mensaje.isEmpty() ? QStringList() : QStringList{mensaje});
         for (const lar::CajaMensaje &c : guion.cajas())
             QCOMPARE(c.titulo, QStringLiteral("Aviso del sistema"));
@@ -227,9 +235,9 @@ private slots:
         lar::Sesion s;
         limpio.conectaSesion(s);
         lartest::GuionMensajes guion;
-        QVERIFY(!lar::VerificaDB(s, true));
+        QVERIFY(!lar::RevisaDB(s, true));
         QVERIFY(guion.cajas().isEmpty());
-        QVERIFY(!lar::VerificaDB(s, false));
+        QVERIFY(!lar::RevisaDB(s, false));
         QCOMPARE(guion.textos(),
                  QStringList{u"Es necesario actualizar la base de datos para continuar"_s});
     }
@@ -260,7 +268,7 @@ private slots:
             ++terminada;
         };
         // Quiet or not, a refused Microsip is told and ends the program.
-        QCOMPARE(lar::VerificaDB(*m_s, true), aceptada);
+        QCOMPARE(lar::RevisaDB(*m_s, true), aceptada);
         QCOMPARE(m_s->VersionMicrosip, texto);
         QCOMPARE(terminada, aceptada ? 0 : 1);
         QCOMPARE(guion.textos(),
@@ -322,9 +330,15 @@ private slots:
             ejecuta(s.fbDatabase(),
                     QStringLiteral("insert into almacenes (almacen_id, nombre) values (-1, ?)"),
                     {n});
+        const auto catalogo = [&s] {
+            return lar::CargaCatalogo(s,
+                                      QStringLiteral("ALMACENES"),
+                                      QStringLiteral("ALMACEN_ID"),
+                                      QStringLiteral("NOMBRE"));
+        };
         lar::LookupCombo combo;
         for (int vez = 0; vez < 2; ++vez) {
-            lar::CargaCatalogo(s, &combo, u"ALMACENES"_s, u"ALMACEN_ID"_s, u"NOMBRE"_s);
+            lar::LlenaCatalogo(&combo, catalogo());
             QCOMPARE(combo.count(), 3);
         }
         QCOMPARE(combo.findChildren<lar::MemTable *>().size(), 1);
@@ -337,7 +351,7 @@ private slots:
             filas(s.fbDatabase(), u"select almacen_id from almacenes where nombre='Zona sur'"_s),
             QStringList{combo.keyValue().toString()});
         ejecuta(s.fbDatabase(), QStringLiteral("delete from almacenes"));
-        lar::CargaCatalogo(s, &combo, u"ALMACENES"_s, u"ALMACEN_ID"_s, u"NOMBRE"_s);
+        lar::LlenaCatalogo(&combo, catalogo());
         QCOMPARE(combo.count(), 0);
         QCOMPARE(combo.currentIndex(), -1);
     }
@@ -353,5 +367,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestRegistro)
+LAR_TEST_MAIN(TestRegistro)
 #include "tst_core_registro.moc"

@@ -13,6 +13,7 @@
 #include "support/entornoprueba.h"
 #include "support/guionmensajes.h"
 #include "support/testenv.h"
+#include "support/testmain.h"
 
 #include <QApplication>
 #include <QPlainTextEdit>
@@ -385,5 +386,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestActualiza)
+LAR_TEST_MAIN(TestActualiza)
 #include "tst_db_actualiza.moc"

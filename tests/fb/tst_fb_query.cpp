@@ -8,11 +8,14 @@
 #include "fb/transaction.h"
 #include "fb/win1252.h"
 #include "support/testenv.h"
+#include "support/testmain.h"
 
 #include <QSignalSpy>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
+#include <cmath>
+#include <limits>
 
 using fb::Decimal;
 
@@ -235,6 +238,91 @@ private slots:
         QVERIFY(Decimal(1, 0) > Decimal(99999, 5));
     }
 
+    // Every scaling is checked at both ends of the 64-bit range; an overflow is an
+    // error that names the number, never a wrapped value.
+    void decimalOverflow()
+    {
+        QCOMPARE(Decimal(922337203685477, 0).rescaled(4), Decimal(9223372036854770000, 4));
+        QCOMPARE(Decimal(-922337203685477, 0).rescaled(4), Decimal(-9223372036854770000, 4));
+        for (const qint64 v : {922337203685478LL, -922337203685478LL}) {
+            QVERIFY(!Decimal(v, 0).tryRescaled(4));
+            try {
+                Decimal(v, 0).rescaled(4);
+                QFAIL("sin error");
+            } catch (const fb::Error &e) {
+                QCOMPARE(e.message(),
+                         QStringLiteral("El número %1 es demasiado grande: no cabe con 4 "
+                                        "decimales")
+                             .arg(v));
+            }
+        }
+        // What microsip-sim met: units and a price at the scales of their columns.
+        QVERIFY_THROWS_EXCEPTION(fb::Error, Decimal(184467440737096, 0).rescaled(5));
+        QVERIFY_THROWS_EXCEPTION(fb::Error, Decimal(9999999999999999, 0).rescaled(6));
+        QVERIFY_THROWS_EXCEPTION(fb::Error, Decimal(1, 0).rescaled(19));
+
+        QCOMPARE(Decimal::fromDouble(-9.2e12, 6), Decimal(-9200000000000000000, 6));
+        QVERIFY_THROWS_EXCEPTION(fb::Error, Decimal::fromDouble(9.3e12, 6));
+        QVERIFY_THROWS_EXCEPTION(fb::Error, Decimal::fromDouble(std::nan(""), 2));
+
+        const Decimal max(std::numeric_limits<qint64>::max(), 0);
+        QCOMPARE(max - Decimal(1, 0) + Decimal(1, 0), max);
+        QCOMPARE(Decimal(15, 1) + Decimal(-25, 2), Decimal(125, 2));
+        QVERIFY_THROWS_EXCEPTION(fb::Error, max + Decimal(1, 0));
+        QVERIFY_THROWS_EXCEPTION(fb::Error, Decimal(-2, 0) - max - Decimal(1, 0));
+        QVERIFY_THROWS_EXCEPTION(fb::Error, Decimal(1, 0) + Decimal(max.unscaled(), 1));
+
+        // Comparing never overflows, and stays exact where a double would not.
+        QVERIFY(Decimal(10, 0) > Decimal(std::numeric_limits<qint64>::max(), 18));
+        QVERIFY(Decimal(-10, 0) < Decimal(-std::numeric_limits<qint64>::max(), 18));
+        QVERIFY(Decimal(9223372036854775807, 2) > Decimal(92233720368547758, 0));
+        QVERIFY(Decimal(-9223372036854775807, 2) < Decimal(-92233720368547758, 0));
+        QCOMPARE(Decimal(92233720368547758, 0), Decimal(9223372036854775800, 2));
+
+        // A double column beyond what a Decimal holds is refused when read as one.
+        fb::Query q(&m_db, &m_tr);
+        q.setSql(QStringLiteral("select cast(1e300 as double precision) from rdb$database"));
+        q.open();
+        QVERIFY_THROWS_EXCEPTION(fb::Error, q.field(0).toDecimal());
+        q.close();
+    }
+
+    // Typed options: the default is write, nowait, rec_version, read_committed; a
+    // read-only transaction refuses writes, a snapshot keeps its view, and a
+    // contradiction is refused before reaching the engine.
+    void transactionOptions()
+    {
+        using O = fb::TransactionOption;
+        QCOMPARE(fb::Transaction::defaultOptions(),
+                 O::Write | O::NoWait | O::RecVersion | O::ReadCommitted);
+        QCOMPARE(m_tr.options(), fb::Transaction::defaultOptions());
+        exec(QStringLiteral("insert into t (id, v) values (1, 'uno')"));
+
+        fb::Transaction lectura(&m_db);
+        lectura.setOptions(O::Read | O::Concurrency);
+        fb::Query q(&m_db, &lectura);
+        q.setSql(QStringLiteral("select count(*) from t"));
+        q.open();
+        QCOMPARE(q.field(0).toInt(), 1);
+        q.close();
+        exec(QStringLiteral("insert into t (id, v) values (2, 'dos')"));
+        q.open();
+        QCOMPARE(q.field(0).toInt(), 1); // its snapshot
+        q.close();
+        fb::Query escribe(&m_db, &lectura);
+        escribe.setSql(QStringLiteral("delete from t"));
+        QVERIFY_THROWS_EXCEPTION(fb::Error, escribe.execute());
+        lectura.rollback();
+
+        for (const fb::TransactionOptions malas :
+             {O::Write | O::Read, O::Wait | O::NoWait, O::ReadCommitted | O::Concurrency}) {
+            fb::Transaction t(&m_db);
+            t.setOptions(malas);
+            QVERIFY_THROWS_EXCEPTION(fb::Error, t.start());
+            QVERIFY(!t.isActive());
+        }
+    }
+
     void twoTransactions()
     {
         exec(QStringLiteral("insert into t (id, v) values (1, 'uno')"));
@@ -448,5 +536,5 @@ private slots:
     void cleanupTestCase() { m_db.dropDatabase(); }
 };
 
-QTEST_MAIN(TestFbQuery)
+LAR_TEST_MAIN(TestFbQuery)
 #include "tst_fb_query.moc"

@@ -11,6 +11,8 @@
 #include "fb/query.h"
 #include "fb/transaction.h"
 #include "support/entornoprueba.h"
+#include "support/testenv.h"
+#include "support/testmain.h"
 
 #include <QProcess>
 #include <QTest>
@@ -397,6 +399,14 @@ private slots:
         QTest::newRow("sin existencia") << 11 << QStringLiteral("No hay existencia suficiente");
         QTest::newRow("documento")
             << 12 << QStringLiteral("No existe el documento 999999 de ventas.");
+        QTest::newRow("unidades sin cabida")
+            << 13
+            << QStringLiteral("El número 184467440737096 es demasiado grande: no cabe con 5 "
+                              "decimales");
+        QTest::newRow("precio sin cabida")
+            << 14
+            << QStringLiteral("El número 9999999999999999 es demasiado grande: no cabe con 6 "
+                              "decimales");
     }
 
     // Refused with a Spanish message, and nothing of the operation stays.
@@ -458,6 +468,14 @@ private slots:
                 break;
             case 12:
                 m_docs->cancela(Sistema::VE, 999999);
+                break;
+            case 13:
+                d.renglones.first().unidades = dec("184467440737096");
+                m_docs->vende(d);
+                break;
+            case 14:
+                d.renglones.first().precio = dec("9999999999999999");
+                m_docs->vende(d);
                 break;
             }
             QFAIL("no hubo error");
@@ -676,6 +694,15 @@ private slots:
                     .contains(
                         QStringLiteral("El número de unidades del renglón '%1:dos' no es un número")
                             .arg(m_art)));
+        p.start(sim,
+                {QStringLiteral("sell"),
+                 m_e->carpeta(),
+                 QStringLiteral("--renglon"),
+                 m_art + QStringLiteral(":184467440737096")});
+        QVERIFY(p.waitForFinished(60000));
+        QVERIFY(p.exitCode() != 0);
+        QVERIFY(QString::fromUtf8(p.readAllStandardError())
+                    .contains(QStringLiteral("El número 184467440737096 es demasiado grande")));
 
         m_e->conectaEmpresa(m_db);
         const microsip::Cabecera c = m_docs->lee(Sistema::VE, id);
@@ -684,7 +711,67 @@ private slots:
         // The sale and its inventory document, nothing of the refused one.
         QCOMPARE(cuenta(), antes + 2);
     }
+
+    // Stations selling at once through the server never share a folio; a folio
+    // given by hand is refused when taken, and the next ones follow it.
+    void foliosConcurrentes()
+    {
+        if (!lartest::serverAvailable())
+            QSKIP("sin servidor de pruebas (LAR_FB_PORT)");
+        lartest::OpcionesPrueba op;
+        op.servidor = true;
+        op.sembrado = true;
+        const lartest::EntornoPrueba prueba(op);
+        const QString sim
+            = qEnvironmentVariable("LAR_BUILD_DIR") + QStringLiteral("/microsip/microsip-sim");
+        auto vende = [&](const QStringList &extra) {
+            auto p = std::make_unique<QProcess>();
+            p->start(sim,
+                     QStringList{QStringLiteral("sell"),
+                                 prueba.carpeta(),
+                                 QStringLiteral("--cliente"),
+                                 m_cliente,
+                                 QStringLiteral("--renglon"),
+                                 m_servicio + QStringLiteral(":1:10"),
+                                 QStringLiteral("--password"),
+                                 lartest::serverPassword()}
+                         + extra);
+            return p;
+        };
+        // "ID PV FOLIO ..." of each sale.
+        QStringList folios;
+        for (int ronda = 0; ronda < 2; ++ronda) {
+            std::vector<std::unique_ptr<QProcess>> procesos;
+            for (int i = 0; i < 4; ++i)
+                procesos.push_back(vende({}));
+            for (auto &p : procesos) {
+                QVERIFY(p->waitForFinished(120000));
+                QVERIFY2(p->exitCode() == 0, p->readAllStandardError().constData());
+                folios << QString::fromUtf8(p->readAllStandardOutput()).section(u' ', 2, 2);
+            }
+        }
+        folios.sort();
+        const QStringList todos = folios;
+        folios.removeDuplicates();
+        QVERIFY2(folios.size() == 8 && !folios.contains(QString()), qPrintable(todos.join(u' ')));
+
+        auto hecho = vende({QStringLiteral("--folio"), folios.first()});
+        QVERIFY(hecho->waitForFinished(120000));
+        QCOMPARE(hecho->exitCode(), 1);
+        QVERIFY2(QString::fromUtf8(hecho->readAllStandardError())
+                     .contains(QStringLiteral("El folio %1 ya lo tiene otro documento de punto de"
+                                              " venta.")
+                                   .arg(folios.first())),
+                 qPrintable(folios.first()));
+        hecho = vende({QStringLiteral("--folio"), QStringLiteral("A00090000")});
+        QVERIFY(hecho->waitForFinished(120000));
+        QCOMPARE(hecho->exitCode(), 0);
+        hecho = vende({});
+        QVERIFY(hecho->waitForFinished(120000));
+        QCOMPARE(QString::fromUtf8(hecho->readAllStandardOutput()).section(u' ', 2, 2),
+                 QStringLiteral("A00090001"));
+    }
 };
 
-QTEST_GUILESS_MAIN(TestMicrosipDocumentos)
+LAR_TEST_GUILESS_MAIN(TestMicrosipDocumentos)
 #include "tst_microsip_documentos.moc"

@@ -9,6 +9,7 @@
 #include "fb/transaction.h"
 #include "support/entornoprueba.h"
 #include "support/testenv.h"
+#include "support/testmain.h"
 
 #include <QDir>
 #include <QDomDocument>
@@ -363,6 +364,12 @@ private slots:
         QTest::newRow("opción desconocida")
             << QStringList{QStringLiteral("init"), nueva, QStringLiteral("--color")} << 2
             << QStringLiteral("Opción desconocida: --color");
+        QTest::newRow("falta el valor")
+            << QStringList{QStringLiteral("init"), nueva, QStringLiteral("--empresa")} << 2
+            << QStringLiteral("Falta el valor de --empresa.");
+        QTest::newRow("bandera con valor")
+            << QStringList{QStringLiteral("init"), nueva, QStringLiteral("--sin-folios=1")} << 2
+            << QStringLiteral("La opción --sin-folios no lleva valor.");
         QTest::newRow("usuario mal escrito")
             << QStringList{QStringLiteral("init"),
                            nueva,
@@ -420,5 +427,5 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(TestMicrosipEntorno)
+LAR_TEST_GUILESS_MAIN(TestMicrosipEntorno)
 #include "tst_microsip_entorno.moc"

@@ -9,6 +9,7 @@
 #include "fb/transaction.h"
 #include "support/entornoprueba.h"
 #include "support/testenv.h"
+#include "support/testmain.h"
 
 #include <QCryptographicHash>
 #include <QProcess>
@@ -416,5 +417,5 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(TestMicrosipSiembra)
+LAR_TEST_GUILESS_MAIN(TestMicrosipSiembra)
 #include "tst_microsip_siembra.moc"

@@ -217,6 +217,15 @@ void EmpresaPuntos::paso(const QString &op, const QStringList &a)
         return cambia(a.join(u' '));
     if (op == u"sql")
         return ejecuta(a.join(u' '));
+    if (op == u"upgrade") {
+        m_db.disconnect(); // the upgrade alters tables this attachment has used
+        const bool hecho = lar::ActualizaEmpresa(
+            m_entorno.rutaEmpresa(), m_entorno.entorno().rutaConfig(), m_entorno.parametros());
+        m_entorno.conectaEmpresa(m_db);
+        if (!hecho)
+            throw fb::Error(QStringLiteral("the upgrade refused the company"));
+        return;
+    }
     const bool nuevo = op == u"sell" || op == u"create";
     const bool devuelve = op == u"return";
     const Hecho h = m_hechos.value(a.value(devuelve ? 1 : 0));

@@ -27,6 +27,9 @@ public:
     explicit EmpresaPuntos(bool larSync = false, bool lineaDeOrdenes = false);
     ~EmpresaPuntos();
 
+    // The environment, for a program's session on the same company.
+    const EntornoPrueba &entorno() const { return m_entorno; }
+
     // Writes every points setting: on, but the three ways, card and cap off, factor 2
     // per 100 pesos; then the changes given by short name (gen ven art imp lin tar cap
     // fac pes): "art=S imp=S", "cap=" an empty value, "fac=NULL", "-pes" no key.
@@ -48,7 +51,7 @@ public:
     //       (position 0), "101x2$104.40" (price)
     //   apply|cancel|unapply|delete|cancel-return NAME, reapply NAME [new LINES]
     //   return NEW NAME [LINES]   the return NEW of NAME, on the sale's day
-    //   set CHANGES (as ajusta's, over what is there), sql STATEMENT
+    //   set CHANGES (as ajusta's, over what is there), sql STATEMENT, upgrade (once more)
     //   =NAME ROWS, =saldoN BALANCE, =[SELECT ...] VALUE   checks; ROWS is a pattern
     //   !CODE STEP   the step fails with the engine's error CODE
     // "{NAME}" and "{NAME:folio}" stand for a document's id and folio.

@@ -8,6 +8,7 @@
 #include "empresapuntos.h"
 
 #include "fb/error.h"
+#include "support/testmain.h"
 
 #include <QTest>
 
@@ -209,8 +210,7 @@ private slots:
              "set imp=S tar=S; sell a c1 104x1; sell b c2 104x1; =a -:VE:0:2:1; =b;"
              "create c c5 104x1; !335544652 apply c; =c");
         fila("two roles 'Clave Puntos'",
-             "set imp=S tar=S; sql ALTER TABLE ROLES_CLAVES_CLIENTES DROP CONSTRAINT"
-             " UK_ROLES_CLAVES_CLIENTES_NOMBRE; sql INSERT INTO ROLES_CLAVES_CLIENTES"
+             "set imp=S tar=S; sql INSERT INTO ROLES_CLAVES_CLIENTES"
              " (ROL_CLAVE_CLI_ID, NOMBRE) VALUES (950, 'Clave Puntos'); create a 104x1;"
              "!335544652 apply a; sql DELETE FROM ROLES_CLAVES_CLIENTES WHERE ROL_CLAVE_CLI_ID ="
              " 950; =a");
@@ -223,6 +223,35 @@ private slots:
         fila("pesos 0 fails the cancellation",
              "set imp=S; sell a 104x1; set imp=N pes=0; !335544321 cancel a; =a -:VE:0:2:1;"
              "=[SELECT ESTATUS FROM DOCTOS_PV WHERE DOCTO_PV_ID = {a}] N");
+    }
+};
+
+// The upgrade run again on a company in use, whether or not Microsip declares its
+// catalogue names unique: one concept, one card role, one attribute per column, and
+// the card rule still earns.
+class TestActualizaRepetida : public Escenarios
+{
+    Q_OBJECT
+
+private slots:
+    void juega_data()
+    {
+        columnas();
+#define UNO_DE_CADA \
+    "=[SELECT COUNT(*) FROM CONCEPTOS_IN WHERE NOMBRE = 'Salida por puntos'] 1;" \
+    "=[SELECT COUNT(*) FROM ROLES_CLAVES_CLIENTES WHERE NOMBRE = 'Clave Puntos'] 1;" \
+    "=[SELECT LIST(C) FROM (SELECT TRIM(CLAVE_OBJETO) || '.' || TRIM(NOMBRE_COLUMNA) C FROM" \
+    " ATRIBUTOS ORDER BY 1)] ARTICULOS.PUNTOS,ARTICULOS.VALOR_PUNTOS," \
+    "CLIENTES.ACTIVO_PUNTOS,CLIENTES.EMPLEADO_PUNTOS;" \
+    "set imp=S tar=S; sell a c1 104x1; sell b c2 104x1; =a -:VE:0:2:1; =b"
+        fila("twice", "upgrade;" UNO_DE_CADA);
+        fila("three times", "upgrade;" UNO_DE_CADA);
+        fila("names declared unique",
+             "sql ALTER TABLE CONCEPTOS_IN ADD CONSTRAINT UK_CI UNIQUE (NOMBRE);"
+             "sql ALTER TABLE ROLES_CLAVES_CLIENTES ADD CONSTRAINT UK_RCC UNIQUE (NOMBRE);"
+             "sql ALTER TABLE ATRIBUTOS ADD CONSTRAINT UK_AT UNIQUE (CLAVE_OBJETO,"
+             " NOMBRE_COLUMNA); upgrade;" UNO_DE_CADA);
+#undef UNO_DE_CADA
     }
 };
 
@@ -342,19 +371,12 @@ private slots:
     }
 };
 
-template<class Clase>
-int ejecutaUna(int argc, char **argv)
-{
-    Clase t;
-    return QTest::qExec(&t, argc, argv);
-}
-
 // The areas in their order, each in a company of its own.
 template<class... Clases>
 int ejecuta(int argc, char **argv)
 {
     int fallas = 0;
-    ((fallas += ejecutaUna<Clases>(argc, argv)), ...);
+    ((fallas += lartest::ejecuta<Clases>(argc, argv)), ...);
     return fallas;
 }
 
@@ -366,6 +388,7 @@ int main(int argc, char **argv)
                    TestCancelacionPV,
                    TestDevolucionPV,
                    TestReglasCliente,
+                   TestActualizaRepetida,
                    TestVentas,
                    TestLineaDeOrdenes,
                    TestColaReplica,

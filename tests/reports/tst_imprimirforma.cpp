@@ -8,6 +8,7 @@
 #include "reports/preview.h"
 #include "support/entornoprueba.h"
 #include "support/guionmensajes.h"
+#include "support/testenv.h"
 #include "toolkit/memgrid.h"
 #include "toolkit/memtable.h"
 #include "toolkit/reporte/reporte.h"
@@ -15,12 +16,17 @@
 
 #include "support/accesibilidad.h"
 #include <QAccessible>
+#include <freexl.h>
+
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDir>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPrinterInfo>
+#include <QProcess>
 #include <QPushButton>
+#include <QSignalSpy>
 #include <QTabWidget>
 #include <QTest>
 #include <QToolButton>
@@ -44,6 +50,45 @@ QByteArray listado(const QString &titulo)
 </reporte>)")
         .arg(titulo)
         .toUtf8();
+}
+
+const char *const SinCups = "CUPS_SERVER no está definido: falta la cola privada de scripts/cupsd";
+
+QString textoPdf(const QString &ruta)
+{
+    QProcess p;
+    p.start(QStringLiteral("pdftotext"), {QStringLiteral("-layout"), ruta, QStringLiteral("-")});
+    p.waitForFinished(60000);
+    return QString::fromUtf8(p.readAllStandardOutput());
+}
+
+// The jobs of the private queue, as "id" -> the lines of their .info file (job,
+// user, title, copies, options).
+QMap<int, QStringList> trabajos(const QString &carpeta)
+{
+    QMap<int, QStringList> t;
+    for (const QFileInfo &fi :
+         QDir(carpeta).entryInfoList({QStringLiteral("*.info")}, QDir::Files)) {
+        QFile f(fi.filePath());
+        if (f.open(QIODevice::ReadOnly))
+            t.insert(fi.completeBaseName().section(u'-', 1).toInt(),
+                     QString::fromUtf8(f.readAll()).split(u'\n'));
+    }
+    return t;
+}
+
+QString primeraCelda(const QString &xls)
+{
+    const void *h = nullptr;
+    if (freexl_open(QFile::encodeName(xls).constData(), &h) != FREEXL_OK)
+        return QStringLiteral("<no se abre>");
+    freexl_select_active_worksheet(h, 0);
+    FreeXL_CellValue v{};
+    freexl_get_cell_value(h, 0, 0, &v);
+    const QString t
+        = v.type == FREEXL_CELL_SST_TEXT ? QString::fromUtf8(v.value.text_value) : QString();
+    freexl_close(h);
+    return t;
 }
 
 } // namespace
@@ -72,6 +117,37 @@ private:
     static QLineEdit *forma(TfImprimirForma &d)
     {
         return d.findChild<QLineEdit *>(QStringLiteral("vForma"));
+    }
+    // Waits for n jobs after those in `antes` and for the queue to be idle; their
+    // ids in order.
+    QList<int> esperaTrabajos(const QMap<int, QStringList> &antes, int n)
+    {
+        const QString carpeta = qEnvironmentVariable("LAR_CUPS_TRABAJOS");
+        QList<int> nuevos;
+        auto llegaron = [&] {
+            nuevos.clear();
+            const QMap<int, QStringList> ahora = trabajos(carpeta);
+            for (auto it = ahora.cbegin(); it != ahora.cend(); ++it) {
+                if (!antes.contains(it.key()))
+                    nuevos << it.key();
+            }
+            return nuevos.size() >= n;
+        };
+        auto inactiva = [] {
+            QProcess p;
+            p.start(QStringLiteral("lpstat"), {QStringLiteral("-o")});
+            return p.waitForFinished() && p.readAllStandardOutput().trimmed().isEmpty();
+        };
+        // The caller checks how many came.
+        if (QTest::qWaitFor(llegaron, 30000) && !QTest::qWaitFor(inactiva, 30000))
+            qWarning("La cola de impresión no terminó sus trabajos");
+        llegaron();
+        return nuevos;
+    }
+    static QString datosDe(int trabajo)
+    {
+        return qEnvironmentVariable("LAR_CUPS_TRABAJOS")
+               + QStringLiteral("/trabajo-%1").arg(trabajo);
     }
     static bool habilitados(TfImprimirForma &d)
     {
@@ -104,12 +180,20 @@ private slots:
         m_formas = AseguraFolder(*m_s, QStringLiteral("Formas"), puntos);
         QCOMPARE(FolderFormas(*m_s), m_formas);
 
+        GuardaForma(m_s->fbConfig(),
+                    m_formas,
+                    QStringLiteral("Vale"),
+                    listado(QStringLiteral("Vale de canje")));
         GuardaForma(
-            *m_s, m_formas, QStringLiteral("Vale"), listado(QStringLiteral("Vale de canje")));
-        GuardaForma(*m_s, m_formas, QStringLiteral("Boleto"), listado(QStringLiteral("Boleto")));
-        GuardaForma(*m_s, m_formas, QStringLiteral("Actividad"), listado(QStringLiteral("Ñandú")));
-        GuardaForma(
-            *m_s, m_formas, QStringLiteral("Vale"), listado(QStringLiteral("Vale de canje")));
+            m_s->fbConfig(), m_formas, QStringLiteral("Boleto"), listado(QStringLiteral("Boleto")));
+        GuardaForma(m_s->fbConfig(),
+                    m_formas,
+                    QStringLiteral("Actividad"),
+                    listado(QStringLiteral("Ñandú")));
+        GuardaForma(m_s->fbConfig(),
+                    m_formas,
+                    QStringLiteral("Vale"),
+                    listado(QStringLiteral("Vale de canje")));
         QCOMPARE(ListaFormas(*m_s, m_formas),
                  (QStringList{QStringLiteral("Actividad"),
                               QStringLiteral("Boleto"),
@@ -327,6 +411,107 @@ private slots:
         QCOMPARE(FormaRecordada(*m_s, QStringLiteral("LarvenosPV"), QStringLiteral("Puntos")),
                  QStringLiteral("Vale"));
         QCOMPARE(d->reporte()->documento().hojas[0].textos().at(1), QStringLiteral("55"));
+    }
+    // Print: the form to the chosen printer, then, with Copias, the voucher form
+    // of the settings with that many copies; the job carries the document's name.
+    void imprimeConYSinBoleto()
+    {
+        if (qEnvironmentVariableIsEmpty("CUPS_SERVER"))
+            QSKIP(SinCups);
+        GuardaRegistro(*m_s, QStringLiteral("FormaBoleto"), QStringLiteral("Boleto"));
+        RecuerdaForma(
+            *m_s, QStringLiteral("LarvenosPV"), QStringLiteral("Puntos"), QStringLiteral("Vale"));
+        const QString carpeta = qEnvironmentVariable("LAR_CUPS_TRABAJOS");
+
+        auto d = dialogo(m_formas, 7);
+        auto *impresoras = d->findChild<QComboBox *>(QStringLiteral("vPrinters"));
+        QCOMPARE(impresoras->currentText(), QStringLiteral("LarPrueba"));
+        QCOMPARE(d->findChild<QLabel *>(QStringLiteral("lUbicacion"))->text(),
+                 QStringLiteral("larfile:") + carpeta);
+        QCOMPARE(d->findChild<QLabel *>(QStringLiteral("lComentario"))->text(),
+                 QStringLiteral("Impresora de prueba"));
+        QCOMPARE(d->findChild<QLabel *>(QStringLiteral("lTipo"))->text(),
+                 QStringLiteral("Local Raw Printer"));
+        QVERIFY(!d->findChild<QLabel *>(QStringLiteral("lEstado"))->text().isEmpty());
+        QSignalSpy impresos(d.get(), &TfImprimirForma::impreso);
+        QMap<int, QStringList> antes = trabajos(carpeta);
+        QTest::mouseClick(d->findChild<QPushButton *>(QStringLiteral("bPrint")), Qt::LeftButton);
+        QCOMPARE(d->result(), 1);
+        QCOMPARE(impresos.size(), 1);
+        QList<int> nuevos = esperaTrabajos(antes, 1);
+        QCOMPARE(nuevos.size(), 1);
+        QStringList info = trabajos(carpeta).value(nuevos[0]);
+        QCOMPARE(info.value(2), QStringLiteral("Venta A42"));
+        QCOMPARE(info.value(3), QStringLiteral("1"));
+        QString texto = textoPdf(datosDe(nuevos[0]));
+        QVERIFY2(texto.contains(QStringLiteral("Vale de canje"))
+                     && texto.contains(QStringLiteral("150")),
+                 qPrintable(texto));
+
+        d = dialogo(m_formas, 8, 3);
+        antes = trabajos(carpeta);
+        QTest::mouseClick(d->findChild<QPushButton *>(QStringLiteral("bPrint")), Qt::LeftButton);
+        QCOMPARE(d->result(), 1);
+        nuevos = esperaTrabajos(antes, 2);
+        QCOMPARE(nuevos.size(), 2);
+        QVERIFY(textoPdf(datosDe(nuevos[0])).contains(QStringLiteral("Vale de canje")));
+        info = trabajos(carpeta).value(nuevos[1]);
+        QCOMPARE(info.value(2), QStringLiteral("Venta A42"));
+        QCOMPARE(info.value(3), QStringLiteral("3"));
+        texto = textoPdf(datosDe(nuevos[1]));
+        QVERIFY2(texto.contains(QStringLiteral("Boleto")) && texto.contains(QStringLiteral("8")),
+                 qPrintable(texto));
+        QVERIFY(!texto.contains(QStringLiteral("Vale de canje")));
+    }
+
+    // Printing from the preview prints the form alone, whatever Copias says, and
+    // closes the dialog with 1.
+    void imprimeDesdeVistaPrevia()
+    {
+        if (qEnvironmentVariableIsEmpty("CUPS_SERVER"))
+            QSKIP(SinCups);
+        RecuerdaForma(*m_s,
+                      QStringLiteral("LarvenosPV"),
+                      QStringLiteral("Puntos"),
+                      QStringLiteral("Actividad"));
+        const QString carpeta = qEnvironmentVariable("LAR_CUPS_TRABAJOS");
+        auto d = dialogo(m_formas, 9, 2);
+        const QMap<int, QStringList> antes = trabajos(carpeta);
+        lartest::alAparecer<TfPreview>([](TfPreview *p) {
+            QTest::mouseClick(p->findChild<QToolButton *>(QStringLiteral("spbPreviewPrint")),
+                              Qt::LeftButton);
+        });
+        QTest::mouseClick(d->findChild<QPushButton *>(QStringLiteral("bPreview")), Qt::LeftButton);
+        QCOMPARE(d->result(), 1);
+        const QList<int> nuevos = esperaTrabajos(antes, 1);
+        QCOMPARE(nuevos.size(), 1);
+        QVERIFY(textoPdf(datosDe(nuevos[0])).contains(QStringLiteral("Ñandú")));
+    }
+
+    // "Imprimir a un archivo": the form and its voucher become spreadsheets in the
+    // documents folder instead of print jobs.
+    void imprimeAArchivo()
+    {
+        const QString casa = lartest::tempPath(QStringLiteral("casa"));
+        QDir().mkpath(casa);
+        qputenv("HOME", casa.toUtf8());
+        qputenv("XDG_CONFIG_HOME", (casa + QStringLiteral("/.config")).toUtf8());
+        GuardaRegistro(*m_s, QStringLiteral("FormaBoleto"), QStringLiteral("Boleto"));
+        RecuerdaForma(
+            *m_s, QStringLiteral("LarvenosPV"), QStringLiteral("Puntos"), QStringLiteral("Vale"));
+        auto d = dialogo(m_formas, 12, 2);
+        d->findChild<QCheckBox *>(QStringLiteral("vPrintToFile"))->setChecked(true);
+        QSignalSpy impresos(d.get(), &TfImprimirForma::impreso);
+        QTest::mouseClick(d->findChild<QPushButton *>(QStringLiteral("bPrint")), Qt::LeftButton);
+        QCOMPARE(d->result(), 1);
+        QCOMPARE(impresos.size(), 2);
+        QCOMPARE(d->reporte()->dispositivo(), reporte::Dispositivo::XLSReport);
+        QCOMPARE(d->reporte()->copias(), 2);
+        const QString docs = casa + QStringLiteral("/Documents/");
+        QCOMPARE(primeraCelda(docs + QStringLiteral("Venta A42 - Vale de canje.xls")),
+                 QStringLiteral("Vale de canje"));
+        QCOMPARE(primeraCelda(docs + QStringLiteral("Venta A42 - Boleto.xls")),
+                 QStringLiteral("Boleto"));
     }
 };
 

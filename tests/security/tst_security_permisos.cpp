@@ -196,12 +196,6 @@ private slots:
         QCOMPARE(f.Title->text(), QStringLiteral("Operación"));
         QCOMPARE(grupo(f, 73)->height(), 125);
         QCOMPARE(grupo(f, 75)->height(), 65);
-        int arriba = 4;
-        const QList<TSafeCheckGroup *> grupos = f.gruposVisibles();
-        for (TSafeCheckGroup *v : grupos) {
-            QCOMPARE(v->y(), arriba);
-            arriba += v->height() + 10;
-        }
         f.Tree->setCurrentItem(nodo(f.Tree, QStringLiteral("Cajas")));
         QCOMPARE(f.Title->text(), QStringLiteral("Operación - Cajas"));
         QCOMPARE(grupo(f, 62)->title(), QStringLiteral("Cortes"));

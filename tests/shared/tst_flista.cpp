@@ -7,6 +7,7 @@
 #include "shared/listas.h"
 #include "support/entornoprueba.h"
 #include "support/guionmensajes.h"
+#include "support/testmain.h"
 #include "toolkit/memgrid.h"
 #include "toolkit/memtable.h"
 #include "toolkit/radiogroup.h"
@@ -392,7 +393,8 @@ private slots:
         for (const QString &c : {QStringLiteral("101, 'ANA PÉREZ', 'A'"),
                                  QStringLiteral("102, 'JUAN ANAYA', 'A'"),
                                  QStringLiteral("103, 'BAJA UNO', 'B'"),
-                                 QStringLiteral("104, 'ZACARÍAS NÚÑEZ', 'A'")}) {
+                                 QStringLiteral("104, 'ZACARÍAS NÚÑEZ', 'A'"),
+                                 QStringLiteral("105, 'PATRICK O''BRIEN', 'A'")}) {
             q.setSql(QStringLiteral("INSERT INTO CLIENTES (CLIENTE_ID, NOMBRE, ESTATUS) VALUES (")
                      + c + u')');
             q.execute();
@@ -420,7 +422,7 @@ private slots:
                 QVERIFY(!f.EnConsulta);
                 MemTable *mem = f.dataSet();
                 QCOMPARE(mem->objectName(), QStringLiteral("Mem"));
-                QCOMPARE(mem->recordCount(), 4);
+                QCOMPARE(mem->recordCount(), 5);
                 QCOMPARE(f.Busqueda->count(), 1);
                 QCOMPARE(f.CampoBusca, QStringLiteral("nombre"));
                 // The -1 column is in the select list and takes no room.
@@ -462,13 +464,19 @@ private slots:
         const int r = conLista(
             [&](lar::TFLista &f) {
                 QVERIFY(f.EnConsulta);
-                QCOMPARE(f.dataSet()->recordCount(), 3);
+                QCOMPARE(f.dataSet()->recordCount(), 4);
                 QCOMPARE(f.Numericos, QStringList{u"CLIENTE_ID"_s});
                 QTest::keyClicks(f.Busca, QStringLiteral("an%ju"));
                 QCOMPARE(f.FiltroConsulta,
                          QStringLiteral("nombre LIKE '%AN%JU%' OR nombre LIKE '%JU%AN%'"));
-                QCOMPARE(f.dataSet()->recordCount(), 3); // the query isn't filtered
+                QCOMPARE(f.dataSet()->recordCount(), 4); // the query isn't filtered
                 f.QueryFiltrada = true;
+                // A quote typed in the box is sought, not taken for the literal's end.
+                f.Busca->setText(QStringLiteral("o'b%k"));
+                f.BuscaChange();
+                QCOMPARE(f.dataSet()->recordCount(), 1);
+                QCOMPARE(f.Lista->memModel()->index(0, 1).data().toString(),
+                         QStringLiteral("PATRICK O'BRIEN"));
                 f.Busca->setText(QStringLiteral("an%ju"));
                 f.BuscaChange();
                 QCOMPARE(f.dataSet()->recordCount(), 1);
@@ -495,5 +503,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestFLista)
+LAR_TEST_MAIN(TestFLista)
 #include "tst_flista.moc"

@@ -5,6 +5,7 @@
 #include "fb/query.h"
 #include "shared/listas.h"
 #include "support/entornoprueba.h"
+#include "support/testmain.h"
 #include "toolkit/memgrid.h"
 #include "toolkit/memtable.h"
 
@@ -138,8 +139,9 @@ private slots:
             << QStringList{u"A"_s, u"B"_s, u"C"_s};
         QTest::newRow("blanks are not separators")
             << u"ana per"_s << true << u"nombre LIKE '%ANA PER%'"_s << QStringList{u"ANA PER"_s};
-        QTest::newRow("quote goes in as typed")
-            << u"o'b"_s << true << u"nombre LIKE '%O'B%'"_s << QStringList{u"O'B"_s};
+        QTest::newRow("quotes doubled in every term")
+            << u"o'b%'"_s << true << u"nombre LIKE '%O''B%''%' OR nombre LIKE '%''%O''B%'"_s
+            << QStringList{u"O'B"_s, u"'"_s};
         QTest::newRow("empty text") << "" << true << "" << QStringList{};
     }
 
@@ -336,5 +338,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestListas)
+LAR_TEST_MAIN(TestListas)
 #include "tst_listas.moc"

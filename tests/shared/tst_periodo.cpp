@@ -1,6 +1,7 @@
 // The period selector: which inputs each choice wakes, and the silent date fixes.
 
 #include "shared/periodo.h"
+#include "support/testmain.h"
 
 #include "support/accesibilidad.h"
 #include <QDateEdit>
@@ -125,5 +126,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestPeriodo)
+LAR_TEST_MAIN(TestPeriodo)
 #include "tst_periodo.moc"

@@ -36,7 +36,9 @@ EntornoPrueba::EntornoPrueba(const OpcionesPrueba &opciones)
     : m_opciones(opciones)
 {
     static int numero = 0;
-    const QString carpeta = tempPath(QStringLiteral("entorno%1").arg(++numero));
+    ++numero;
+    const QString carpeta = tempPath(
+        opciones.carpeta.isEmpty() ? QStringLiteral("entorno%1").arg(numero) : opciones.carpeta);
     m_entorno = microsip::Entorno::crea(carpeta, opcionesEntorno(opciones));
     if (opciones.sembrado) {
         for (const QString &empresa : opciones.empresas) {

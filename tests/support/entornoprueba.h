@@ -22,6 +22,8 @@ struct OpcionesPrueba
     bool larSync = false;
     // Through the local test server (check serverAvailable() first); embedded otherwise.
     bool servidor = false;
+    // The environment's folder under tempDir() (any characters); "entornoN" by default.
+    QString carpeta;
     QList<microsip::Usuario> usuarios;
     // Demo data in every company, `siembra` sized: by default a small shop (30
     // customers, 60 articles with stock in 2 warehouses, 100 historical documents

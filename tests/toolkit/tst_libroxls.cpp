@@ -108,6 +108,7 @@ private slots:
         libro.texto(h0, 3, 2, u"Cliente"_s); // shared with the caption
         libro.texto(h0, 5, 3, u"se pierde"_s);
         libro.numero(h0, 5, 3, 7, u"0"_s); // a cell written twice keeps the last value
+        libro.numero(h0, 4, 1, qQNaN());   // no number: no cell
         libro.anchoColumna(h0, 0, 30);
         libro.texto(h1, 0, 0, u"Segunda"_s);
         QString error;
@@ -139,6 +140,7 @@ private slots:
             QCOMPARE(x.celda(2, 2).type, FREEXL_CELL_DATETIME);
             QCOMPARE(x.texto(2, 2), u"2024-02-29 13:45:30"_s);
             QCOMPARE(x.celda(4, 0).type, FREEXL_CELL_NULL);
+            QCOMPARE(x.celda(4, 1).type, FREEXL_CELL_NULL);
             QCOMPARE(freexl_select_active_worksheet(x.h, 1), FREEXL_OK);
             QCOMPARE(x.texto(0, 0), u"Segunda"_s);
         }
@@ -250,8 +252,9 @@ private slots:
         QCOMPARE(celdas[2][3].toString(), u"después"_s);
     }
 
-    // A failed save says why.
-    void guardaFallida()
+    // A failed save says why. A workbook without sheets still opens: one empty sheet;
+    // sheets without a name are numbered past the names in use.
+    void guardaFallidaYHojas()
     {
         lar::LibroXls libro;
         libro.texto(libro.agregaHoja(u"H"_s), 0, 0, u"nuevo"_s);
@@ -259,12 +262,16 @@ private slots:
         QVERIFY(!libro.guarda(ruta(u"no/existe/libro.xls"_s), &error));
         QVERIFY(error.startsWith(u"No se pudo escribir el archivo "_s));
 
-        // A workbook without sheets still opens: one empty sheet.
         lar::LibroXls vacio;
         QVERIFY(vacio.guarda(ruta(u"vacio.xls"_s)));
         LibroFreexl x(ruta(u"vacio.xls"_s));
         QVERIFY2(x.h, qPrintable(QString::number(x.codigo)));
         QCOMPARE(x.info(FREEXL_BIFF_SHEET_COUNT), 1u);
+
+        lar::LibroXls sinNombres;
+        QCOMPARE(sinNombres.nombreHoja(sinNombres.agregaHoja({})), u"Hoja1"_s);
+        sinNombres.agregaHoja(u"Hoja3"_s);
+        QCOMPARE(sinNombres.nombreHoja(sinNombres.agregaHoja({})), u"Hoja4"_s);
     }
 };
 

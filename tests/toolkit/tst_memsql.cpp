@@ -1,6 +1,7 @@
 // The in-memory SQL over registered memory tables: the statements the screens
 // run, the subset's edges, and its refusals.
 
+#include "support/testmain.h"
 #include "toolkit/memsql.h"
 #include "toolkit/memtable.h"
 
@@ -202,5 +203,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestMemSql)
+LAR_TEST_MAIN(TestMemSql)
 #include "tst_memsql.moc"

@@ -5,6 +5,7 @@
 #include "fb/query.h"
 #include "fb/transaction.h"
 #include "support/testenv.h"
+#include "support/testmain.h"
 #include "toolkit/displayformat.h"
 #include "toolkit/memgrid.h"
 #include "toolkit/memsql.h"
@@ -446,5 +447,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestMemTable)
+LAR_TEST_MAIN(TestMemTable)
 #include "tst_memtable.moc"

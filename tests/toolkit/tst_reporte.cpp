@@ -6,6 +6,9 @@
 #include "toolkit/reporte/funciones.h"
 #include "toolkit/reporte/pintor.h"
 #include "toolkit/reporte/reporte.h"
+#include "toolkit/reporte/xlsreport.h"
+
+#include <freexl.h>
 
 #include <QProcess>
 #include <QTest>
@@ -194,6 +197,56 @@ private slots:
         QCOMPARE(texto.count(u'\f'), 3);
         QVERIFY(!escribePdf(r.documento(), QStringLiteral("/nonexistent/x.pdf"), &error));
         QVERIFY(error.startsWith(QStringLiteral("No fue posible crear el archivo")));
+
+        // The spreadsheet device: a row per line of text, a column per left edge,
+        // numbers as numbers with their format.
+        const QString xls = lartest::tempPath(QStringLiteral("listado.xls"));
+        QVERIFY2(escribeXls(r.documento(), xls, &error), qPrintable(error));
+        const void *h = nullptr;
+        QCOMPARE(freexl_open(QFile::encodeName(xls).constData(), &h), FREEXL_OK);
+        QCOMPARE(freexl_select_active_worksheet(h, 0), FREEXL_OK);
+        unsigned filas = 0;
+        unsigned short cols = 0;
+        freexl_worksheet_dimensions(h, &filas, &cols);
+        // Per page: its lines of text; page 1 also the title.
+        QCOMPARE(cols, 4); // left edges at 0, 100, 130 and 150 mm
+        auto celda = [&](unsigned f, unsigned short c) {
+            FreeXL_CellValue v{};
+            freexl_get_cell_value(h, f, c, &v);
+            return v;
+        };
+        auto textoCelda = [&](unsigned f, unsigned short c) {
+            const FreeXL_CellValue v = celda(f, c);
+            return v.type == FREEXL_CELL_SST_TEXT ? QString::fromUtf8(v.value.text_value)
+                                                  : QString();
+        };
+        QCOMPARE(textoCelda(0, 0), QStringLiteral("Listado de puntos"));
+        QCOMPARE(textoCelda(1, 0), QStringLiteral("Cliente"));
+        QCOMPARE(textoCelda(2, 0), QStringLiteral("A"));
+        QCOMPARE(textoCelda(3, 0), QStringLiteral("Cliente 1"));
+        auto numero = [&](unsigned f, unsigned short c) {
+            const FreeXL_CellValue v = celda(f, c);
+            return v.type == FREEXL_CELL_INT      ? double(v.value.int_value)
+                   : v.type == FREEXL_CELL_DOUBLE ? v.value.double_value
+                                                  : qQNaN();
+        };
+        QCOMPARE(numero(3, 1), 1.0);
+        QCOMPARE(numero(5, 2), 30.75);
+        QCOMPARE(textoCelda(5, 2), QString());
+        // Every text line of every page is a row.
+        int renglones = 0;
+        for (const Hoja &hoja : r.documento().hojas) {
+            QSet<int> ys;
+            for (const Primitiva &p : hoja.primitivas) {
+                if (p.tipo == Primitiva::Tipo::Texto && !p.texto.isEmpty())
+                    ys.insert(qRound(p.rect.top() * 10));
+            }
+            renglones += int(ys.size());
+        }
+        QCOMPARE(int(filas), renglones);
+        freexl_close(h);
+        QCOMPARE(formatoFechaExcel(QStringLiteral("dd/MM/yyyy hh:mm")),
+                 QStringLiteral("dd/mm/yyyy hh:mm"));
     }
 
     // Scripts: a registered function with var arguments called from the template's

@@ -1,5 +1,6 @@
 // The word search of the lists and its highlight, drawn for real into an image.
 
+#include "support/testmain.h"
 #include "toolkit/memgrid.h"
 #include "toolkit/memtable.h"
 #include "toolkit/wordsearch.h"
@@ -160,5 +161,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestWordSearch)
+LAR_TEST_MAIN(TestWordSearch)
 #include "tst_wordsearch.moc"

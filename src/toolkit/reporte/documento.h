@@ -8,6 +8,7 @@
 #include <QRectF>
 #include <QSizeF>
 #include <QString>
+#include <QVariant>
 
 namespace lar::reporte {
 
@@ -29,6 +30,10 @@ struct Primitiva
     QColor fondo;
     QImage imagen;
     QString elemento; // the name of the template's element, for whoever reads the page
+    // Data, totals and expressions: the value behind the text and its display
+    // format, so a spreadsheet device can write a typed cell.
+    QVariant valor;
+    QString formato;
 };
 
 // Where a band landed: its name, type and vertical span on the page, in millimetres.

@@ -1,6 +1,11 @@
 #include "impresion.h"
 
 #include "pintor.h"
+#include "xlsreport.h"
+
+#include <QDir>
+#include <QRegularExpression>
+#include <QStandardPaths>
 
 #include <QPageSize>
 #include <QPainter>
@@ -45,6 +50,23 @@ bool imprimeEnImpresora(const Reporte &r, QString *error)
     return painter.end();
 }
 
+// Without a file named, the spreadsheet goes to the user's documents folder, named
+// after the job and the form, so a voucher printed after its form doesn't replace it.
+QString archivoXls(const Reporte &r)
+{
+    QString nombre = r.nombreDocumento().trimmed();
+    const QString forma = r.plantilla().nombre.trimmed();
+    if (nombre.isEmpty())
+        nombre = forma.isEmpty() ? QStringLiteral("Reporte") : forma;
+    else if (!forma.isEmpty() && forma != nombre)
+        nombre += QStringLiteral(" - ") + forma;
+    static const QRegularExpression prohibidos(QStringLiteral("[\\/:*?\"<>|]"));
+    nombre.replace(prohibidos, QStringLiteral("_"));
+    const QString carpeta = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    QDir().mkpath(carpeta);
+    return QDir(carpeta).filePath(nombre + QStringLiteral(".xls"));
+}
+
 } // namespace
 
 bool imprimeReporte(Reporte &r, QString *error)
@@ -57,10 +79,9 @@ bool imprimeReporte(Reporte &r, QString *error)
     case Dispositivo::Pdf:
         return escribePdf(r.documento(), r.archivo(), error);
     case Dispositivo::XLSReport:
-        break;
+        return escribeXls(
+            r.documento(), r.archivo().isEmpty() ? archivoXls(r) : r.archivo(), error);
     }
-    if (error)
-        *error = QStringLiteral("El dispositivo XLSReport no está disponible.");
     return false;
 }
 

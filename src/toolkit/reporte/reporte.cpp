@@ -117,6 +117,14 @@ public:
         return paraScript(parametro(nombre));
     }
     Q_INVOKABLE int paginaActual() const { return pagina; }
+    Q_INVOKABLE QString formatoCampo(const QString &nombre, const QString &formato) const
+    {
+        return textoValor(campo(nombre), formato);
+    }
+    Q_INVOKABLE QString formatoNumero(double valor, const QString &formato) const
+    {
+        return formatFloat(formato, valor);
+    }
     // Runs a registered function; returns [resultado, argumentos...] so that the
     // script side can write the var arguments back.
     Q_INVOKABLE QVariantList llama(const QString &nombre, const QVariantList &argumentos) const
@@ -310,6 +318,8 @@ void Maquetador::preparaScripts()
     QString base
         = QStringLiteral("function Campo(n) { return __lar.leeCampo(n); }\n"
                          "function Parametro(n) { return __lar.leeParametro(n); }\n"
+                         "function FormatoCampo(n, f) { return __lar.formatoCampo(n, f); }\n"
+                         "function FormatoNumero(v, f) { return __lar.formatoNumero(v, f); }\n"
                          "var Reporte = { get pagina() { return __lar.paginaActual(); } };\n");
     // Each registered function becomes a global that calls the bridge and writes
     // its var arguments back into {value: ...} objects.
@@ -433,13 +443,15 @@ void Maquetador::colocaElemento(const Elemento &e, double y0, TipoBanda tipoBand
     p.color = e.color;
     p.fondo = e.fondo;
     p.elemento = e.nombre;
+    p.formato = e.formato;
     bool numeroPagina = false;
     switch (e.tipo) {
     case TipoElemento::Texto:
         p.texto = e.texto;
         break;
     case TipoElemento::Campo:
-        p.texto = textoValor(campo(e.texto), e.formato);
+        p.valor = campo(e.texto);
+        p.texto = textoValor(p.valor, e.formato);
         break;
     case TipoElemento::Expresion: {
         auto it = m_expresiones.find(e.texto);
@@ -451,7 +463,9 @@ void Maquetador::colocaElemento(const Elemento &e, double y0, TipoBanda tipoBand
         }
         const QJSValue v = it->call();
         compruebaScript(v);
-        p.texto = v.isUndefined() || v.isNull() ? QString() : textoValor(v.toVariant(), e.formato);
+        if (!v.isUndefined() && !v.isNull())
+            p.valor = v.toVariant();
+        p.texto = textoValor(p.valor, e.formato);
         break;
     }
     case TipoElemento::Linea:
@@ -475,9 +489,10 @@ void Maquetador::colocaElemento(const Elemento &e, double y0, TipoBanda tipoBand
         else if (nivelGrupo >= 0)
             a = &m_grupos[nivelGrupo];
         if (e.funcion == Funcion::Cuenta)
-            p.texto = textoValor(a->cuenta, e.formato);
+            p.valor = a->cuenta;
         else
-            p.texto = textoValor(a->sumas.value(e.texto.toUpper()), e.formato);
+            p.valor = a->sumas.value(e.texto.toUpper());
+        p.texto = textoValor(p.valor, e.formato);
         break;
     }
     case TipoElemento::NumPagina:
@@ -493,7 +508,11 @@ void Maquetador::colocaElemento(const Elemento &e, double y0, TipoBanda tipoBand
         llamaScript(e.alImprimir, {o});
         if (!o.property(QStringLiteral("visible")).toBool())
             return;
-        p.texto = o.property(QStringLiteral("texto")).toString();
+        const QString texto = o.property(QStringLiteral("texto")).toString();
+        if (texto != p.texto) {
+            p.texto = texto;
+            p.valor = QVariant();
+        }
         const QString img = o.property(QStringLiteral("imagen")).toString();
         if (!img.isEmpty() && p.tipo == Primitiva::Tipo::Imagen)
             p.imagen = cargaImagen(img);

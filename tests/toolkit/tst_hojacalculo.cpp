@@ -1,0 +1,112 @@
+// The spreadsheet readers against files written by independent tools: openpyxl
+// for .xlsx, xlwt for .xls, and a hand-made .xlsx for what openpyxl doesn't write.
+
+#include "support/hojasprueba.h"
+#include "support/testenv.h"
+#include "toolkit/hojacalculo.h"
+
+#include <QFile>
+#include <QTest>
+
+using lar::HojaCalculo;
+
+class TstHojaCalculo : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    // Texts with accents, whole and decimal numbers, a used range that starts at
+    // row 3 and column B, sheet 1 by the workbook's order though another is active.
+    void lecturas_data()
+    {
+        QTest::addColumn<QString>("extension");
+        QTest::newRow("xlsx") << QStringLiteral(".xlsx");
+        QTest::newRow("xls") << QStringLiteral(".xls");
+    }
+    void lecturas()
+    {
+        QFETCH(QString, extension);
+        const QString ruta = lartest::tempPath(QStringLiteral("lectura") + extension);
+        const QString e = lartest::escribeHoja(
+            ruta,
+            {{QStringLiteral("None"), QStringLiteral("'Clave'"), QStringLiteral("'Descripción'")},
+             {QStringLiteral("None"), QStringLiteral("'ÁÉÍ-ñ'"), QStringLiteral("12")},
+             {QStringLiteral("None"), QStringLiteral("1001"), QStringLiteral("2.5")},
+             {QStringLiteral("None"), QStringLiteral("None"), QStringLiteral("'  7 '")}},
+            3);
+        QVERIFY2(e.isEmpty(), qPrintable(e));
+        HojaCalculo h;
+        QString error;
+        QVERIFY2(h.abre(ruta, &error), qPrintable(error));
+        QCOMPARE(h.primerRenglon(), 3);
+        QCOMPARE(h.ultimoRenglon(), 6);
+        QCOMPARE(h.renglonesUsados(), 4);
+        QCOMPARE(h.texto(3, 3), QStringLiteral("Descripción"));
+        QCOMPARE(h.texto(4, 2), QStringLiteral("ÁÉÍ-ñ"));
+        QCOMPARE(h.numero(4, 3), 12.0);
+        QCOMPARE(h.texto(5, 2), QStringLiteral("1001"));
+        QCOMPARE(h.texto(5, 3), QStringLiteral("2.5"));
+        bool ok = false;
+        QCOMPARE(h.numero(6, 3, &ok), 7.0); // a number written as text
+        QVERIFY(ok);
+        QCOMPARE(h.numero(4, 2, &ok), 0.0);
+        QVERIFY(!ok);
+        QVERIFY(!h.valor(6, 2).isValid());
+        QVERIFY(h.texto(1, 1).isEmpty());
+    }
+
+    // Inline strings, formula strings, rich-text shared strings, and a first sheet
+    // that isn't sheet1.xml.
+    void xlsxAMano()
+    {
+        const QString ruta = lartest::tempPath(QStringLiteral("amano.xlsx"));
+        QFile guion(qEnvironmentVariable("LAR_TEST_DATA") + QStringLiteral("/xlsx_a_mano.py"));
+        QVERIFY(guion.open(QIODevice::ReadOnly));
+        const QString script = QString::fromUtf8(guion.readAll());
+        const QString e = lartest::ejecutaPython(script, {ruta});
+        QVERIFY2(e.isEmpty(), qPrintable(e));
+        HojaCalculo h;
+        QString error;
+        QVERIFY2(h.abre(ruta, &error), qPrintable(error));
+        QCOMPARE(h.texto(2, 1), QStringLiteral("En línea"));
+        QCOMPARE(h.texto(2, 2), QStringLiteral("Rico"));
+        QCOMPARE(h.texto(2, 3), QStringLiteral("fórmula"));
+        QCOMPARE(h.numero(2, 4), 3.25);
+        QCOMPARE(h.texto(4, 27), QStringLiteral("cero"));
+        QCOMPARE(h.renglonesUsados(), 3);
+    }
+
+    // What can't be read says why, and leaves nothing behind.
+    void ilegibles_data()
+    {
+        QTest::addColumn<QString>("nombre");
+        QTest::addColumn<QByteArray>("contenido");
+        QTest::newRow("xls de basura")
+            << QStringLiteral("basura.xls") << QByteArray("esto no es un libro de Excel");
+        QTest::newRow("zip cortado")
+            << QStringLiteral("cortado.xlsx") << QByteArray("PK\x03\x04\x14\x00\x00\x00", 8);
+        QTest::newRow("vacío") << QStringLiteral("vacio.xlsx") << QByteArray();
+    }
+    void ilegibles()
+    {
+        QFETCH(QString, nombre);
+        QFETCH(QByteArray, contenido);
+        const QString ruta = lartest::tempPath(nombre);
+        QFile f(ruta);
+        QVERIFY(f.open(QIODevice::WriteOnly));
+        f.write(contenido);
+        f.close();
+        HojaCalculo h;
+        h.pon(1, 1, QStringLiteral("antes"));
+        QString error;
+        QVERIFY(!h.abre(ruta, &error));
+        QVERIFY(!error.isEmpty());
+        QCOMPARE(h.renglonesUsados(), 0);
+
+        QVERIFY(!h.abre(lartest::tempPath(QStringLiteral("no-existe.xlsx")), &error));
+        QCOMPARE(error, QStringLiteral("el archivo no existe"));
+    }
+};
+
+QTEST_MAIN(TstHojaCalculo)
+#include "tst_hojacalculo.moc"
