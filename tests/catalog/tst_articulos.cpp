@@ -1,8 +1,8 @@
 // The articles with points: the list as module and as chooser, search, bulk
 // assignment, save of the rows in sight and its failures, on a real company.
 
-#include "catalog/addarticulos.h"
 #include "articulosprueba.h"
+#include "catalog/addarticulos.h"
 #include "catalog/articulos_lista.h"
 #include "core/registro.h"
 #include "core/sesion.h"
