@@ -2,22 +2,13 @@
 
 #include "catalog/articulos_lista.h"
 #include "catalog/fconfig.h"
-#include "core/fmain.h"
-#include "core/navegacion.h"
 #include "security/modulos.h"
 
 namespace lar {
 
 void RegistraModulos()
 {
-    FilaModulo config;
-    config.tag = 10;
-    config.clase = QStringLiteral("TfConfig");
-    config.creaForma = [](TfMain &m) -> TMForm * {
-        return new TfConfig(m.sesion());
-    };
-    RegistraModulo(config);
-
+    RegistraConfiguracion();
     RegistraArticulosPuntos();
     RegistraModulosSeguridad();
 }

@@ -8,14 +8,14 @@
 #include "fb/transaction.h"
 #include "fb/win1252.h"
 #include "support/testenv.h"
-#include "support/testmain.h"
 
 #include <QSignalSpy>
 #include <QTest>
 
-using namespace Qt::StringLiterals;
 #include <cmath>
 #include <limits>
+
+using namespace Qt::StringLiterals;
 
 using fb::Decimal;
 
@@ -536,5 +536,5 @@ private slots:
     void cleanupTestCase() { m_db.dropDatabase(); }
 };
 
-LAR_TEST_MAIN(TestFbQuery)
+QTEST_MAIN(TestFbQuery)
 #include "tst_fb_query.moc"
