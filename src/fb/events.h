@@ -26,6 +26,9 @@ public:
     void registerEvents();
     void unregisterEvents();
     bool isRegistered() const;
+    // Registered and the engine's first answer (the starting counts) taken: posts
+    // from now on are reported. Posts before it count toward that starting point.
+    bool isListening() const { return isRegistered() && !m_first; }
 
 signals:
     void eventReceived(const QString &name, int count);

@@ -97,6 +97,7 @@ private slots:
         QVERIFY(m.sesion().fbDatabase().databaseName().startsWith(lartest::serverPrefix()));
         auto *eventos = m.findChild<fb::EventListener *>(QStringLiteral("SIBfibEvent"));
         QVERIFY(eventos && eventos->isRegistered());
+        QTRY_VERIFY_WITH_TIMEOUT(eventos->isListening(), 10000);
         int recibidos = 0;
         connect(eventos,
                 &fb::EventListener::eventReceived,
