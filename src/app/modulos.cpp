@@ -4,6 +4,7 @@
 #include "catalog/fconfig.h"
 #include "core/fmain.h"
 #include "core/navegacion.h"
+#include "points/ventaspuntoslista.h"
 #include "security/modulos.h"
 
 namespace lar {
@@ -19,6 +20,7 @@ void RegistraModulos()
     RegistraModulo(config);
 
     RegistraArticulosPuntos();
+    RegistraCanjePuntos();
     RegistraModulosSeguridad();
 }
 
