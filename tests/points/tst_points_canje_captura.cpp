@@ -6,6 +6,8 @@
 
 #include "points/ventaspuntos.h"
 
+#include "core/acceso.h"
+
 #include "reports/imprimirforma.h"
 #include "support/guionmensajes.h"
 #include "support/testmain.h"
@@ -18,6 +20,7 @@
 #include <QTest>
 #include <QTextEdit>
 #include <QTimer>
+#include <QToolButton>
 
 using namespace lar;
 using lartest::Tienda;
@@ -281,9 +284,39 @@ private slots:
         QCOMPARE(f->ClienteID, 0);
         QVERIFY(f->txtCliente->text().isEmpty());
         QCOMPARE(bloqueos(), 1);
-        LiberaClienteForzado(otra, t->cliente);
+
+        // The list road: shown the holder, Yes, a login, and the lock changes hands.
+        guion.limpia();
+        guion.responde({mb::IdYes});
+        QTimer sondeo;
+        bool conLogin = false;
+        QObject::connect(&sondeo, &QTimer::timeout, [&] {
+            QWidget *w = QApplication::activeModalWidget();
+            if (auto *a = qobject_cast<TfAcceso *>(w)) {
+                conLogin = true;
+                a->vUser->setText(QStringLiteral("SYSDBA"));
+                a->vPass->setText(QStringLiteral("masterkey"));
+                a->bOk->click();
+            } else if (w && w != f.get()) {
+                qobject_cast<QDialog *>(w)->reject(); // the picker: the row is chosen below
+            }
+        });
+        sondeo.start(20);
+        f->bCliente->click();
+        QVERIFY(f->mClientes->locate(QStringLiteral("id"), t->cliente));
+        f->CargarDatosCliente();
+        sondeo.stop();
+        QVERIFY(conLogin);
+        QVERIFY2(guion.textos().value(0).startsWith(
+                     QStringLiteral("Este cliente está siendo utilizado por CAJERO2 creado el ")),
+                 qPrintable(guion.textos().join(u'|')));
+        QVERIFY(guion.textos().value(0).endsWith(QStringLiteral(" ¿Desea liberarlo?")));
+        QCOMPARE(f->ClienteID, t->cliente);
+        QCOMPARE(bloqueos(), 1);
+        QCOMPARE(LeeBloqueo(otra, t->cliente).usuario, t->s.UsuarioActual);
         guion.responde({mb::IdYes});
         f->close();
+        QCOMPARE(bloqueos(), 0);
     }
 };
 
