@@ -8,12 +8,17 @@
 
 #include "core/acceso.h"
 
+#include "reports/formas.h"
 #include "reports/imprimirforma.h"
 #include "support/guionmensajes.h"
+#include "support/testenv.h"
 #include "support/testmain.h"
 #include "toolkit/memgrid.h"
 #include "toolkit/memtable.h"
 
+#include <QCheckBox>
+#include <QDir>
+#include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -43,21 +48,29 @@ void escribe(TfVentasPuntos &f, int col, const QString &texto)
     QCoreApplication::processEvents();
 }
 
-// Answers the print dialog when it comes up, noting what it was given.
+// Answers the print dialog when it comes up, noting what it was given, and prints
+// to a file (a spreadsheet in the documents folder) or cancels.
 struct Impresion
 {
     QString documento;
-    int docto = -1, folder = -1, copias = -1;
+    int docto = -1, folder = -1, copias = -1, resultado = -1;
     QTimer timer;
-    Impresion()
+    explicit Impresion(bool imprimir = false)
     {
-        QObject::connect(&timer, &QTimer::timeout, [this] {
+        QObject::connect(&timer, &QTimer::timeout, [this, imprimir] {
             if (auto *d = qobject_cast<TfImprimirForma *>(QApplication::activeModalWidget())) {
+                timer.stop();
                 documento = d->Documento;
                 docto = d->DoctoId;
                 folder = d->FolderId;
                 copias = d->Copias;
-                d->reject();
+                if (imprimir) {
+                    d->findChild<QCheckBox *>(QStringLiteral("vPrintToFile"))->setChecked(true);
+                    d->findChild<QPushButton *>(QStringLiteral("bPrint"))->click();
+                }
+                if (d->isVisible())
+                    d->reject();
+                resultado = d->result();
             }
         });
         timer.start(20);
@@ -73,6 +86,7 @@ class TestCaptura : public QObject
 private:
     std::unique_ptr<Tienda> t;
     QString claveCliente;
+    QString m_casa;
 
     std::unique_ptr<TfVentasPuntos> nueva()
     {
@@ -109,6 +123,16 @@ private slots:
                                                "where cliente_id=%1")
                                     .arg(t->cliente));
         QVERIFY(!claveCliente.isEmpty());
+        // The voucher form, remembered for the user, printed to a file under HOME.
+        InstalaFormasMuestra(t->s.fbConfig());
+        RecuerdaForma(t->s,
+                      QStringLiteral("Puntos"),
+                      QStringLiteral("Ventas"),
+                      QStringLiteral("Vale de canje"));
+        m_casa = lartest::tempPath(QStringLiteral("casa"));
+        QDir().mkpath(m_casa);
+        qputenv("HOME", m_casa.toUtf8());
+        qputenv("XDG_CONFIG_HOME", (m_casa + QStringLiteral("/.config")).toUtf8());
         QVERIFY2(!t->clave1.isEmpty() && !t->clave2.isEmpty(), "claves");
     }
 
@@ -149,7 +173,7 @@ private slots:
             QVERIFY(ticket.at(0).endsWith(QStringLiteral("20")));
             QCOMPARE(ticket.at(1), QStringLiteral("  2 x 10"));
 
-            Impresion impresion;
+            Impresion impresion(true);
             f->bSaveClose->click();
             QVERIFY2(guion.cajas().isEmpty(), qPrintable(guion.textos().join(u'|')));
             QVERIFY(f->DoctoID > 0);
@@ -157,6 +181,11 @@ private slots:
             QCOMPARE(impresion.docto, docto);
             QCOMPARE(impresion.documento, QStringLiteral("Venta ") + f->vFolio->text());
             QCOMPARE(impresion.copias, 0);
+            QCOMPARE(impresion.folder, FolderFormas(t->s));
+            QCOMPARE(impresion.resultado, 1);
+            const QFileInfo vale(m_casa + QStringLiteral("/Documents/Venta ") + f->vFolio->text()
+                                 + QStringLiteral(" - Vale de canje.xls"));
+            QVERIFY2(vale.exists() && vale.size() > 0, qPrintable(vale.filePath()));
             QVERIFY(!f->isVisible());
         }
         QCOMPARE(bloqueos(), 0);
