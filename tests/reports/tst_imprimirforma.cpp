@@ -9,6 +9,7 @@
 #include "support/entornoprueba.h"
 #include "support/guionmensajes.h"
 #include "support/testenv.h"
+#include "support/testmain.h"
 #include "toolkit/memgrid.h"
 #include "toolkit/memtable.h"
 #include "toolkit/reporte/reporte.h"
@@ -503,7 +504,28 @@ private slots:
         QCOMPARE(primeraCelda(docs + QStringLiteral("Venta A42 - Boleto.xls")),
                  QStringLiteral("Boleto"));
     }
+    // A printer that doesn't exist surfaces as the engine's error; the dialog stays.
+    void impresoraInexistente()
+    {
+        RecuerdaForma(
+            *m_s, QStringLiteral("LarvenosPV"), QStringLiteral("Puntos"), QStringLiteral("Vale"));
+        auto d = dialogo(m_formas, 5, 1);
+        auto *impresoras = d->findChild<QComboBox *>(QStringLiteral("vPrinters"));
+        impresoras->addItem(QStringLiteral("No Existe"));
+        impresoras->setCurrentText(QStringLiteral("No Existe"));
+        QCOMPARE(d->findChild<QLabel *>(QStringLiteral("lEstado"))->text(),
+                 QStringLiteral("Desconocido"));
+        lartest::GuionMensajes guion;
+        QSignalSpy impresos(d.get(), &TfImprimirForma::impreso);
+        QTest::mouseClick(d->findChild<QPushButton *>(QStringLiteral("bPrint")), Qt::LeftButton);
+        QCOMPARE(guion.textos(),
+                 QStringList{QStringLiteral("La impresora \"No Existe\" no existe.")});
+        QCOMPARE(guion.cajas().first().titulo, QStringLiteral("Error"));
+        QCOMPARE(guion.cajas().first().icono(), mb::IconStop);
+        QCOMPARE(impresos.size(), 0);
+        QVERIFY(d->isVisible());
+    }
 };
 
-QTEST_MAIN(TestImprimirForma)
+LAR_TEST_MAIN(TestImprimirForma)
 #include "tst_imprimirforma.moc"
