@@ -367,19 +367,17 @@ TfVentasPuntosLista::TfVentasPuntosLista(Sesion &sesion, QWidget *parent)
     mVPuntos->addIndex(QStringLiteral("iFecha"), QStringLiteral("Fecha"));
     mVPuntos->open();
     mVPuntos->setOnFilterRecord([this](MemTable &t) {
-        if (FiltroTipo == 0 && t.fieldByName(QStringLiteral("Naturaleza")).asString() != u"E")
-            return false;
-        if (FiltroTipo == 1 && t.fieldByName(QStringLiteral("Naturaleza")).asString() != u"S")
-            return false;
-        const QString busca = vBusca->text().toUpper();
-        if (busca.trimmed().isEmpty())
+        // The words are split once per refresh, not once per row.
+        if (FiltroTipo == 2 && m_palabras.isEmpty())
             return true;
+        if (FiltroTipo == 0 && t.value(m_colNaturaleza).toString() != u"E")
+            return false;
+        if (FiltroTipo == 1 && t.value(m_colNaturaleza).toString() != u"S")
+            return false;
         // Each word is sought in what the earlier ones left: any order, no overlap.
-        QString resto = t.fieldByName(rFolio->isChecked() ? QStringLiteral("Folio")
-                                                          : QStringLiteral("Cliente"))
-                            .asString()
-                            .toUpper();
-        for (const QString &w : busca.split(u' ', Qt::SkipEmptyParts)) {
+        QString resto
+            = t.value(rFolio->isChecked() ? m_colFolio : m_colCliente).toString().toUpper();
+        for (const QString &w : m_palabras) {
             const int i = int(resto.indexOf(w));
             if (i < 0)
                 return false;
@@ -387,6 +385,9 @@ TfVentasPuntosLista::TfVentasPuntosLista(Sesion &sesion, QWidget *parent)
         }
         return true;
     });
+    m_colNaturaleza = mVPuntos->fieldIndex(QStringLiteral("Naturaleza"));
+    m_colFolio = mVPuntos->fieldIndex(QStringLiteral("Folio"));
+    m_colCliente = mVPuntos->fieldIndex(QStringLiteral("Cliente"));
     mVPuntos->setFiltered(true);
 
     auto boton = [this](const char *nombre, const QString &texto) {
@@ -576,6 +577,7 @@ void TfVentasPuntosLista::SetDate()
 
 void TfVentasPuntosLista::aplicaFiltro()
 {
+    m_palabras = vBusca->text().toUpper().split(u' ', Qt::SkipEmptyParts);
     mVPuntos->refresh();
 }
 

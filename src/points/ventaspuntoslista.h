@@ -4,6 +4,7 @@
 
 #include <QDate>
 #include <QString>
+#include <QStringList>
 
 #include <memory>
 
@@ -123,6 +124,8 @@ private:
     Sesion &m_s;
     bool m_iniciando = true;
     TfVentasPuntos *m_venta = nullptr;
+    QStringList m_palabras;
+    int m_colNaturaleza = -1, m_colFolio = -1, m_colCliente = -1;
 };
 
 // Registers the module of tag 73.
