@@ -370,7 +370,19 @@ static int estacionQueCae(const QString &datos)
         fb::Database &db = s.fbDatabase();
         db.setDatabaseName(p.at(1));
         db.setParams(lartest::sysdbaParams());
-        db.connect();
+        // The parent's engine may take a moment to let go of the file.
+        for (int intento = 0;; ++intento) {
+            try {
+                db.connect();
+                break;
+            } catch (const fb::Error &e) {
+                if (intento == 50) {
+                    fprintf(stderr, "%s\n", qPrintable(e.message()));
+                    return 3;
+                }
+                QThread::msleep(100);
+            }
+        }
     }
     s.UsuarioActual = QStringLiteral("SYSDBA");
     Canje c;
