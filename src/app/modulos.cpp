@@ -2,6 +2,8 @@
 
 #include "catalog/articulos_lista.h"
 #include "catalog/fconfig.h"
+#include "core/fmain.h"
+#include "points/avisos.h"
 #include "points/ventaspuntoslista.h"
 #include "security/modulos.h"
 
@@ -13,6 +15,8 @@ void RegistraModulos()
     RegistraArticulosPuntos();
     RegistraCanjePuntos();
     RegistraModulosSeguridad();
+
+    TfMain::RutinaReinicio() = RevisaReinicio;
 }
 
 } // namespace lar
