@@ -15,8 +15,11 @@
 #include "core/fmain.h"
 #include "db/actualizadb.h"
 #include "microsip/sim/entorno.h"
+#include "points/ventaspuntos.h"
+#include "points/ventaspuntoslista.h"
 #include "reports/formas.h"
 #include "reports/preview.h"
+#include "toolkit/memgrid.h"
 #include "toolkit/memtable.h"
 #include "toolkit/mensajes.h"
 #include "toolkit/reporte/reporte.h"
@@ -266,6 +269,91 @@ int vale(const QString &carpeta, const QString &destino)
     return resultado;
 }
 
+// The redemption list and a capture under way, for the documentation: the demo's
+// best customer redeems two articles (a real save, so the list has a row), then a
+// second capture is left open with a line typed.
+int canje(const QString &carpeta, const QString &destino)
+{
+    const microsip::Entorno e
+        = microsip::Entorno::abre(carpeta, qEnvironmentVariable("LAR_FB_PASSWORD"));
+    lar::ServicioMensajes::instalaRespondedor([](const lar::CajaMensaje &c) {
+        err() << c.titulo << ": " << c.texto << Qt::endl;
+        return lar::mb::IdOk;
+    });
+    lar::Sesion s;
+    e.conecta(s.fbConfig(), e.rutaConfig());
+    e.conecta(s.fbDatabase(), e.rutaEmpresa(e.empresas().value(0)));
+    s.UsuarioActual = QStringLiteral("SYSDBA");
+    s.Permisos.fill(1048575);
+    QDir().mkpath(destino);
+
+    fb::Transaction tr(&s.fbDatabase());
+    fb::Query q(&s.fbDatabase(), &tr);
+    q.setTrimChars(true);
+    q.setSql(QStringLiteral(
+        "select first 1 p.cliente_id, (select first 1 clave_cliente from claves_clientes k "
+        "where k.cliente_id = p.cliente_id) from lar_puntos p where p.tipo_docto <> 'X' group "
+        "by 1 order by sum(case when naturaleza='E' then valor_puntos else -valor_puntos end) "
+        "desc"));
+    q.open();
+    const QString cliente = q.field(1).toString();
+    q.close();
+    q.setSql(QStringLiteral(
+        "select first 2 (select first 1 clave_articulo from claves_articulos k where "
+        "k.articulo_id = a.articulo_id) from articulos a join libres_articulos l on "
+        "l.articulo_id = a.articulo_id where a.es_almacenable = 'S' and l.valor_puntos between "
+        "1 and 40 order by l.valor_puntos"));
+    QStringList claves;
+    for (q.open(); !q.eof(); q.next())
+        claves << q.field(0).toString();
+    q.close();
+    tr.commit();
+
+    auto captura = [&](lar::TfVentasPuntos &f, bool guardar) {
+        f.EsNueva = true;
+        for (QPushButton *b : {f.bSave, f.bSaveClose, f.bSaveNew})
+            b->setEnabled(true);
+        f.resize(1000, 640);
+        f.show();
+        f.txtCliente->setText(cliente);
+        f.BuscaClienteClave();
+        f.mDet->append();
+        f.mDet->post();
+        for (const QString &clave : claves) {
+            f.ClaveCambiada(clave);
+            f.cxGrid->setCurrentIndex(f.cxGrid->model()->index(f.mDet->recNo(), 2));
+            f.UnidadesEnter(QStringLiteral("2"));
+        }
+        if (guardar)
+            return f.GuardaVenta();
+        return true;
+    };
+    {
+        lar::TfVentasPuntos f(s);
+        if (!captura(f, true))
+            return 1;
+        f.bEdit->setChecked(false);
+        f.LiberaCliente();
+        f.close();
+    }
+    int resultado = 1;
+    lar::TfVentasPuntosLista l(s);
+    l.resize(1100, 560);
+    l.show();
+    lar::TfVentasPuntos f(s);
+    captura(f, false);
+    QTimer::singleShot(300, &l, [&] {
+        if (guarda(&l, destino + QStringLiteral("/canje-lista.png"))
+            && guarda(&f, destino + QStringLiteral("/canje-captura.png")))
+            resultado = 0;
+        f.bEdit->setChecked(false);
+        f.LiberaCliente();
+        QApplication::quit();
+    });
+    QApplication::exec();
+    return resultado;
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -282,12 +370,14 @@ int main(int argc, char *argv[])
             return articulos(args[2], args[3]);
         if (args.size() == 4 && args[1] == u"vale")
             return vale(args[2], args[3]);
+        if (args.size() == 4 && args[1] == u"canje")
+            return canje(args[2], args[3]);
     } catch (const std::exception &ex) {
         err() << ex.what() << Qt::endl;
         return 1;
     }
     err() << "Uso: larvenos-demo instala CARPETA | capturas CARPETA DESTINO | vale CARPETA DESTINO"
-             " | articulos CARPETA DESTINO"
+             " | articulos CARPETA DESTINO | canje CARPETA DESTINO"
           << Qt::endl;
     return 2;
 }

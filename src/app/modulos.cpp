@@ -4,6 +4,7 @@
 #include "catalog/fconfig.h"
 #include "core/fmain.h"
 #include "points/avisos.h"
+#include "points/ventaspuntoslista.h"
 #include "security/modulos.h"
 
 namespace lar {
@@ -12,6 +13,7 @@ void RegistraModulos()
 {
     RegistraConfiguracion();
     RegistraArticulosPuntos();
+    RegistraCanjePuntos();
     RegistraModulosSeguridad();
 
     TfMain::RutinaReinicio() = RevisaReinicio;

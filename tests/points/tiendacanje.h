@@ -1,0 +1,154 @@
+#pragma once
+
+// A seeded stand-in shop ready for redemptions, shared by the redemption suites.
+
+#include "points/guardaventa.h"
+#include "points/ledger.h"
+
+#include "core/ids.h"
+#include "core/registro.h"
+#include "core/sesion.h"
+#include "fb/query.h"
+#include "microsip/sim/siembra.h"
+#include "support/entornoprueba.h"
+
+#include <memory>
+
+namespace lartest {
+
+// A seeded shop with the extension, 'Salida por puntos' configured, a customer with
+// points and three articles priced in points: two stocked, one service (the ticket).
+struct Tienda
+{
+    std::unique_ptr<lartest::EntornoPrueba> env;
+    lar::Sesion s;
+    int concepto = 0;
+    int almacen = 0;
+    int cliente = 0;
+    int art1 = 0, art2 = 0, boleto = 0;
+    QString clave1, clave2, claveBoleto;
+
+    explicit Tienda(bool foliosConceptos, bool servidor = false)
+    {
+        lartest::OpcionesPrueba o;
+        o.foliosConceptos = foliosConceptos;
+        o.sembrado = true;
+        o.servidor = servidor;
+        env = std::make_unique<lartest::EntornoPrueba>(o);
+        env->instalaExtension();
+        env->conectaSesion(s);
+        concepto
+            = valor(QStringLiteral(
+                        "select concepto_in_id from conceptos_in where nombre='Salida por puntos'"))
+                  .toInt();
+        fb::Database db;
+        env->conectaEmpresa(db);
+        microsip::asignaSerie(db, concepto, QStringLiteral("CP"), 7);
+        db.disconnect();
+        lar::GuardaRegistro(s, QStringLiteral("Concepto Salida Puntos"), QString::number(concepto));
+        almacen = valor(QStringLiteral("select min(almacen_id) from almacenes")).toInt();
+        cliente = valor(QStringLiteral("select min(cliente_id) from clientes")).toInt();
+        // Stocked articles with at least 5 units in the warehouse.
+        const QString conExistencia = QStringLiteral(
+            "select first 2 skip %1 a.articulo_id from articulos a where a.es_almacenable='S' "
+            "and (select sum(entradas_unidades - salidas_unidades) from saldos_in s where "
+            "s.articulo_id=a.articulo_id and s.almacen_id=%2) >= 5 order by a.articulo_id");
+        art1 = valor(conExistencia.arg(0).arg(almacen)).toInt();
+        art2 = valor(conExistencia.arg(1).arg(almacen)).toInt();
+        ejecuta(QStringLiteral("update articulos set es_almacenable='N' where articulo_id = "
+                               "(select max(articulo_id) from articulos)"));
+        boleto = valor(QStringLiteral("select max(articulo_id) from articulos")).toInt();
+        clave1 = clave(art1);
+        clave2 = clave(art2);
+        claveBoleto = clave(boleto);
+        for (int a : {art1, art2, boleto})
+            ejecuta(QStringLiteral("update or insert into libres_articulos (articulo_id, "
+                                   "valor_puntos) values (%1, 10)")
+                        .arg(a));
+        ejecuta(QStringLiteral("insert into lar_puntos (lar_puntos_id, cliente_id, docto_id, "
+                               "articulo_id, tipo_docto, folio, naturaleza, unidades, "
+                               "valor_puntos, sistema, partida) values (gen_id(gen_lar_puntos,1), "
+                               "%1, 0, 0, 'A', 'A00000001', 'E', 0, 1000, 'AP', 1)")
+                    .arg(cliente));
+    }
+
+    QVariant valor(const QString &sql)
+    {
+        fb::Query q(&s.fbDatabase(), &s.fbViewTrans());
+        q.setTrimChars(true);
+        q.setSql(sql);
+        q.open();
+        const QVariant v = q.eof() ? QVariant() : q.field(0).toVariant();
+        q.close();
+        return v;
+    }
+    QString texto(const QString &sql) { return valor(sql).toString().trimmed(); }
+    void ejecuta(const QString &sql)
+    {
+        fb::Query q(&s.fbDatabase(), &s.fbUpdateTrans());
+        q.setSql(sql);
+        q.execute();
+        s.UpdateCommit();
+    }
+    QString clave(int articulo)
+    {
+        return texto(QStringLiteral("select first 1 clave_articulo from claves_articulos where "
+                                    "articulo_id=%1")
+                         .arg(articulo));
+    }
+    double existencia(int articulo)
+    {
+        return valor(QStringLiteral("select cast(coalesce(sum(entradas_unidades - "
+                                    "salidas_unidades),0) as double precision) "
+                                    "from saldos_in where articulo_id=%1 and almacen_id=%2")
+                         .arg(articulo)
+                         .arg(almacen))
+            .toDouble();
+    }
+    int saldo()
+    {
+        fb::Query q(&s.fbDatabase(), &s.fbViewTrans());
+        return lar::SaldoCliente(cliente, q);
+    }
+    // The folio the next save starts from, in either shape.
+    QString siguiente()
+    {
+        if (valor(QStringLiteral("select count(*) from rdb$relations where "
+                                 "rdb$relation_name='FOLIOS_CONCEPTOS'"))
+                .toInt()
+            > 0)
+            return texto(QStringLiteral("select consecutivo from folios_conceptos where "
+                                        "concepto_id=%1")
+                             .arg(concepto));
+        return texto(QStringLiteral("select sig_folio from conceptos_in where concepto_in_id=%1")
+                         .arg(concepto));
+    }
+    int cuenta(const QString &tabla)
+    {
+        return valor(QStringLiteral("select count(*) from ") + tabla).toInt();
+    }
+    lar::LineaCanje linea(int articulo, const QString &clave, int unidades, int partida)
+    {
+        lar::LineaCanje l;
+        l.articuloId = articulo;
+        l.clave = clave;
+        l.unidades = unidades;
+        l.valorPuntos = 10;
+        l.totalPuntos = 10 * unidades;
+        l.partida = partida;
+        l.costoUltimaCompra = 12.5;
+        l.almacenable = articulo != boleto;
+        return l;
+    }
+    lar::Canje canje(const QList<lar::LineaCanje> &lineas)
+    {
+        lar::Canje c;
+        c.clienteId = cliente;
+        c.txtCliente = QStringLiteral("C-1");
+        c.almacenId = almacen;
+        c.lineas = lineas;
+        return c;
+    }
+};
+
+} // namespace lartest

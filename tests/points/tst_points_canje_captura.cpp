@@ -1,0 +1,353 @@
+// The redemption capture through its real form, offscreen, with the message boxes
+// scripted: the customer and its lock, the lines and their checks in order, the
+// ticket, the save through the buttons, the print dialog, reopening and cancelling.
+
+#include "tiendacanje.h"
+
+#include "points/ventaspuntos.h"
+
+#include "core/acceso.h"
+
+#include "reports/formas.h"
+#include "reports/imprimirforma.h"
+#include "support/guionmensajes.h"
+#include "support/testenv.h"
+#include "support/testmain.h"
+#include "toolkit/memgrid.h"
+#include "toolkit/memtable.h"
+
+#include <QCheckBox>
+#include <QDir>
+#include <QFileInfo>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTest>
+#include <QTextEdit>
+#include <QTimer>
+#include <QToolButton>
+
+using namespace lar;
+using lartest::Tienda;
+
+namespace {
+
+// Types into a cell's editor and presses Enter, as the cashier does.
+void escribe(TfVentasPuntos &f, int col, const QString &texto)
+{
+    MemGrid *g = f.cxGrid;
+    const QModelIndex i = g->model()->index(f.mDet->recNo(), col);
+    g->setCurrentIndex(i);
+    g->edit(i);
+    auto *editor = qobject_cast<QLineEdit *>(QApplication::focusWidget());
+    QVERIFY(editor);
+    editor->selectAll();
+    QTest::keyClicks(editor, texto);
+    QTest::keyClick(editor, Qt::Key_Return);
+    QTest::qWait(1);
+    QCoreApplication::processEvents();
+}
+
+// Answers the print dialog when it comes up, noting what it was given, and prints
+// to a file (a spreadsheet in the documents folder) or cancels.
+struct Impresion
+{
+    QString documento;
+    int docto = -1, folder = -1, copias = -1, resultado = -1;
+    QTimer timer;
+    explicit Impresion(bool imprimir = false)
+    {
+        QObject::connect(&timer, &QTimer::timeout, [this, imprimir] {
+            if (auto *d = qobject_cast<TfImprimirForma *>(QApplication::activeModalWidget())) {
+                timer.stop();
+                documento = d->Documento;
+                docto = d->DoctoId;
+                folder = d->FolderId;
+                copias = d->Copias;
+                if (imprimir) {
+                    d->findChild<QCheckBox *>(QStringLiteral("vPrintToFile"))->setChecked(true);
+                    d->findChild<QPushButton *>(QStringLiteral("bPrint"))->click();
+                }
+                if (d->isVisible())
+                    d->reject();
+                resultado = d->result();
+            }
+        });
+        timer.start(20);
+    }
+};
+
+} // namespace
+
+class TestCaptura : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<Tienda> t;
+    QString claveCliente;
+    QString m_casa;
+
+    std::unique_ptr<TfVentasPuntos> nueva()
+    {
+        auto f = std::make_unique<TfVentasPuntos>(t->s);
+        f->EsNueva = true;
+        for (QPushButton *b : {f->bSave, f->bSaveClose, f->bSaveNew})
+            b->setEnabled(true);
+        f->show();
+        f->activateWindow();
+        [&] {
+            QVERIFY(QTest::qWaitForWindowActive(f.get()));
+        }();
+        return f;
+    }
+    void cliente(TfVentasPuntos &f)
+    {
+        QTest::keyClicks(f.txtCliente, claveCliente);
+        QTest::keyClick(f.txtCliente, Qt::Key_Return);
+    }
+    int bloqueos()
+    {
+        return t
+            ->valor(QStringLiteral("select count(*) from lar_datosclte where clienteid=%1")
+                        .arg(t->cliente))
+            .toInt();
+    }
+
+private slots:
+    void initTestCase()
+    {
+        t = std::make_unique<Tienda>(true);
+        t->s.Permisos[73] = 1048575;
+        claveCliente = t->texto(QStringLiteral("select first 1 clave_cliente from claves_clientes "
+                                               "where cliente_id=%1")
+                                    .arg(t->cliente));
+        QVERIFY(!claveCliente.isEmpty());
+        // The voucher form, remembered for the user, printed to a file under HOME.
+        InstalaFormasMuestra(t->s.fbConfig());
+        RecuerdaForma(t->s,
+                      QStringLiteral("Puntos"),
+                      QStringLiteral("Ventas"),
+                      QStringLiteral("Vale de canje"));
+        m_casa = lartest::tempPath(QStringLiteral("casa"));
+        QDir().mkpath(m_casa);
+        qputenv("HOME", m_casa.toUtf8());
+        qputenv("XDG_CONFIG_HOME", (m_casa + QStringLiteral("/.config")).toUtf8());
+        QVERIFY2(!t->clave1.isEmpty() && !t->clave2.isEmpty(), "claves");
+    }
+
+    // From bNew to the voucher: customer by key (balance shown, lock taken), two
+    // lines by key, a quantity raised, the ticket, bSaveClose through the print
+    // dialog; the rows are written, the lock gone. Then opened again and cancelled.
+    void redencionCompleta()
+    {
+        lartest::GuionMensajes guion;
+        const int saldo = t->saldo();
+        const double exis1 = t->existencia(t->art1);
+        int docto = 0;
+        {
+            auto f = nueva();
+            QVERIFY(f->bEdit->isChecked());
+            cliente(*f);
+            QCOMPARE(f->ClienteID, t->cliente);
+            QCOMPARE(f->lbPuntosDisponibles->text(),
+                     QLocale(QLocale::Spanish, QLocale::Mexico).toString(saldo));
+            QCOMPARE(bloqueos(), 1);
+
+            f->cxGrid->setFocus();
+            QCOMPARE(f->mDet->recordCount(), 1);
+            escribe(*f, CapturaPuntos::colClave, t->clave1);
+            QVERIFY2(guion.cajas().isEmpty(), qPrintable(guion.textos().join(u'|')));
+            QCOMPARE(f->mDet->fieldByName(QStringLiteral("articulo_id")).asInteger(), t->art1);
+            escribe(*f, CapturaPuntos::colUnidades, QStringLiteral("2"));
+            QCOMPARE(f->mDet->recordCount(), 2); // a new row for the next key
+            escribe(*f, CapturaPuntos::colClave, t->clave2);
+            escribe(*f, CapturaPuntos::colUnidades, QStringLiteral("1"));
+            QCOMPARE(f->TotalPuntos, 30);
+            QCOMPARE(f->PuntosDisponibles, saldo - 30);
+            QCOMPARE(f->vTotalPuntos->text(), QStringLiteral("30"));
+            QVERIFY2(guion.cajas().isEmpty(), qPrintable(guion.textos().join(u'|')));
+            const QStringList ticket = f->ticket().split(u'\n');
+            QCOMPARE(ticket.size(), 3);
+            QCOMPARE(ticket.at(0).size(), 46);
+            QVERIFY(ticket.at(0).endsWith(QStringLiteral("20")));
+            QCOMPARE(ticket.at(1), QStringLiteral("  2 x 10"));
+
+            Impresion impresion(true);
+            f->bSaveClose->click();
+            QVERIFY2(guion.cajas().isEmpty(), qPrintable(guion.textos().join(u'|')));
+            QVERIFY(f->DoctoID > 0);
+            docto = f->DoctoID;
+            QCOMPARE(impresion.docto, docto);
+            QCOMPARE(impresion.documento, QStringLiteral("Venta ") + f->vFolio->text());
+            QCOMPARE(impresion.copias, 0);
+            QCOMPARE(impresion.folder, FolderFormas(t->s));
+            QCOMPARE(impresion.resultado, 1);
+            const QFileInfo vale(m_casa + QStringLiteral("/Documents/Venta ") + f->vFolio->text()
+                                 + QStringLiteral(" - Vale de canje.xls"));
+            QVERIFY2(vale.exists() && vale.size() > 0, qPrintable(vale.filePath()));
+            QVERIFY(!f->isVisible());
+        }
+        QCOMPARE(bloqueos(), 0);
+        QCOMPARE(
+            t->valor(QStringLiteral("select count(*) from lar_puntos where docto_id=%1").arg(docto))
+                .toInt(),
+            2);
+        QCOMPARE(t->existencia(t->art1), exis1 - 2);
+        QCOMPARE(t->saldo(), saldo - 30);
+
+        // Opened read-only, then cancelled: the balance comes back.
+        TfVentasPuntos f(t->s);
+        f.DoctoID = docto;
+        f.show();
+        QVERIFY(!f.bEdit->isChecked());
+        QCOMPARE(f.mDet->recordCount(), 2);
+        QCOMPARE(f.TotalPuntos, 30);
+        QVERIFY(!f.imgCancelado->isVisible());
+        guion.responde({mb::IdYes});
+        f.bCancelar->click();
+        QCOMPARE(guion.textos().value(0), QStringLiteral("¿Desea cancelar la venta?"));
+        QVERIFY(f.imgCancelado->isVisible());
+        QCOMPARE(t->saldo(), saldo);
+        QCOMPARE(t->existencia(t->art1), exis1);
+        guion.limpia();
+        f.bCancelar->click();
+        QCOMPARE(guion.textos(), QStringList{QStringLiteral("El documento ya está cancelado.")});
+        f.close();
+    }
+
+    // The checks of a line, in their order, and the quantity rules.
+    void validaciones()
+    {
+        lartest::GuionMensajes guion;
+        auto f = nueva();
+        // No customer yet.
+        f->cxGrid->setFocus();
+        escribe(*f, CapturaPuntos::colClave, t->clave1);
+        QCOMPARE(guion.textos().value(0), QStringLiteral("Favor de Seleccionar un cliente."));
+        cliente(*f);
+        guion.limpia();
+        f->PuntosCliente = f->PuntosDisponibles = 15;
+        t->ejecuta(QStringLiteral("update libres_articulos set valor_puntos=0 where articulo_id=%1")
+                       .arg(t->art2));
+        // Points before price: above the balance, then without price.
+        t->ejecuta(
+            QStringLiteral("update libres_articulos set valor_puntos=20 where articulo_id=%1")
+                .arg(t->art1));
+        escribe(*f, CapturaPuntos::colClave, t->clave1);
+        escribe(*f, CapturaPuntos::colClave, t->clave2);
+        escribe(*f, CapturaPuntos::colClave, QStringLiteral("NO-EXISTE"));
+        QCOMPARE(guion.textos(),
+                 (QStringList{QStringLiteral("No tiene puntos suficientes."),
+                              QStringLiteral("El artículo no tiene promoción de puntos."),
+                              QStringLiteral("El artículo con clave: 'NO-EXISTE' no existe, favor "
+                                             "de verificar")}));
+        t->ejecuta(QStringLiteral("update libres_articulos set valor_puntos=10 where articulo_id "
+                                  "in (%1, %2)")
+                       .arg(t->art1)
+                       .arg(t->art2));
+
+        // A counted line raised: only the increase is measured.
+        guion.limpia();
+        escribe(*f, CapturaPuntos::colClave, t->clave1);
+        escribe(*f, CapturaPuntos::colUnidades, QStringLiteral("1"));
+        QCOMPARE(f->PuntosDisponibles, 5);
+        f->mDet->first();
+        escribe(*f, CapturaPuntos::colUnidades, QStringLiteral("2"));
+        QCOMPARE(guion.textos(), QStringList{QStringLiteral("Error: Puntos insuficientes.")});
+        guion.limpia();
+        escribe(*f, CapturaPuntos::colUnidades, QStringLiteral("0"));
+        QCOMPARE(guion.textos(),
+                 QStringList{QStringLiteral("Error: La cantidad especificada no es válida")});
+
+        // Stock: an article the warehouse lacks is refused, unless Microsip accepts it.
+        t->ejecuta(QStringLiteral("update libres_articulos set valor_puntos=1 where articulo_id=%1")
+                       .arg(t->art2));
+        f->PuntosCliente = 1000;
+        f->CalculaTotales();
+        const int exis2 = int(t->existencia(t->art2));
+        f->mDet->last();
+        escribe(*f, CapturaPuntos::colClave, t->clave2);
+        guion.limpia();
+        escribe(*f, CapturaPuntos::colUnidades, QString::number(exis2 + 1));
+        QCOMPARE(guion.textos(),
+                 QStringList{QStringLiteral("No hay existencia suficiente del artículo.")});
+        QCOMPARE(f->mDet->fieldByName(QStringLiteral("Unidades")).asInteger(), 1);
+        f->AceptaSinExistencia = true;
+        guion.limpia();
+        escribe(*f, CapturaPuntos::colUnidades, QString::number(exis2 + 1));
+        QVERIFY2(guion.cajas().isEmpty(), qPrintable(guion.textos().join(u'|')));
+        const QList<LineaCanje> lineas = f->lineas();
+        QCOMPARE(lineas.value(lineas.size() - 2).unidades, exis2 + 1); // and a new row after it
+        t->ejecuta(
+            QStringLiteral("update libres_articulos set valor_puntos=10 where articulo_id=%1")
+                .arg(t->art2));
+
+        // Closing: No keeps the capture but loses the lock.
+        guion.limpia();
+        guion.responde({mb::IdNo});
+        f->close();
+        QVERIFY(f->isVisible());
+        QCOMPARE(guion.textos(),
+                 QStringList{QStringLiteral("¿Desea cancelar la edición de la Canje de puntos?")});
+        QCOMPARE(bloqueos(), 0);
+        guion.responde({mb::IdYes});
+        f->close();
+        QVERIFY(!f->isVisible());
+    }
+
+    // A customer held by another station: refused on the key road; the list road
+    // offers the release (answered No here).
+    void bloqueoAjeno()
+    {
+        lartest::GuionMensajes guion;
+        Sesion otra;
+        t->env->conectaSesion(otra);
+        otra.UsuarioActual = QStringLiteral("CAJERO2");
+        BloqueaCliente(otra, t->cliente, claveCliente, QStringLiteral("x"));
+        auto f = nueva();
+        cliente(*f);
+        QCOMPARE(guion.textos(),
+                 QStringList{QStringLiteral("Otro usuario está generando una venta con este "
+                                            "cliente, inténtelo más tarde")});
+        QCOMPARE(f->ClienteID, 0);
+        QVERIFY(f->txtCliente->text().isEmpty());
+        QCOMPARE(bloqueos(), 1);
+
+        // The list road: shown the holder, Yes, a login, and the lock changes hands.
+        guion.limpia();
+        guion.responde({mb::IdYes});
+        QTimer sondeo;
+        bool conLogin = false;
+        QObject::connect(&sondeo, &QTimer::timeout, [&] {
+            QWidget *w = QApplication::activeModalWidget();
+            if (auto *a = qobject_cast<TfAcceso *>(w)) {
+                conLogin = true;
+                a->vUser->setText(QStringLiteral("SYSDBA"));
+                a->vPass->setText(QStringLiteral("masterkey"));
+                a->bOk->click();
+            } else if (w && w != f.get()) {
+                qobject_cast<QDialog *>(w)->reject(); // the picker: the row is chosen below
+            }
+        });
+        sondeo.start(20);
+        f->bCliente->click();
+        QVERIFY(f->mClientes->locate(QStringLiteral("id"), t->cliente));
+        f->CargarDatosCliente();
+        sondeo.stop();
+        QVERIFY(conLogin);
+        QVERIFY2(guion.textos().value(0).startsWith(
+                     QStringLiteral("Este cliente está siendo utilizado por CAJERO2 creado el ")),
+                 qPrintable(guion.textos().join(u'|')));
+        QVERIFY(guion.textos().value(0).endsWith(QStringLiteral(" ¿Desea liberarlo?")));
+        QCOMPARE(f->ClienteID, t->cliente);
+        QCOMPARE(bloqueos(), 1);
+        QCOMPARE(LeeBloqueo(otra, t->cliente).usuario, t->s.UsuarioActual);
+        guion.responde({mb::IdYes});
+        f->close();
+        QCOMPARE(bloqueos(), 0);
+    }
+};
+
+LAR_TEST_MAIN(TestCaptura)
+#include "tst_points_canje_captura.moc"
