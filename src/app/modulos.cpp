@@ -2,6 +2,8 @@
 
 #include "catalog/articulos_lista.h"
 #include "catalog/fconfig.h"
+#include "reports/rep_porarticulo.h"
+#include "reports/rep_porbusqueda.h"
 #include "security/modulos.h"
 
 namespace lar {
@@ -11,6 +13,9 @@ void RegistraModulos()
     RegistraConfiguracion();
     RegistraArticulosPuntos();
     RegistraModulosSeguridad();
+    RegistraRepPorCliente();
+    RegistraRepPorArticulo();
+    RegistraRepPorBusqueda();
 }
 
 } // namespace lar
