@@ -41,16 +41,18 @@ void Tfrep_PorArticulo::Button1Click()
     if (!guardaPeriodo(1))
         return;
     const bool conCliente = !txtCliente->text().trimmed().isEmpty();
-    m_tabla->disableControls();
-    m_tabla->emptyTable();
-    const int filas
-        = m_datos.cargaArticulos(*m_tabla,
-                                 conCliente ? std::optional<int>(ClienteId) : std::nullopt,
-                                 dtpFechaI->date(),
-                                 dtpFechaF->date(),
-                                 Fuentes);
-    m_tabla->first();
-    m_tabla->enableControls();
+    int filas = 0;
+    if (!cargaTabla(
+            [&] {
+                return m_datos.cargaArticulos(*m_tabla,
+                                              conCliente ? std::optional<int>(ClienteId)
+                                                         : std::nullopt,
+                                              dtpFechaI->date(),
+                                              dtpFechaF->date(),
+                                              Fuentes);
+            },
+            filas))
+        return;
     if (filas == 0)
         MensajeSistema(conCliente ? QStringLiteral("El Cliente no tiene movimientos.")
                                   : QStringLiteral("No se encontraron movimientos."),

@@ -139,7 +139,13 @@ void Tfrep_PorBusqueda::Button1Click()
 {
     mBusqueda->disableControls();
     mBusqueda->emptyTable();
-    m_datos.cargaDirecciones(*mBusqueda);
+    try {
+        m_datos.cargaDirecciones(*mBusqueda);
+    } catch (const std::exception &e) {
+        mBusqueda->enableControls();
+        MensajeSistema(TextoExcepcion(e), QStringLiteral("Error"), mb::IconStop);
+        return;
+    }
     mBusqueda->enableControls();
     mBusqueda->first();
 }

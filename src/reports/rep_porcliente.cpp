@@ -140,6 +140,23 @@ void TfRepCliente::showEvent(QShowEvent *ev)
     btnExportar->setEnabled(Acceso & 4);
 }
 
+bool TfRepCliente::cargaTabla(const std::function<int()> &lee, int &filas)
+{
+    m_tabla->disableControls();
+    m_tabla->emptyTable();
+    try {
+        filas = lee();
+    } catch (const std::exception &e) {
+        m_tabla->enableControls();
+        ajustaImprimir();
+        MensajeSistema(TextoExcepcion(e), QStringLiteral("Error"), mb::IconStop);
+        return false;
+    }
+    m_tabla->first();
+    m_tabla->enableControls();
+    return true;
+}
+
 void TfRepCliente::ajustaImprimir()
 {
     btnImprimir->setEnabled(!m_tabla->isEmpty() && (Acceso & 2));
@@ -269,12 +286,14 @@ void Tfrep_PorCliente::Button1Click()
                        mb::IconInformation);
         return;
     }
-    m_tabla->disableControls();
-    m_tabla->emptyTable();
-    const int filas
-        = m_datos.cargaCompras(*m_tabla, ClienteId, dtpFechaI->date(), dtpFechaF->date(), Fuentes);
-    m_tabla->first();
-    m_tabla->enableControls();
+    int filas = 0;
+    if (!cargaTabla(
+            [&] {
+                return m_datos.cargaCompras(
+                    *m_tabla, ClienteId, dtpFechaI->date(), dtpFechaF->date(), Fuentes);
+            },
+            filas))
+        return;
     if (filas == 0)
         MensajeSistema(QStringLiteral("El Cliente no tiene ventas."),
                        QStringLiteral("Aviso del sistema"),

@@ -4,6 +4,7 @@
 
 #include "core/mform.h"
 
+#include <functional>
 #include <memory>
 
 class QDateEdit;
@@ -64,6 +65,9 @@ protected:
     MemGrid *rejilla() const { return m_grid; }
     // Saves the period (articuloId when the row is new); false after the error box.
     bool guardaPeriodo(int articuloId);
+    // Refills the table with what lee appends; a database error is shown and
+    // gives false.
+    bool cargaTabla(const std::function<int()> &lee, int &filas);
     // btnImprimir: off with nothing loaded, else by the right.
     void ajustaImprimir();
     // The value the print form gets: the row of mClientes for the customer report.
