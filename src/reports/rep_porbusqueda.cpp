@@ -31,7 +31,7 @@ Tfrep_PorBusqueda::Tfrep_PorBusqueda(Sesion &sesion, QWidget *parent)
 {
     setObjectName(QStringLiteral("Tfrep_PorBusqueda"));
     setWindowTitle(QStringLiteral("Busqueda por cliente"));
-    resize(950, 560);
+    resize(1000, 560);
     mBusqueda->setObjectName(QStringLiteral("mBusqueda"));
     DefineDirecciones(*mBusqueda);
     mBusqueda->open();
@@ -71,12 +71,12 @@ Tfrep_PorBusqueda::Tfrep_PorBusqueda(Sesion &sesion, QWidget *parent)
     cxGrid1->setObjectName(QStringLiteral("cxGrid1"));
     cxGrid1->setAccessibleName(QStringLiteral("Clientes"));
     MemTableModel *m = cxGrid1->memModel();
-    m->addColumn(QStringLiteral("Nombre"), QStringLiteral("Nombre"), 260);
-    m->addColumn(QStringLiteral("Telefono"), QStringLiteral("Telefono"), 110);
-    m->addColumn(QStringLiteral("Direccion"), QStringLiteral("Direccion"), 220);
-    m->addColumn(QStringLiteral("Colonia"), QStringLiteral("Colonia"), 140);
-    m->addColumn(QStringLiteral("Ciudad"), QStringLiteral("Ciudad"), 120);
-    m->addColumn(QStringLiteral("Estado"), QStringLiteral("Estado"), 110);
+    m->addColumn(QStringLiteral("Nombre"), QStringLiteral("Nombre"), 200);
+    m->addColumn(QStringLiteral("Telefono"), QStringLiteral("Telefono"), 90);
+    m->addColumn(QStringLiteral("Direccion"), QStringLiteral("Direccion"), 160);
+    m->addColumn(QStringLiteral("Colonia"), QStringLiteral("Colonia"), 110);
+    m->addColumn(QStringLiteral("Ciudad"), QStringLiteral("Ciudad"), 100);
+    m->addColumn(QStringLiteral("Estado"), QStringLiteral("Estado"), 80);
     cxGrid1->setTable(mBusqueda.get());
     cxGrid1->setEditTriggers(QAbstractItemView::NoEditTriggers);
     m_pintor = new HighlightDelegate(this);

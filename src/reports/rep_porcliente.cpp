@@ -64,7 +64,6 @@ TfRepCliente::TfRepCliente(Sesion &sesion,
     bCliente->setObjectName(QStringLiteral("bCliente"));
     bCliente->setText(QStringLiteral("..."));
     bCliente->setAccessibleName(QStringLiteral("Listado de clientes"));
-    bCliente->setFocusPolicy(Qt::NoFocus);
 
     auto fecha = [this](const QString &n, int tag, const QString &accesible) {
         auto *d = new QDateEdit(this);

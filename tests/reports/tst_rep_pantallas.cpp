@@ -13,6 +13,7 @@
 #include "reports/rep_porbusqueda.h"
 #include "reports/rep_porcliente.h"
 #include "shared/flista.h"
+#include "support/accesibilidad.h"
 #include "support/entornoprueba.h"
 #include "support/guionmensajes.h"
 #include "support/guionshell.h"
@@ -445,17 +446,21 @@ private slots:
     }
 
     // The rights: print with bit 2, export with bit 4; the search exports with both
-    // of its bits.
-    void derechos()
+    // of its bits. Every control is reachable by keyboard and named.
+    void derechosYTeclado()
     {
         auto f = abre<Tfrep_PorCliente>(1 | 4);
         QVERIFY(!f->btnImprimir->isEnabled());
         QVERIFY(f->btnExportar->isEnabled());
+        LAR_VERIFICA_ACCESIBLE(f.get());
         auto a = abre<Tfrep_PorArticulo>(1 | 2);
         QVERIFY(a->btnImprimir->isEnabled());
         QVERIFY(!a->btnExportar->isEnabled());
+        LAR_VERIFICA_ACCESIBLE(a.get());
         QVERIFY(!abre<Tfrep_PorBusqueda>(2)->btnExportar->isEnabled());
-        QVERIFY(abre<Tfrep_PorBusqueda>(3)->btnExportar->isEnabled());
+        auto b = abre<Tfrep_PorBusqueda>(3);
+        QVERIFY(b->btnExportar->isEnabled());
+        LAR_VERIFICA_ACCESIBLE(b.get());
     }
 
     // The typed key, then print: the form gets the row of mClientes, not the
