@@ -2,6 +2,8 @@
 
 #include "catalog/articulos_lista.h"
 #include "catalog/fconfig.h"
+#include "core/fmain.h"
+#include "points/avisos.h"
 #include "reports/rep_porarticulo.h"
 #include "reports/rep_porbusqueda.h"
 #include "security/modulos.h"
@@ -16,6 +18,8 @@ void RegistraModulos()
     RegistraRepPorCliente();
     RegistraRepPorArticulo();
     RegistraRepPorBusqueda();
+
+    TfMain::RutinaReinicio() = RevisaReinicio;
 }
 
 } // namespace lar

@@ -16,6 +16,7 @@
 #include "shared/flista.h"
 #include "support/accesibilidad.h"
 #include "support/guionmensajes.h"
+#include "support/testmain.h"
 #include "toolkit/memgrid.h"
 #include "toolkit/memtable.h"
 
@@ -169,7 +170,11 @@ private slots:
 
         // The input rules, in edit mode.
         f = abre();
-        LAR_VERIFICA_ACCESIBLE(f.get());
+        for (int i = 0; i < f->pcConfig->count(); ++i) { // every page
+            f->pcConfig->setCurrentIndex(i);
+            LAR_VERIFICA_ACCESIBLE(f.get());
+        }
+        f->pcConfig->setCurrentIndex(0);
         QVERIFY(!f->vPuntos->isReadOnly() && f->vFolioPuntos->isEnabled());
         QTest::keyClick(f->vFolioPuntos, Qt::Key_A);
         QTest::sendKeyEvent(QTest::Click, f->vFolioPuntos, Qt::Key_Ntilde, QStringLiteral("ñ"), {});
@@ -549,5 +554,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TstConfig)
+LAR_TEST_MAIN(TstConfig)
 #include "tst_catalog_config.moc"
