@@ -19,6 +19,7 @@
 #include "points/ventaspuntoslista.h"
 #include "reports/formas.h"
 #include "reports/preview.h"
+#include "reports/rep_porcliente.h"
 #include "toolkit/memgrid.h"
 #include "toolkit/memtable.h"
 #include "toolkit/mensajes.h"
@@ -354,6 +355,51 @@ int canje(const QString &carpeta, const QString &destino)
     return resultado;
 }
 
+// The purchases report of the customer with the most point-of-sale sales, over the
+// demo's last 90 days.
+int reportes(const QString &carpeta, const QString &destino)
+{
+    const microsip::Entorno e
+        = microsip::Entorno::abre(carpeta, qEnvironmentVariable("LAR_FB_PASSWORD"));
+    qputenv("LARVENOS_COMMON_APPDATA", e.carpetaComun().toUtf8());
+    qputenv("LARVENOS_LOCAL_APPDATA", e.carpetaLocal().toUtf8());
+    lar::ServicioMensajes::instalaRespondedor([](const lar::CajaMensaje &c) {
+        err() << c.titulo << ": " << c.texto << Qt::endl;
+        return lar::mb::IdOk;
+    });
+    lar::Sesion s;
+    e.conecta(s.fbConfig(), e.rutaConfig());
+    e.conecta(s.fbDatabase(), e.rutaEmpresa(e.empresas().value(0)));
+    int cliente = 0;
+    {
+        fb::Transaction tr(&s.fbDatabase());
+        fb::Query q(&s.fbDatabase(), &tr);
+        // Someone by name, not the counter's anonymous customer.
+        q.setSql(QStringLiteral("select first 1 d.cliente_id from doctos_pv d join clientes c on "
+                                "c.cliente_id = d.cliente_id where d.estatus <> 'C' and "
+                                "c.nombre not like 'P%blico en general' group by d.cliente_id "
+                                "order by count(*) desc"));
+        q.open();
+        cliente = q.eof() ? 0 : q.field(0).toInt();
+        q.close();
+        tr.commit();
+    }
+    lar::Tfrep_PorCliente f(s);
+    f.Acceso = 7;
+    f.resize(1000, 560);
+    f.show();
+    if (!f.clientes().locate(QStringLiteral("ID"), cliente))
+        return 1;
+    f.ClienteId = cliente;
+    f.txtCliente->setText(f.clientes().fieldByName(QStringLiteral("Nombre")).asString());
+    f.dtpFechaI->setDate(QDate::currentDate().addDays(-90));
+    f.dtpFechaF->setDate(QDate::currentDate());
+    f.Button1->click();
+    QApplication::processEvents();
+    QDir().mkpath(destino);
+    return guarda(&f, destino + QStringLiteral("/rep-compras.png")) ? 0 : 1;
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -372,12 +418,15 @@ int main(int argc, char *argv[])
             return vale(args[2], args[3]);
         if (args.size() == 4 && args[1] == u"canje")
             return canje(args[2], args[3]);
+        if (args.size() == 4 && args[1] == u"reportes")
+            return reportes(args[2], args[3]);
     } catch (const std::exception &ex) {
         err() << ex.what() << Qt::endl;
         return 1;
     }
     err() << "Uso: larvenos-demo instala CARPETA | capturas CARPETA DESTINO | vale CARPETA DESTINO"
              " | articulos CARPETA DESTINO | canje CARPETA DESTINO"
+             " | reportes CARPETA DESTINO"
           << Qt::endl;
     return 2;
 }

@@ -5,6 +5,8 @@
 #include "core/fmain.h"
 #include "points/avisos.h"
 #include "points/ventaspuntoslista.h"
+#include "reports/rep_porarticulo.h"
+#include "reports/rep_porbusqueda.h"
 #include "security/modulos.h"
 
 namespace lar {
@@ -15,6 +17,9 @@ void RegistraModulos()
     RegistraArticulosPuntos();
     RegistraCanjePuntos();
     RegistraModulosSeguridad();
+    RegistraRepPorCliente();
+    RegistraRepPorArticulo();
+    RegistraRepPorBusqueda();
 
     TfMain::RutinaReinicio() = RevisaReinicio;
 }
