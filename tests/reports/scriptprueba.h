@@ -7,11 +7,14 @@
 #include "toolkit/reporte/reporte.h"
 
 #include <QString>
+#include <QVariantHash>
 
 namespace lartest {
 
-inline QString
-correScript(const QString &expresion, const QString &script = {}, fb::Database *db = nullptr)
+inline QString correScript(const QString &expresion,
+                           const QString &script = {},
+                           fb::Database *db = nullptr,
+                           const QVariantHash &parametros = {})
 {
     const QString xml
         = QStringLiteral("<reporte formato=\"1\" nombre=\"prueba\">"
@@ -22,6 +25,8 @@ correScript(const QString &expresion, const QString &script = {}, fb::Database *
               .arg(script, expresion);
     lar::reporte::Reporte r;
     r.setBaseDatos(db);
+    for (auto it = parametros.begin(); it != parametros.end(); ++it)
+        r.setParametro(it.key(), it.value());
     QString error;
     if (!r.cargaTexto(xml.toUtf8(), &error) || !r.genera(&error))
         return QStringLiteral("ERROR: ") + error;
