@@ -5,13 +5,17 @@
 #include "core/sesion.h"
 #include "fb/query.h"
 #include "reports/cfdi.h"
+#include "reports/formas.h"
 #include "reports/funcionesreporte.h"
 #include "scriptprueba.h"
 #include "support/entornoprueba.h"
 #include "support/testenv.h"
 #include "support/testmain.h"
+#include "toolkit/reporte/pintor.h"
+#include "toolkit/reporte/reporte.h"
 
 #include <QImage>
+#include <QProcess>
 #include <QRegularExpression>
 #include <QTest>
 
@@ -368,6 +372,100 @@ private slots:
         const QString ninguno
             = lartest::correScript(script.arg(entrada).arg(u"VE"), {}, &m_s->fbDatabase());
         QVERIFY2(ninguno.endsWith(u"No se encontro documento XML."), qPrintable(ninguno));
+    }
+
+    // The sample invoice form, printed through the engine: its script reads the
+    // stamped XML with the query functions and the values with the CFDI reader.
+    void facturaImpresa()
+    {
+        const int formas = InstalaFormasMuestra(m_s->fbConfig());
+        QList<int> ventas;
+        int sinCfdi = 0;
+        {
+            fb::Transaction tr(&m_s->fbDatabase());
+            fb::Query q(&m_s->fbDatabase(), &tr);
+            q.setSql(QStringLiteral("select docto_id from usos_folios_fiscales order by docto_id"));
+            for (q.open(); !q.eof(); q.next())
+                ventas << q.field(0).toInt();
+            q.close();
+            q.setSql(QStringLiteral("select first 1 docto_ve_id from doctos_ve where docto_ve_id "
+                                    "not in (select docto_id from usos_folios_fiscales)"));
+            q.open();
+            sinCfdi = q.field(0).toInt();
+            q.close();
+            tr.commit();
+        }
+        QCOMPARE(ventas.size(), 3);
+        auto imprime = [&](int docto, reporte::Reporte &r) {
+            QString error;
+            QVERIFY2(CargaPlantilla(*m_s,
+                                    r,
+                                    formas,
+                                    QStringLiteral("Factura CFDI"),
+                                    docto,
+                                    QStringLiteral("Factura"),
+                                    &error)
+                         && r.genera(&error),
+                     qPrintable(error));
+        };
+        auto texto = [](const reporte::Documento &d, const QString &prefijo) {
+            QString t;
+            for (const reporte::Hoja &h : d.hojas) {
+                for (const reporte::Primitiva &p : h.primitivas) {
+                    if (p.elemento.startsWith(prefijo))
+                        t += p.texto;
+                }
+            }
+            return t;
+        };
+        auto imagen = [](const reporte::Documento &d) {
+            for (const reporte::Hoja &h : d.hojas) {
+                for (const reporte::Primitiva &p : h.primitivas) {
+                    if (p.elemento == u"qr")
+                        return p.imagen;
+                }
+            }
+            return QImage();
+        };
+
+        // 4.0: both strings in pieces, the QR read back, and the PDF's text.
+        reporte::Reporte r40;
+        imprime(ventas[2], r40);
+        cfdi::CfdLoadFromString(doc("4.0"));
+        QCOMPARE(texto(r40.documento(), QStringLiteral("cadena")), cfdi::CfdGetCadenaOriginal());
+        QCOMPARE(texto(r40.documento(), QStringLiteral("timbre")),
+                 cfdi::CfdGetCadenaOriginalTimbre());
+        QCOMPARE(texto(r40.documento(), QStringLiteral("uuid")),
+                 QStringLiteral("Folio fiscal: 5E2D1C0B-3A49-4B8C-9D7E-6F5A4B3C2D1E"));
+        QCOMPARE(texto(r40.documento(), QStringLiteral("metodo")),
+                 QStringLiteral("Método de pago: PUE"));
+        QCOMPARE(leeQR(imagen(r40.documento())), cfdi::TextoQR());
+        QVERIFY(texto(r40.documento(), QStringLiteral("articulo")).size() > 0);
+        const QString pdf = lartest::tempDir() + QStringLiteral("/factura.pdf");
+        QString error;
+        QVERIFY2(reporte::escribePdf(r40.documento(), pdf, &error), qPrintable(error));
+        QProcess p;
+        p.start(QStringLiteral("pdftotext"), {pdf, QStringLiteral("-")});
+        QVERIFY(p.waitForFinished());
+        const QString enPdf = QString::fromUtf8(p.readAllStandardOutput());
+        QVERIFY2(enPdf.contains(u"5E2D1C0B-3A49-4B8C-9D7E-6F5A4B3C2D1E"), qPrintable(enPdf));
+        QVERIFY(enPdf.contains(u"||MXN|80000||"));
+
+        // 3.2: its method of payment by the 3.2 name, its long string, no QR.
+        reporte::Reporte r32;
+        imprime(ventas[0], r32);
+        cfdi::CfdLoadFromString(doc("3.2"));
+        QCOMPARE(texto(r32.documento(), QStringLiteral("cadena")), cfdi::CfdGetCadenaOriginal());
+        QCOMPARE(texto(r32.documento(), QStringLiteral("metodo")),
+                 QStringLiteral("Método de pago: 01"));
+        QVERIFY(imagen(r32.documento()).isNull());
+
+        // A document without a CFDI prints without that part.
+        reporte::Reporte r;
+        imprime(sinCfdi, r);
+        QCOMPARE(texto(r.documento(), QStringLiteral("sinCfdi")),
+                 QStringLiteral("Documento sin comprobante fiscal digital."));
+        QCOMPARE(texto(r.documento(), QStringLiteral("uuid")), QString());
     }
 };
 
