@@ -14,9 +14,11 @@
 #include "db/actualizadb.h"
 #include "microsip/sim/entorno.h"
 #include "reports/formas.h"
+#include "reports/funcionesreporte.h"
 #include "reports/preview.h"
 #include "toolkit/memtable.h"
 #include "toolkit/mensajes.h"
+#include "toolkit/reporte/pintor.h"
 #include "toolkit/reporte/reporte.h"
 #include "toolkit/reporte/visor.h"
 #include "toolkit/ribbon.h"
@@ -245,6 +247,49 @@ int vale(const QString &carpeta, const QString &destino)
     return resultado;
 }
 
+// The sample invoice of the demo's sale stamped as CFDI 4.0, as a picture of its
+// first page.
+int factura(const QString &carpeta, const QString &destino)
+{
+    const microsip::Entorno e
+        = microsip::Entorno::abre(carpeta, qEnvironmentVariable("LAR_FB_PASSWORD"));
+    lar::Sesion s;
+    e.conecta(s.fbConfig(), e.rutaConfig());
+    e.conecta(s.fbDatabase(), e.rutaEmpresa(e.empresas().value(0)));
+    lar::RegistraFuncionesReporte(s);
+    int docto = 0;
+    {
+        fb::Transaction tr(&s.fbDatabase());
+        fb::Query q(&s.fbDatabase(), &tr);
+        q.setSql(QStringLiteral("select max(docto_id) from usos_folios_fiscales"));
+        q.open();
+        docto = q.field(0).toInt();
+        q.close();
+        tr.commit();
+    }
+    lar::reporte::Reporte r;
+    QString error;
+    const bool ok = lar::CargaPlantilla(s,
+                                        r,
+                                        lar::FolderFormas(s),
+                                        QStringLiteral("Factura CFDI"),
+                                        docto,
+                                        QStringLiteral("Factura"),
+                                        &error)
+                    && r.genera(&error);
+    s.UpdateCommit();
+    lar::QuitaFuncionesReporte();
+    if (!ok) {
+        err() << error << Qt::endl;
+        return 1;
+    }
+    QDir().mkpath(destino);
+    return lar::reporte::imagenHoja(r.documento().hojas.value(0), 4)
+                   .save(destino + QStringLiteral("/factura-cfdi.png"))
+               ? 0
+               : 1;
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -259,11 +304,14 @@ int main(int argc, char *argv[])
             return capturas(args[2], args[3]);
         if (args.size() == 4 && args[1] == u"vale")
             return vale(args[2], args[3]);
+        if (args.size() == 4 && args[1] == u"factura")
+            return factura(args[2], args[3]);
     } catch (const std::exception &ex) {
         err() << ex.what() << Qt::endl;
         return 1;
     }
     err() << "Uso: larvenos-demo instala CARPETA | capturas CARPETA DESTINO | vale CARPETA DESTINO"
+             " | factura CARPETA DESTINO"
           << Qt::endl;
     return 2;
 }
