@@ -121,23 +121,30 @@ private slots:
         QTest::addColumn<QString>("cadena");
         QTest::addColumn<QString>("timbre");
         const QString d32 = doc("3.2"), d33 = doc("3.3"), d40 = doc("4.0");
-        QTest::newRow("3.2")
-            << d32
-            << QStringLiteral(
-                   "||3.2|2016-05-10T11:32:45|ingreso|PAGO EN UNA SOLA EXHIBICION|CONTADO|1000.00|"
-                   "0.00|1.00|MXN|1160.00|01|CULIACAN, SINALOA|1234|"
-                   "LPA010101AB1|LARVENOS DEL PACIFICO SA DE CV|"
-                   "AV. ALVARO OBREGON|120|CENTRO|CULIACAN|SINALOA|MEXICO|80000|"
-                   "BLVD. EMILIANO ZAPATA|55|LAS QUINTAS|CULIACAN|SINALOA|MEXICO|80060|"
-                   "REGIMEN GENERAL DE LEY PERSONAS MORALES|"
-                   "GOMP800101XY2|PEDRO GOMEZ MEDINA|"
-                   "CALLE 5 INTERIOR B|10|LAS FLORES|NAVOLATO|SINALOA|MEXICO|80300|"
-                   "2|PIEZA|TAL-100|TALADRO AB 1/2\" INDUSTRIAL|300.00|600.00|"
-                   "1|SERVICIO|INSTALACION|400.00|400.00|16 24 3297 6001234|2016-04-01|MANZANILLO|"
-                   "123456|"
-                   "0.00|IVA|16.00|160.00|160.00||")
-            // Stamp 1.0 spells version, selloCFD and noCertificadoSAT in lower case.
-            << QStringLiteral("||6F3C1A2B-8D4E-4F5A-9B6C-7D8E9F0A1B2C|2016-05-10T11:33:02||");
+        // The 3.2 document's parts: the stamp 1.0 spells version, selloCFD and
+        // noCertificadoSAT in lower case, so they aren't in its string.
+        const QString comprobante = QStringLiteral(
+            "||3.2|2016-05-10T11:32:45|ingreso|PAGO EN UNA SOLA EXHIBICION|CONTADO|1000.00|"
+            "0.00|1.00|MXN|1160.00|01|%1|1234|");
+        const QString partes = QStringLiteral(
+            "LPA010101AB1|LARVENOS DEL PACIFICO SA DE CV|"
+            "AV. ALVARO OBREGON|120|CENTRO|CULIACAN|SINALOA|MEXICO|80000|"
+            "BLVD. EMILIANO ZAPATA|55|LAS QUINTAS|CULIACAN|SINALOA|MEXICO|80060|"
+            "REGIMEN GENERAL DE LEY PERSONAS MORALES|"
+            "GOMP800101XY2|%1|CALLE 5 INTERIOR B|10|LAS FLORES|%2SINALOA|MEXICO|80300|");
+        const QString conceptos = QStringLiteral(
+            "2|PIEZA|TAL-100|TALADRO AB 1/2\" INDUSTRIAL|300.00|600.00|"
+            "1|SERVICIO|INSTALACION|400.00|400.00|16 24 3297 6001234|2016-04-01|MANZANILLO|"
+            "123456|");
+        const QString timbre32
+            = QStringLiteral("||6F3C1A2B-8D4E-4F5A-9B6C-7D8E9F0A1B2C|2016-05-10T11:33:02||");
+        const QString normal
+            = comprobante.arg(QStringLiteral("CULIACAN, SINALOA"))
+              + partes.arg(QStringLiteral("PEDRO GOMEZ MEDINA"), QStringLiteral("NAVOLATO|"));
+        QTest::newRow("3.2") << d32
+                             << normal + conceptos
+                                    + QStringLiteral("0.00|IVA|16.00|160.00|160.00||")
+                             << timbre32;
         QTest::newRow("3.3") << d33 << QStringLiteral("||1|MXN|80000||")
                              << QStringLiteral("||1.1|A1B2C3D4-E5F6-4711-8899-AABBCCDDEEFF|"
                                                "2019-08-21T17:05:40|%1|00001000000403258748||")
@@ -147,57 +154,37 @@ private slots:
                                                "2024-03-15T10:21:05|%1|00001000000504465028||")
                                     .arg(atributo(d40, QStringLiteral("SelloCFD")));
 
-        // What a document may lack or carry, on the 3.2 one.
         const qsizetype c0 = d32.indexOf(u"<cfdi:Conceptos>");
         const qsizetype c1 = d32.indexOf(u"</cfdi:Conceptos>") + 17;
         QTest::newRow("sin conceptos")
             << QString(d32).remove(c0, c1 - c0)
-            << QStringLiteral("||3.2|2016-05-10T11:32:45|ingreso|PAGO EN UNA SOLA EXHIBICION|"
-                              "CONTADO|1000.00|0.00|1.00|MXN|1160.00|01|CULIACAN, SINALOA|1234|"
-                              "LPA010101AB1|LARVENOS DEL PACIFICO SA DE CV|"
-                              "AV. ALVARO OBREGON|120|CENTRO|CULIACAN|SINALOA|MEXICO|80000|"
-                              "BLVD. EMILIANO ZAPATA|55|LAS QUINTAS|CULIACAN|SINALOA|MEXICO|80060|"
-                              "REGIMEN GENERAL DE LEY PERSONAS MORALES|"
-                              "GOMP800101XY2|PEDRO GOMEZ MEDINA|"
-                              "CALLE 5 INTERIOR B|10|LAS FLORES|NAVOLATO|SINALOA|MEXICO|80300|"
-                              "0.00|IVA|16.00|160.00|160.00||")
-            << QStringLiteral("||6F3C1A2B-8D4E-4F5A-9B6C-7D8E9F0A1B2C|2016-05-10T11:33:02||");
+            << normal + QStringLiteral("0.00|IVA|16.00|160.00|160.00||") << timbre32;
 
         // Retentions and transfers: rows, then their totals; a missing group only
         // leaves its rows out. Values of section 1 and of a node of a section are
         // read back from UTF-8 bytes taken one by one: a proper accent is dropped,
         // a broken one mended; the issuer's own attributes are taken as they are.
-        QString impuestos = d32;
-        impuestos.replace(
+        QString otro = d32;
+        otro.replace(
             QStringLiteral("<cfdi:Traslados>\n      <cfdi:Traslado impuesto=\"IVA\" tasa=\"16.00\" "
                            "importe=\"160.00\"/>\n    </cfdi:Traslados>"),
             QStringLiteral(
                 "<cfdi:Retenciones><cfdi:Retencion impuesto=\"ISR\" importe=\"100.00\"/>"
                 "<cfdi:Retencion impuesto=\"IVA\" importe=\"106.67\"/></cfdi:Retenciones>"));
-        impuestos.replace(QStringLiteral("totalImpuestosRetenidos=\"0.00\""),
-                          QStringLiteral("totalImpuestosRetenidos=\"206.67\""));
-        impuestos.replace(QStringLiteral("LugarExpedicion=\"CULIACAN, SINALOA\""),
-                          QStringLiteral("LugarExpedicion=\"PEÃ‘A BLANCA\""));
-        impuestos.replace(QStringLiteral("municipio=\"NAVOLATO\""),
-                          QStringLiteral("municipio=\"NAVOLATÓ\""));
-        impuestos.replace(QStringLiteral("nombre=\"PEDRO GOMEZ MEDINA\""),
-                          QStringLiteral("nombre=\"PEDRO GÓMEZ MEDINA\""));
-        const QString cadena = QStringLiteral(
-            "||3.2|2016-05-10T11:32:45|ingreso|PAGO EN UNA SOLA EXHIBICION|CONTADO|1000.00|"
-            "0.00|1.00|MXN|1160.00|01|PEÑA BLANCA|1234|"
-            "LPA010101AB1|LARVENOS DEL PACIFICO SA DE CV|"
-            "AV. ALVARO OBREGON|120|CENTRO|CULIACAN|SINALOA|MEXICO|80000|"
-            "BLVD. EMILIANO ZAPATA|55|LAS QUINTAS|CULIACAN|SINALOA|MEXICO|80060|"
-            "REGIMEN GENERAL DE LEY PERSONAS MORALES|"
-            "GOMP800101XY2|PEDRO GÓMEZ MEDINA|"
-            "CALLE 5 INTERIOR B|10|LAS FLORES|SINALOA|MEXICO|80300|"
-            "2|PIEZA|TAL-100|TALADRO AB 1/2\" INDUSTRIAL|300.00|600.00|"
-            "1|SERVICIO|INSTALACION|400.00|400.00|16 24 3297 6001234|2016-04-01|MANZANILLO|"
-            "123456|"
-            "ISR|100.00|IVA|106.67|206.67|160.00||");
+        otro.replace(QStringLiteral("totalImpuestosRetenidos=\"0.00\""),
+                     QStringLiteral("totalImpuestosRetenidos=\"206.67\""));
+        otro.replace(QStringLiteral("LugarExpedicion=\"CULIACAN, SINALOA\""),
+                     QStringLiteral("LugarExpedicion=\"PEÃ‘A BLANCA\""));
+        otro.replace(QStringLiteral("municipio=\"NAVOLATO\""),
+                     QStringLiteral("municipio=\"NAVOLATÓ\""));
+        otro.replace(QStringLiteral("nombre=\"PEDRO GOMEZ MEDINA\""),
+                     QStringLiteral("nombre=\"PEDRO GÓMEZ MEDINA\""));
         QTest::newRow("retenciones y acentos")
-            << impuestos << cadena
-            << QStringLiteral("||6F3C1A2B-8D4E-4F5A-9B6C-7D8E9F0A1B2C|2016-05-10T11:33:02||");
+            << otro
+            << comprobante.arg(QStringLiteral("PEÑA BLANCA"))
+                   + partes.arg(QStringLiteral("PEDRO GÓMEZ MEDINA"), QString()) + conceptos
+                   + QStringLiteral("ISR|100.00|IVA|106.67|206.67|160.00||")
+            << timbre32;
     }
 
     void cadenas()
