@@ -7,8 +7,12 @@
 //                                            main, main-operacion, config)
 //   larvenos-demo vale CARPETA DESTINO       the preview of the redemption voucher
 //                                            (vale-preview)
+//   larvenos-demo articulos CARPETA DESTINO  the articles with points, searched (articulos)
+//   larvenos-demo factura CARPETA DESTINO    the sample invoice of the CFDI 4.0 sale
+//                                            (factura-cfdi)
 
 #include "app/modulos.h"
+#include "catalog/articulos_lista.h"
 #include "core/conecta.h"
 #include "core/fmain.h"
 #include "db/actualizadb.h"
@@ -152,6 +156,25 @@ int capturas(const QString &carpeta, const QString &destino)
     m.show();
     QApplication::exec();
     return resultado;
+}
+
+// The articles with points as a user with both rights sees them after a search.
+int articulos(const QString &carpeta, const QString &destino)
+{
+    const microsip::Entorno e = microsip::Entorno::abre(carpeta);
+    QDir().mkpath(destino);
+    lar::Sesion s;
+    e.conecta(s.fbConfig(), e.rutaConfig());
+    e.conecta(s.fbDatabase(), e.rutaEmpresa(e.empresas().value(0)));
+    s.UsuarioActual = QStringLiteral("SYSDBA");
+    lar::Tfcat_articulos_lista f(s);
+    f.Acceso = 7;
+    f.resize(1100, 560);
+    f.show();
+    f.Button1Click();
+    f.vBusca->setText(QStringLiteral("refresco cola"));
+    QApplication::processEvents();
+    return guarda(&f, destino + QStringLiteral("/articulos.png")) ? 0 : 1;
 }
 
 // The redemption voucher as the store holds it, with the company of the demo and
@@ -302,6 +325,8 @@ int main(int argc, char *argv[])
             return instala(args[2]);
         if (args.size() == 4 && args[1] == u"capturas")
             return capturas(args[2], args[3]);
+        if (args.size() == 4 && args[1] == u"articulos")
+            return articulos(args[2], args[3]);
         if (args.size() == 4 && args[1] == u"vale")
             return vale(args[2], args[3]);
         if (args.size() == 4 && args[1] == u"factura")
@@ -311,7 +336,7 @@ int main(int argc, char *argv[])
         return 1;
     }
     err() << "Uso: larvenos-demo instala CARPETA | capturas CARPETA DESTINO | vale CARPETA DESTINO"
-             " | factura CARPETA DESTINO"
+             " | articulos CARPETA DESTINO | factura CARPETA DESTINO"
           << Qt::endl;
     return 2;
 }

@@ -1,13 +1,17 @@
 #include "fconfig.h"
 
 #include "core/acceso.h"
+#include "core/fmain.h"
 #include "core/navegacion.h"
 #include "core/sesion.h"
 #include "points/reinicio.h"
 #include "shared/listas.h"
+#include "toolkit/accesible.h"
+#include "toolkit/iconos.h"
 #include "toolkit/memgrid.h"
 #include "toolkit/memtable.h"
 #include "toolkit/mensajes.h"
+#include "toolkit/teclado.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -39,6 +43,19 @@ const QString AvisoSistema = QStringLiteral("Aviso del sistema");
 // Design data: the module and its right "Modificar".
 constexpr int Modulo = 10;
 constexpr quint32 BitModificar = 2;
+
+// Runs a step of a handler; an engine error is shown and the step given up.
+template<class F>
+bool protegido(F &&paso)
+{
+    try {
+        paso();
+        return true;
+    } catch (const std::exception &e) {
+        MensajeSistema(TextoExcepcion(e), QStringLiteral("Error"), mb::IconStop);
+        return false;
+    }
+}
 
 // Folio boxes: Backspace, digits and the letters A to Z (no 'Ñ'), upper-cased as typed.
 class ValidadorFolio : public QValidator
@@ -267,6 +284,17 @@ private:
 
 } // namespace
 
+void RegistraConfiguracion()
+{
+    FilaModulo m;
+    m.tag = Modulo;
+    m.clase = QStringLiteral("TfConfig");
+    m.creaForma = [](TfMain &principal) -> TMForm * {
+        return new TfConfig(principal.sesion());
+    };
+    RegistraModulo(m);
+}
+
 TfConfig::TfConfig(Sesion &sesion, QWidget *parent)
     : TMForm(parent)
     , m_sesion(sesion)
@@ -286,7 +314,9 @@ TfConfig::TfConfig(Sesion &sesion, QWidget *parent)
     creaControles();
     terminaDiseno();
     ponSoloLectura(true);
+    // Errors here reach the dispatch, which reports them and opens nothing.
     cargaCatalogos();
+    leeConfiguracion();
 }
 
 TfConfig::~TfConfig() = default;
@@ -302,8 +332,8 @@ void TfConfig::creaControles()
     auto *barra = new QHBoxLayout;
     bSave = nombra(new QPushButton(QStringLiteral("Guardar y cerrar")), QStringLiteral("bSave"));
     bEdit = nombra(new QPushButton(QStringLiteral("Modificar")), QStringLiteral("bEdit"));
-    bSave->setIcon(style()->standardIcon(QStyle::SP_DialogSaveButton));
-    bEdit->setIcon(style()->standardIcon(QStyle::SP_FileDialogDetailedView));
+    bSave->setIcon(Icono(QStringLiteral("document-save")));
+    bEdit->setIcon(Icono(QStringLiteral("document-properties")));
     bEdit->setCheckable(true);
     bEdit->setEnabled(false);
     barra->addWidget(bSave);
@@ -455,8 +485,7 @@ QWidget *TfConfig::creaPaginaPuntos()
     vCorreoRem->setValidator(new ValidadorCorreo(vCorreoRem));
     fr->addRow(QStringLiteral(" E-Mail del remitente:"), vCorreoRem);
     edPass = nombra(new QLineEdit, QStringLiteral("edPass"));
-    edPass->setEchoMode(QLineEdit::Password);
-    edPass->setStyleSheet(QStringLiteral("lineedit-password-character: 42"));
+    CampoContrasena(edPass);
     fr->addRow(QStringLiteral("Pass:"), edPass);
     vHost = nombra(new QLineEdit, QStringLiteral("vHost"));
     fr->addRow(QStringLiteral("Host:"), vHost);
@@ -482,12 +511,11 @@ QWidget *TfConfig::creaPaginaPuntos()
     gridListaNegra = nombra(new MemGrid, QStringLiteral("gridListaNegra"));
     gridListaNegra->setAccessibleName(QStringLiteral("Lista negra"));
     gridListaNegra->setMinimumHeight(90);
-    bAddArt
-        = nombra(new QPushButton(style()->standardIcon(QStyle::SP_FileDialogNewFolder), QString()),
-                 QStringLiteral("bAddArt"));
+    bAddArt = nombra(new QPushButton(Icono(QStringLiteral("list-add")), QString()),
+                     QStringLiteral("bAddArt"));
     bAddArt->setToolTip(QStringLiteral("Agregar una línea"));
     bAddArt->setAccessibleName(QStringLiteral("Agregar una línea"));
-    bDelArt = nombra(new QPushButton(style()->standardIcon(QStyle::SP_TrashIcon), QString()),
+    bDelArt = nombra(new QPushButton(Icono(QStringLiteral("list-remove")), QString()),
                      QStringLiteral("bDelArt"));
     bDelArt->setToolTip(QStringLiteral("Borrar una línea"));
     bDelArt->setAccessibleName(QStringLiteral("Borrar una línea"));
@@ -500,6 +528,9 @@ QWidget *TfConfig::creaPaginaPuntos()
     desliza->setObjectName(QStringLiteral("TabPuntos"));
     desliza->setWidgetResizable(true);
     desliza->setFrameShape(QFrame::NoFrame);
+    // Only a frame for the page: Tab goes straight to its controls.
+    desliza->setFocusPolicy(Qt::NoFocus);
+    desliza->setAccessibleName(QStringLiteral("Puntos"));
     desliza->setWidget(contenido);
     return desliza;
 }
@@ -533,7 +564,7 @@ QWidget *TfConfig::creaPaginaOtros()
     auto *formas
         = new QLabel(QStringLiteral("Seleccione la forma en la que desea imprimir los boletos:"));
     vListaFormas = nombra(new QListWidget, QStringLiteral("vListaFormas"));
-    formas->setBuddy(vListaFormas);
+    EtiquetaDe(formas, vListaFormas);
     fb->addRow(formas);
     fb->addRow(vListaFormas);
     v->addWidget(boleto);
@@ -575,7 +606,6 @@ void TfConfig::showEvent(QShowEvent *ev)
         return;
     m_mostrada = true;
     bEdit->setEnabled((Acceso & BitModificar) != 0);
-    leeConfiguracion();
     pcConfig->setCurrentWidget(TabPuntos);
 }
 
@@ -708,12 +738,13 @@ void TfConfig::RBListaEmpleadosClick(bool marcado)
 {
     if (!marcado || m_cargando)
         return;
-    if (!m_config->hayEmpleados()) {
+    bool hay = false;
+    if (protegido([&] { hay = m_config->hayEmpleados(); }) && !hay)
         MensajeSistema(QStringLiteral("La empresa no tiene empleados registrados."),
                        AvisoSistema,
                        mb::IconInformation);
+    if (!hay)
         RBListaClientes->setChecked(true);
-    }
 }
 
 void TfConfig::chkReinicioClick(bool marcado)
@@ -814,7 +845,9 @@ void TfConfig::lineaElegida(const QString &nombre)
     if (mlineaspuntos->isEmpty())
         return;
     const int fila = mlineaspuntos->recNo();
-    const int linea = m_config->lineaPorNombre(nombre);
+    int linea = 0;
+    if (!protegido([&] { linea = m_config->lineaPorNombre(nombre); }))
+        return;
     mlineaspuntos->setValueAt(fila, 0, linea);
     int veces = 0;
     for (int r = 0; r < mlineaspuntos->recordCount(); ++r) {

@@ -19,6 +19,9 @@ class QWidget;
 
 namespace lar {
 
+// Enters the configuration screen in the dispatch: module 10, embedded.
+void RegistraConfiguracion();
+
 class LookupCombo;
 class MemGrid;
 class MemTable;

@@ -200,8 +200,13 @@ void EventListener::deliver(const std::vector<unsigned char> &block)
     // answer is the starting point, not a delivery.
     const bool first = m_first;
     m_first = false;
-    if (m_db && m_db->isConnected())
-        queue();
+    // This runs from the event loop: a failure here (a lost connection) must not
+    // escape into it. The listener just stops hearing; the counts so far still count.
+    try {
+        if (m_db && m_db->isConnected())
+            queue();
+    } catch (const Error &) {
+    }
     if (first)
         return;
     for (size_t i = 0; i < after.size() && i < before.size(); ++i) {

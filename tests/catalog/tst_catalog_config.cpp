@@ -6,19 +6,24 @@
 #include "catalog/fconfig.h"
 #include "core/acceso.h"
 #include "core/ayudagui.h"
+#include "core/fmain.h"
+#include "core/navegacion.h"
 #include "core/registro.h"
 #include "core/sesion.h"
 #include "fb/database.h"
 #include "fb/query.h"
 #include "fb/transaction.h"
 #include "shared/flista.h"
+#include "support/accesibilidad.h"
 #include "support/guionmensajes.h"
+#include "support/testmain.h"
 #include "toolkit/memgrid.h"
 #include "toolkit/memtable.h"
 
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDateEdit>
+#include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
@@ -104,6 +109,25 @@ class TstConfig : public QObject
 private slots:
     void initTestCase() { m_emp = std::make_unique<lartest::EmpresaPuntos>(false, true); }
 
+    void abreDesdeElMenu()
+    {
+        RegistraConfiguracion();
+        for (const quint32 acceso : {1u, 3u}) {
+            TfMain m;
+            m_emp->entorno().conectaSesion(m.sesion());
+            m.sesion().Permisos[10] = acceso;
+            m.fPrimeraActivacion = false;
+            m.show();
+            QVERIFY(QTest::qWaitForWindowExposed(&m));
+            m.aSisConfiguracion->trigger();
+            auto *f = m.fPanelFondo->findChild<TfConfig *>();
+            QVERIFY(f && f->isVisible());
+            QCOMPARE(m.Modulo->text(), QStringLiteral("Configuración"));
+            QCOMPARE(f->bEdit->isEnabled(), acceso == 3);
+        }
+        QuitaModulo(10);
+    }
+
     void porOmisionYSoloLectura()
     {
         GuionMensajes guion;
@@ -146,6 +170,11 @@ private slots:
 
         // The input rules, in edit mode.
         f = abre();
+        for (int i = 0; i < f->pcConfig->count(); ++i) { // every page
+            f->pcConfig->setCurrentIndex(i);
+            LAR_VERIFICA_ACCESIBLE(f.get());
+        }
+        f->pcConfig->setCurrentIndex(0);
         QVERIFY(!f->vPuntos->isReadOnly() && f->vFolioPuntos->isEnabled());
         QTest::keyClick(f->vFolioPuntos, Qt::Key_A);
         QTest::sendKeyEvent(QTest::Click, f->vFolioPuntos, Qt::Key_Ntilde, QStringLiteral("ñ"), {});
@@ -491,7 +520,39 @@ private slots:
         QCOMPARE(valor(QStringLiteral("Puntos Importe Activo")), QStringLiteral("N"));
         QCOMPARE(m_emp->valor(QStringLiteral("SELECT COUNT(*) FROM LAR_PUNTOSLINEAS")).toInt(), 3);
     }
+
+    void guardadoFallidoNoPierdeLasLineas()
+    {
+        const QString lineas = QStringLiteral(
+            "SELECT LIST(L, ' ') FROM (SELECT LINEA_ID || ':' || PUNTOS || ':' || IMPORTE L FROM "
+            "LAR_PUNTOSLINEAS ORDER BY LINEA_ID)");
+        const QString antes = m_emp->valor(lineas).toString();
+        m_emp->ejecuta(QStringLiteral("CREATE EXCEPTION E_PRUEBA_LINEAS 'linea rechazada'"));
+        m_emp->ejecuta(QStringLiteral("CREATE TRIGGER TR_PRUEBA_LINEAS FOR LAR_PUNTOSLINEAS BEFORE "
+                                      "INSERT AS BEGIN IF (NEW.LINEA_ID = 10) THEN EXCEPTION "
+                                      "E_PRUEBA_LINEAS; END"));
+        GuionMensajes guion;
+        std::unique_ptr<TfConfig> f = abre();
+        f->vFolioPuntos->setText(QStringLiteral("L1"));
+        f->chkReinicio->setChecked(false);
+        f->chkBoleto->setChecked(false);
+        f->rbPtolinea->setChecked(true);
+        f->mlineaspuntos->appendRecord({35, 1, QVariant::fromValue(fb::Decimal::fromInt(20))});
+        f->bSave->click();
+        m_emp->ejecuta(QStringLiteral("DROP TRIGGER TR_PRUEBA_LINEAS"));
+        QCOMPARE(guion.textos().size(), 1);
+        QVERIFY2(guion.textos()[0].startsWith(
+                     QStringLiteral("No fue posible guardar la configuración: "))
+                     && guion.textos()[0].contains(QStringLiteral("linea rechazada")),
+                 qPrintable(guion.textos()[0]));
+        QVERIFY(f->isVisible());
+        // The old lines stay: the deletion went back with the failed insert.
+        QCOMPARE(m_emp->valor(lineas).toString(), antes);
+        f->bSave->click();
+        QVERIFY(!f->isVisible());
+        QCOMPARE(m_emp->valor(lineas).toString(), antes + QStringLiteral(" 35:1:20"));
+    }
 };
 
-QTEST_MAIN(TstConfig)
+LAR_TEST_MAIN(TstConfig)
 #include "tst_catalog_config.moc"

@@ -456,5 +456,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestCfdi)
+LAR_TEST_MAIN(TestCfdi)
 #include "tst_cfdi.moc"

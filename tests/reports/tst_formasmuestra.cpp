@@ -6,6 +6,7 @@
 #include "reports/formas.h"
 #include "support/entornoprueba.h"
 #include "support/testenv.h"
+#include "support/testmain.h"
 #include "toolkit/displayformat.h"
 #include "toolkit/reporte/pintor.h"
 #include "toolkit/reporte/reporte.h"
@@ -260,5 +261,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestFormasMuestra)
+LAR_TEST_MAIN(TestFormasMuestra)
 #include "tst_formasmuestra.moc"

@@ -228,5 +228,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestFuncionesReporte)
+LAR_TEST_MAIN(TestFuncionesReporte)
 #include "tst_funcionesreporte.moc"

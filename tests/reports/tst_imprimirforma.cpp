@@ -9,11 +9,14 @@
 #include "support/entornoprueba.h"
 #include "support/guionmensajes.h"
 #include "support/testenv.h"
+#include "support/testmain.h"
 #include "toolkit/memgrid.h"
 #include "toolkit/memtable.h"
 #include "toolkit/reporte/reporte.h"
 #include "toolkit/reporte/visor.h"
 
+#include "support/accesibilidad.h"
+#include <QAccessible>
 #include <freexl.h>
 
 #include <QCheckBox>
@@ -264,6 +267,7 @@ private slots:
             QCOMPARE(forma(*d)->text(), QStringLiteral("Vale"));
             QVERIFY(habilitados(*d));
             QCOMPARE(d->windowTitle(), QStringLiteral("Imprimir"));
+            LAR_VERIFICA_ACCESIBLE(d.get());
         }
         // The memory is per user, folder and subfolder.
         QString otro = QStringLiteral("Boleto");
@@ -329,6 +333,7 @@ private slots:
         QStringList vistos;
         bool revisado = false;
         lartest::alAparecer<TfPreview>([&](TfPreview *p) {
+            LAR_VERIFICA_ACCESIBLE(p);
             auto boton = [&](const char16_t *n) {
                 return p->findChild<QToolButton *>(QString::fromUtf16(n));
             };
@@ -349,6 +354,12 @@ private slots:
             pagina->setText(QStringLiteral("3"));
             QTest::keyClick(pagina, Qt::Key_Return);
             vistos << QString::number(visor->pagina());
+            // The page is a picture: assistive technology reads its number and texts.
+            QAccessibleInterface *leida = QAccessible::queryAccessibleInterface(visor);
+            QCOMPARE(leida->role(), QAccessible::Document);
+            QVERIFY2(
+                leida->text(QAccessible::Description).startsWith(QStringLiteral("Página 3 de ")),
+                qPrintable(leida->text(QAccessible::Description)));
             pagina->setText(QStringLiteral("9"));
             QTest::keyClick(pagina, Qt::Key_Return);
             vistos << pagina->text();
@@ -503,7 +514,28 @@ private slots:
         QCOMPARE(primeraCelda(docs + QStringLiteral("Venta A42 - Boleto.xls")),
                  QStringLiteral("Boleto"));
     }
+    // A printer that doesn't exist surfaces as the engine's error; the dialog stays.
+    void impresoraInexistente()
+    {
+        RecuerdaForma(
+            *m_s, QStringLiteral("LarvenosPV"), QStringLiteral("Puntos"), QStringLiteral("Vale"));
+        auto d = dialogo(m_formas, 5, 1);
+        auto *impresoras = d->findChild<QComboBox *>(QStringLiteral("vPrinters"));
+        impresoras->addItem(QStringLiteral("No Existe"));
+        impresoras->setCurrentText(QStringLiteral("No Existe"));
+        QCOMPARE(d->findChild<QLabel *>(QStringLiteral("lEstado"))->text(),
+                 QStringLiteral("Desconocido"));
+        lartest::GuionMensajes guion;
+        QSignalSpy impresos(d.get(), &TfImprimirForma::impreso);
+        QTest::mouseClick(d->findChild<QPushButton *>(QStringLiteral("bPrint")), Qt::LeftButton);
+        QCOMPARE(guion.textos(),
+                 QStringList{QStringLiteral("La impresora \"No Existe\" no existe.")});
+        QCOMPARE(guion.cajas().first().titulo, QStringLiteral("Error"));
+        QCOMPARE(guion.cajas().first().icono(), mb::IconStop);
+        QCOMPARE(impresos.size(), 0);
+        QVERIFY(d->isVisible());
+    }
 };
 
-QTEST_MAIN(TestImprimirForma)
+LAR_TEST_MAIN(TestImprimirForma)
 #include "tst_imprimirforma.moc"

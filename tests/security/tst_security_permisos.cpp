@@ -4,6 +4,7 @@
 // are written.
 
 #include "../core/ayudagui.h"
+#include "security/sisdiseno.h"
 
 #include "core/conecta.h"
 #include "core/fmain.h"
@@ -11,11 +12,13 @@
 #include "shared/flista.h"
 #include "support/guionmensajes.h"
 #include "support/testenv.h"
+#include "support/testmain.h"
 #include "toolkit/memtable.h"
 #include "toolkit/ribbon.h"
 #include "toolkit/safecheckgroup.h"
 #include "toolkit/tag.h"
 
+#include "support/accesibilidad.h"
 #include <QLabel>
 #include <QLineEdit>
 #include <QMap>
@@ -159,6 +162,11 @@ private slots:
         f.show();
         QVERIFY(QTest::qWaitForWindowExposed(&f));
         QCOMPARE(f.windowTitle(), QStringLiteral("Módulo de Seguridad"));
+        LAR_VERIFICA_ACCESIBLE(&f);
+        {
+            Tfsis_diseno diseno(s);
+            LAR_VERIFICA_ACCESIBLE(&diseno);
+        }
         QCOMPARE(f.vPers->text(), QStringLiteral(" < Seleccione un usuario >"));
         QVERIFY(f.Conectado);
         QStringList raices;
@@ -330,5 +338,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TstPermisos)
+LAR_TEST_MAIN(TstPermisos)
 #include "tst_security_permisos.moc"

@@ -2,6 +2,7 @@
 #include "fb/query.h"
 #include "fb/transaction.h"
 #include "support/testenv.h"
+#include "support/testmain.h"
 #include "toolkit/memtable.h"
 #include "toolkit/reporte/funciones.h"
 #include "toolkit/reporte/pintor.h"
@@ -267,6 +268,15 @@ private slots:
         };
         QCOMPARE(f.argumentosVar(), (QList<int>{1, 2}));
         FuncionesScript::registra(f);
+        // A function that makes a picture, as a QR code function does.
+        FuncionesScript::registra({QStringLiteral("Cuadro"),
+                                   QStringLiteral("Pruebas"),
+                                   QStringLiteral("function Cuadro(Lado: Integer): TBitmap;"),
+                                   [](QVariantList &a, QVariant &r) {
+                                       QImage img(a[0].toInt(), a[0].toInt(), QImage::Format_RGB32);
+                                       img.fill(Qt::red);
+                                       r = img;
+                                   }});
         QVERIFY(FuncionesScript::busca(QStringLiteral("desglosa")));
 
         lar::MemTable t;
@@ -292,12 +302,14 @@ private slots:
               ++llamadas;
             }
             function fin(e) { e.texto = 'Filas: ' + llamadas + ', página ' + Reporte.pagina; }
+            function cuadro(e) { e.imagen = Cuadro(12); }
           ]]></script>
           <banda tipo="detalle" alto="5" alImprimir="detalle">
             <texto nombre="parte" x="0" y="0" ancho="50" alto="5" alImprimir="parte"/>
             <expresion nombre="doble" x="60" y="0" ancho="20" alto="5" formato="#,0">Campo('PTS') * 2 + Parametro('extra')</expresion>
           </banda>
-          <banda tipo="resumen" alto="5"><texto nombre="fin" x="0" y="0" ancho="50" alto="5" alImprimir="fin"/></banda>
+          <banda tipo="resumen" alto="5"><texto nombre="fin" x="0" y="0" ancho="50" alto="5" alImprimir="fin"/>
+            <imagen nombre="qr" x="60" y="0" ancho="20" alto="20" alImprimir="cuadro"/></banda>
         </reporte>)";
         Reporte r;
         QString error;
@@ -319,8 +331,13 @@ private slots:
             (QStringList{QStringLiteral("201"), QStringLiteral("401"), QStringLiteral("801")}));
         QCOMPARE(textosDe(d, QStringLiteral("fin")),
                  QStringList{QStringLiteral("Filas: 3, página 1")});
+        const Primitiva &qr = d.hojas[0].primitivas.last();
+        QCOMPARE(qr.elemento, QStringLiteral("qr"));
+        QCOMPARE(qr.imagen.size(), QSize(12, 12));
+        QCOMPARE(qr.imagen.pixelColor(0, 0), QColor(Qt::red));
 
         // Removed by name, the function is gone from the next run.
+        QVERIFY(FuncionesScript::quita(QStringLiteral("Cuadro")));
         QVERIFY(FuncionesScript::quita(QStringLiteral("Desglosa")));
         QVERIFY(!FuncionesScript::quita(QStringLiteral("Desglosa")));
         QVERIFY(!r.genera(&error));
@@ -442,5 +459,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestReporte)
+LAR_TEST_MAIN(TestReporte)
 #include "tst_reporte.moc"

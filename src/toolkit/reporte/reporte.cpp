@@ -525,9 +525,14 @@ void Maquetador::colocaElemento(const Elemento &e, double y0, TipoBanda tipoBand
             p.texto = texto;
             p.valor = QVariant();
         }
-        const QString img = o.property(QStringLiteral("imagen")).toString();
-        if (!img.isEmpty() && p.tipo == Primitiva::Tipo::Imagen)
-            p.imagen = cargaImagen(img);
+        // A picture filled by the script: an image a registered function made (a QR
+        // code), or a file or base64 PNG data.
+        const QJSValue img = o.property(QStringLiteral("imagen"));
+        const QVariant v = img.toVariant();
+        if (p.tipo == Primitiva::Tipo::Imagen && v.metaType() == QMetaType::fromType<QImage>())
+            p.imagen = v.value<QImage>();
+        else if (p.tipo == Primitiva::Tipo::Imagen && !img.toString().isEmpty())
+            p.imagen = cargaImagen(img.toString());
     }
     Hoja &h = m_doc.hojas.last();
     if (numeroPagina) {

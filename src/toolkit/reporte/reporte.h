@@ -29,10 +29,11 @@ enum class Dispositivo { Pdf, Impresora, XLSReport };
 // Scripts are JavaScript. Besides the registered functions (FuncionesScript) they
 // see Campo("CAMPO") or Campo("VISTA.CAMPO"), Parametro("NOMBRE"),
 // FormatoCampo("CAMPO", "dd/MM/yyyy") (a field as a data element would show it),
-// FormatoNumero(1234.5, "#,0.00") and Reporte.pagina. The report's alIniciar function runs once
-// before the layout; a band's alImprimir gets {nombre, visible, alto} and an element's {nombre,
-// texto, visible, imagen} (imagen: a file or base64 PNG data), and what they change is what gets
-// placed.
+// FormatoNumero(1234.5, "#,0.00") and Reporte.pagina. The report's alIniciar
+// function runs once before the layout; a band's alImprimir gets {nombre, visible,
+// alto} and an element's {nombre, texto, visible, imagen} (imagen: a file, base64
+// PNG data or a QImage a registered function returned), and what they change is
+// what gets placed.
 class Reporte
 {
 public:
