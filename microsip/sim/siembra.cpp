@@ -12,6 +12,7 @@
 #include "fb/transaction.h"
 
 #include <QDateTime>
+#include <QFile>
 
 #include <deque>
 #include <numeric>
@@ -123,10 +124,48 @@ public:
         conceptos();
         existencias();
         documentos();
+        facturasElectronicas();
         guardia.commit();
     }
 
 private:
+    // The first sales documents get their stamped CFDI, one of each version, and
+    // the first inventory document a received one.
+    void facturasElectronicas()
+    {
+        auto ids = [&](const QString &sql) {
+            QList<int> r;
+            fb::Query q(&m_db, &m_tr);
+            q.setSql(sql);
+            for (q.open(); !q.eof(); q.next())
+                r << q.field(0).toInt();
+            return r;
+        };
+        const QList<int> ventas
+            = ids(QStringLiteral("select first 3 docto_ve_id from doctos_ve order by docto_ve_id"));
+        const QStringList versiones = versionesCfdi();
+        for (int i = 0; i < ventas.size(); ++i) {
+            const QString xml = documentoCfdi(versiones.at(i));
+            fb::Query q(&m_db, &m_tr);
+            q.setSql(QStringLiteral("insert into usos_folios_fiscales (uso_folio_id, sistema, "
+                                    "docto_id, uuid, xml) values (-1, 'VE', ?, ?, ?)"));
+            q.bind(0, ventas.at(i));
+            q.bind(1, xml.section(QStringLiteral(" UUID=\""), 1).section(u'"', 0, 0));
+            q.bind(2, xml);
+            q.execute();
+        }
+        const QList<int> entradas
+            = ids(QStringLiteral("select first 1 docto_in_id from doctos_in order by docto_in_id"));
+        if (!entradas.isEmpty()) {
+            fb::Query q(&m_db, &m_tr);
+            q.setSql(QStringLiteral(
+                "insert into cfd_recibidos (cfd_recibido_id, docto_id, xml) values (-1, ?, ?)"));
+            q.bind(0, entradas.first());
+            q.bind(1, documentoCfdi(QStringLiteral("3.2")));
+            q.execute();
+        }
+    }
+
     void avance(const QString &linea)
     {
         if (m_op.avance)
@@ -1059,6 +1098,19 @@ void validaSiembra(const OpcionesSiembra &op)
     rango(op.vendedores, 1, 100, QStringLiteral("El número de vendedores"));
     rango(op.empleados, 0, 10000, QStringLiteral("El número de empleados"));
     rango(op.dias, 1, 3650, QStringLiteral("El número de días"));
+}
+
+QStringList versionesCfdi()
+{
+    return {QStringLiteral("3.2"), QStringLiteral("3.3"), QStringLiteral("4.0")};
+}
+
+QString documentoCfdi(const QString &version)
+{
+    QFile f(QStringLiteral(":/microsip/cfdi/factura-%1.xml").arg(version));
+    if (!f.open(QIODevice::ReadOnly))
+        throw fb::Error(QStringLiteral("No hay un CFDI de muestra de la versión %1.").arg(version));
+    return QString::fromUtf8(f.readAll());
 }
 
 void siembra(fb::Database &empresa, const OpcionesSiembra &opciones)

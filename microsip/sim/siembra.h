@@ -2,6 +2,7 @@
 
 #include <QDate>
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 
@@ -39,6 +40,13 @@ struct OpcionesSiembra
 // Microsip's own trigger) and historical POS and sales documents (inserted applied,
 // so they move no stock and fire nothing). Throws fb::Error with a Spanish message.
 void siembra(fb::Database &empresa, const OpcionesSiembra &opciones);
+
+// The sample stamped invoices (CFDI) of the demo data, as SAT issues them: one of
+// each version ("3.2", "3.3", "4.0"). The first sales documents carry them in
+// USOS_FOLIOS_FISCALES in this order, and the first inventory document the 3.2 one
+// in CFD_RECIBIDOS.
+QStringList versionesCfdi();
+QString documentoCfdi(const QString &version);
 
 // Checks the sizes of the options; throws fb::Error with a Spanish message.
 void validaSiembra(const OpcionesSiembra &opciones);

@@ -8,6 +8,11 @@
 //   larvenos-demo vale CARPETA DESTINO       the preview of the redemption voucher
 //                                            (vale-preview)
 //   larvenos-demo articulos CARPETA DESTINO  the articles with points, searched (articulos)
+//   larvenos-demo canje CARPETA DESTINO      the redemption list and a capture
+//                                            (canje-lista, canje-captura)
+//   larvenos-demo reportes CARPETA DESTINO   the purchases report (rep-compras)
+//   larvenos-demo factura CARPETA DESTINO    the sample invoice of the CFDI 4.0 sale
+//                                            (factura-cfdi)
 
 #include "app/modulos.h"
 #include "catalog/articulos_lista.h"
@@ -18,11 +23,13 @@
 #include "points/ventaspuntos.h"
 #include "points/ventaspuntoslista.h"
 #include "reports/formas.h"
+#include "reports/funcionesreporte.h"
 #include "reports/preview.h"
 #include "reports/rep_porcliente.h"
 #include "toolkit/memgrid.h"
 #include "toolkit/memtable.h"
 #include "toolkit/mensajes.h"
+#include "toolkit/reporte/pintor.h"
 #include "toolkit/reporte/reporte.h"
 #include "toolkit/reporte/visor.h"
 #include "toolkit/ribbon.h"
@@ -400,6 +407,49 @@ int reportes(const QString &carpeta, const QString &destino)
     return guarda(&f, destino + QStringLiteral("/rep-compras.png")) ? 0 : 1;
 }
 
+// The sample invoice of the demo's sale stamped as CFDI 4.0, as a picture of its
+// first page.
+int factura(const QString &carpeta, const QString &destino)
+{
+    const microsip::Entorno e
+        = microsip::Entorno::abre(carpeta, qEnvironmentVariable("LAR_FB_PASSWORD"));
+    lar::Sesion s;
+    e.conecta(s.fbConfig(), e.rutaConfig());
+    e.conecta(s.fbDatabase(), e.rutaEmpresa(e.empresas().value(0)));
+    lar::RegistraFuncionesReporte(s);
+    int docto = 0;
+    {
+        fb::Transaction tr(&s.fbDatabase());
+        fb::Query q(&s.fbDatabase(), &tr);
+        q.setSql(QStringLiteral("select max(docto_id) from usos_folios_fiscales"));
+        q.open();
+        docto = q.field(0).toInt();
+        q.close();
+        tr.commit();
+    }
+    lar::reporte::Reporte r;
+    QString error;
+    const bool ok = lar::CargaPlantilla(s,
+                                        r,
+                                        lar::FolderFormas(s),
+                                        QStringLiteral("Factura CFDI"),
+                                        docto,
+                                        QStringLiteral("Factura"),
+                                        &error)
+                    && r.genera(&error);
+    s.UpdateCommit();
+    lar::QuitaFuncionesReporte();
+    if (!ok) {
+        err() << error << Qt::endl;
+        return 1;
+    }
+    QDir().mkpath(destino);
+    return lar::reporte::imagenHoja(r.documento().hojas.value(0), 4)
+                   .save(destino + QStringLiteral("/factura-cfdi.png"))
+               ? 0
+               : 1;
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -420,13 +470,15 @@ int main(int argc, char *argv[])
             return canje(args[2], args[3]);
         if (args.size() == 4 && args[1] == u"reportes")
             return reportes(args[2], args[3]);
+        if (args.size() == 4 && args[1] == u"factura")
+            return factura(args[2], args[3]);
     } catch (const std::exception &ex) {
         err() << ex.what() << Qt::endl;
         return 1;
     }
     err() << "Uso: larvenos-demo instala CARPETA | capturas CARPETA DESTINO | vale CARPETA DESTINO"
              " | articulos CARPETA DESTINO | canje CARPETA DESTINO"
-             " | reportes CARPETA DESTINO"
+             " | reportes CARPETA DESTINO | factura CARPETA DESTINO"
           << Qt::endl;
     return 2;
 }

@@ -1,6 +1,7 @@
 #include "app/modulos.h"
 #include "core/fmain.h"
 #include "db/dbscript.h"
+#include "reports/funcionesreporte.h"
 
 #include <QApplication>
 
@@ -14,6 +15,9 @@ int main(int argc, char *argv[])
     };
     lar::RegistraModulos();
     lar::TfMain principal;
+    lar::RegistraFuncionesReporte(principal.sesion());
     principal.show();
-    return QApplication::exec();
+    const int r = QApplication::exec();
+    lar::QuitaFuncionesReporte();
+    return r;
 }

@@ -89,6 +89,7 @@ private slots:
         QCOMPARE(LeeFormas(m_s->fbConfig(), m_formas), FormasMuestra());
         QCOMPARE(ListaFormas(*m_s, m_formas),
                  (QStringList{QStringLiteral("Boleto de rifa"),
+                              QStringLiteral("Factura CFDI"),
                               QStringLiteral("REP_ARTICULOS"),
                               QStringLiteral("REP_COMPRA_CLIENTE"),
                               QStringLiteral("Vale de actividad"),

@@ -110,6 +110,7 @@ public:
     std::function<QVariant(const QString &)> campo;
     std::function<QVariant(const QString &)> parametro;
     int pagina = 0;
+    QJSEngine *js = nullptr;
 
     Q_INVOKABLE QVariant leeCampo(const QString &nombre) const { return paraScript(campo(nombre)); }
     Q_INVOKABLE QVariant leeParametro(const QString &nombre) const
@@ -134,7 +135,17 @@ public:
             return {};
         QVariantList args = argumentos;
         QVariant resultado;
-        f->ejecuta(args, resultado);
+        // A function's error becomes the script's, so the report stops with its text
+        // instead of a C++ exception unwinding through the script engine.
+        try {
+            f->ejecuta(args, resultado);
+        } catch (const fb::Error &e) {
+            js->throwError(e.message());
+            return {};
+        } catch (const std::exception &e) {
+            js->throwError(QString::fromLocal8Bit(e.what()));
+            return {};
+        }
         QVariantList r{resultado};
         r.append(args);
         return r;
@@ -306,6 +317,7 @@ void Maquetador::preparaScripts()
         return;
     m_js = std::make_unique<QJSEngine>();
     m_ctx = std::make_unique<ContextoScript>();
+    m_ctx->js = m_js.get();
     QJSEngine::setObjectOwnership(m_ctx.get(), QJSEngine::CppOwnership);
     m_ctx->campo = [this](const QString &n) {
         return campo(n);
