@@ -2,6 +2,7 @@
 
 #include "catalog/articulos_lista.h"
 #include "catalog/fconfig.h"
+#include "points/asignapuntos_forma.h"
 #include "security/modulos.h"
 
 namespace lar {
@@ -11,6 +12,7 @@ void RegistraModulos()
     RegistraConfiguracion();
     RegistraArticulosPuntos();
     RegistraModulosSeguridad();
+    RegistraAsignaPuntos();
 }
 
 } // namespace lar
