@@ -3,6 +3,7 @@
 #include "catalog/articulos_lista.h"
 #include "catalog/fconfig.h"
 #include "points/asignapuntos_forma.h"
+#include "points/historial_forma.h"
 #include "security/modulos.h"
 
 namespace lar {
@@ -13,6 +14,7 @@ void RegistraModulos()
     RegistraArticulosPuntos();
     RegistraModulosSeguridad();
     RegistraAsignaPuntos();
+    RegistraHistorialPuntos();
 }
 
 } // namespace lar
