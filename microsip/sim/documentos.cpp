@@ -141,6 +141,7 @@ struct Documentos::Impl
     fb::Database &db;
     fb::Transaction tr;
     std::optional<bool> sucursalEnDoctos;
+    bool hayContador = false;
 
     std::unique_ptr<fb::Query> consulta(const QString &sql)
     {
@@ -284,12 +285,42 @@ struct Documentos::Impl
         return ultimo.isEmpty() ? 0 : ultimo.mid(prefijo.size()).toLongLong();
     }
 
+    // A company made before the counters existed gets them (another process may
+    // be creating them at the same moment).
+    void aseguraContador()
+    {
+        if (hayContador)
+            return;
+        auto existe = [this] {
+            fb::Transaction t(&db);
+            fb::TransactionGuard guardia(t);
+            const bool hay = detail::existeTabla(db, t, QStringLiteral("SIM_FOLIOS"));
+            guardia.commit();
+            return hay;
+        };
+        if (!existe()) {
+            try {
+                detail::ejecutaScript(db, QStringLiteral("sim_folios"));
+            } catch (const fb::Error &) {
+                // Another process's table may still be on its way to its commit.
+                int espera = 0;
+                while (!existe()) {
+                    if (++espera > 100)
+                        throw;
+                    QThread::msleep(20);
+                }
+            }
+        }
+        hayContador = true;
+    }
+
     // The next folio of the document type's series, taken from the series' counter
     // row in a short transaction of its own: the row stays locked only while it is
     // taken, and a station that finds it locked tries again. Documents numbered
     // past the counter (a folio given by hand, the demo data) move it forward.
     QString siguienteFolio(Sistema s, QChar tipo)
     {
+        aseguraContador();
         const Tablas tb = tablas(s);
         const QString prefijo = serie(s, tipo);
         for (int intento = 1;; ++intento) {

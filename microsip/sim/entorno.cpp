@@ -253,6 +253,7 @@ private:
         fb::Database db;
         creaBase(db, m_e.rutaEmpresa(nombre));
         detail::ejecutaScript(db, QStringLiteral("empresa"));
+        detail::ejecutaScript(db, QStringLiteral("sim_folios"));
         if (m_op.foliosConceptos)
             detail::ejecutaScript(db, QStringLiteral("empresa_folios"));
         if (m_op.larSync)

@@ -10,7 +10,7 @@ class Transaction;
 namespace microsip::detail {
 
 // Text of one of the stand-in's scripts compiled into the library ("empresa",
-// "empresa_folios", "lar_sync", "config", "metadatos"), decoded from Windows-1252.
+// "empresa_folios", "sim_folios", "lar_sync", "config", "metadatos"), decoded from Windows-1252.
 QString scriptSql(const QString &nombre);
 
 // Runs a script of the stand-in on the database, stopping at the first error.

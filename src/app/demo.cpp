@@ -7,8 +7,10 @@
 //                                            main, main-operacion, config)
 //   larvenos-demo vale CARPETA DESTINO       the preview of the redemption voucher
 //                                            (vale-preview)
+//   larvenos-demo articulos CARPETA DESTINO  the articles with points, searched (articulos)
 
 #include "app/modulos.h"
+#include "catalog/articulos_lista.h"
 #include "core/conecta.h"
 #include "core/fmain.h"
 #include "db/actualizadb.h"
@@ -152,6 +154,25 @@ int capturas(const QString &carpeta, const QString &destino)
     return resultado;
 }
 
+// The articles with points as a user with both rights sees them after a search.
+int articulos(const QString &carpeta, const QString &destino)
+{
+    const microsip::Entorno e = microsip::Entorno::abre(carpeta);
+    QDir().mkpath(destino);
+    lar::Sesion s;
+    e.conecta(s.fbConfig(), e.rutaConfig());
+    e.conecta(s.fbDatabase(), e.rutaEmpresa(e.empresas().value(0)));
+    s.UsuarioActual = QStringLiteral("SYSDBA");
+    lar::Tfcat_articulos_lista f(s);
+    f.Acceso = 7;
+    f.resize(1100, 560);
+    f.show();
+    f.Button1Click();
+    f.vBusca->setText(QStringLiteral("refresco cola"));
+    QApplication::processEvents();
+    return guarda(&f, destino + QStringLiteral("/articulos.png")) ? 0 : 1;
+}
+
 // The redemption voucher as the store holds it, with the company of the demo and
 // a redemption of its first customer and three of its articles (the demo has no
 // redemption of its own until someone makes one).
@@ -257,6 +278,8 @@ int main(int argc, char *argv[])
             return instala(args[2]);
         if (args.size() == 4 && args[1] == u"capturas")
             return capturas(args[2], args[3]);
+        if (args.size() == 4 && args[1] == u"articulos")
+            return articulos(args[2], args[3]);
         if (args.size() == 4 && args[1] == u"vale")
             return vale(args[2], args[3]);
     } catch (const std::exception &ex) {
@@ -264,6 +287,7 @@ int main(int argc, char *argv[])
         return 1;
     }
     err() << "Uso: larvenos-demo instala CARPETA | capturas CARPETA DESTINO | vale CARPETA DESTINO"
+             " | articulos CARPETA DESTINO"
           << Qt::endl;
     return 2;
 }

@@ -70,6 +70,8 @@ bool contienePalabras(QStringView texto, const QStringList &palabras)
 {
     if (palabras.isEmpty())
         return true;
+    if (palabras.size() == 1)
+        return !palabras[0].isEmpty() && texto.contains(palabras[0]);
     QString resto = texto.toString();
     for (const QString &p : palabras) {
         if (p.isEmpty())

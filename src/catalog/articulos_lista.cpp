@@ -249,13 +249,13 @@ Tfcat_articulos_lista::Tfcat_articulos_lista(Sesion &sesion, QWidget *parent)
     MemTableModel *m = cxGrid->memModel();
     m->addColumn(QStringLiteral("CLAVE_ARTICULO"), QStringLiteral("Clave"), 120);
     m->addColumn(QStringLiteral("NOMBRE"), QStringLiteral("Nombre"), 300);
-    m->addColumn(QStringLiteral("ES_ALMACENABLE"), QStringLiteral("Almacenable"), 75);
+    m->addColumn(QStringLiteral("ES_ALMACENABLE"), QStringLiteral("Almacenable"), 85);
     m->addColumn(QStringLiteral("ES_JUEGO"), QStringLiteral("Juego"), 50);
     m->addColumn(QStringLiteral("ESTATUS"), QStringLiteral("Estatus"), 90);
     m->addColumn(QStringLiteral("LINEA"), QStringLiteral("Línea"), 140);
     m->addColumn(QStringLiteral("UNIDAD_VENTA"), QStringLiteral("U.Venta"), 60);
     m->addColumn(QStringLiteral("PUNTOS"), QStringLiteral("Puntos"), 60);
-    m->addColumn(QStringLiteral("VALOR_PUNTOS"), QStringLiteral("Valor en puntos"), 95);
+    m->addColumn(QStringLiteral("VALOR_PUNTOS"), QStringLiteral("Valor en puntos"), 105);
     m->addColumn(QStringLiteral("Existencia"), QStringLiteral("Existencia"), 0);
     cxGrid->setTable(mArt.get());
     m_pintor = new HighlightDelegate(this);
@@ -273,7 +273,9 @@ Tfcat_articulos_lista::Tfcat_articulos_lista(Sesion &sesion, QWidget *parent)
     cxGrid->setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed
                             | QAbstractItemView::AnyKeyPressed);
     cxGrid->installEventFilter(this);
-    cxGrid->setColumnHidden(colExistencia, true);
+    for (int c = 0; c < m->columnCountSet(); ++c)
+        m_anchos.push_back(c == colExistencia ? 90 : m->column(c).width);
+    muestraColumna(colExistencia, false);
 
     bAdd = boton(QStringLiteral("bAdd"), QStringLiteral("&Agregar"));
     bAdd->setVisible(false);
@@ -362,14 +364,12 @@ void Tfcat_articulos_lista::ConfiguraCanje(int almacenId, int puntos, AgregaArtF
     SoloPorPuntos = true;
     chkExist->setVisible(true);
     chkExist->setChecked(true);
-    cxGrid->setColumnHidden(colExistencia, false);
+    muestraColumna(colExistencia, true);
     cxGrid->memModel()->column(colExistencia).editable = false;
-    cxGrid->memModel()->column(colExistencia).width = 90;
-    cxGrid->setColumnWidth(colExistencia, 90);
     bCancelar->setVisible(true);
     bGuardar->setVisible(false);
     for (int c : {colPuntos, colAlmacenable, colJuego, colEstatus})
-        cxGrid->setColumnHidden(c, true);
+        muestraColumna(c, false);
     AlmacenId = almacenId;
     OnAgregaArt = std::move(receptor);
     bAdd->setVisible(true);
@@ -388,10 +388,10 @@ void Tfcat_articulos_lista::ConfiguraActividad(int puntos, AgregaArtFn receptor)
     SoloPorPuntos = false;
     chkExist->setVisible(false);
     chkExist->setChecked(false);
-    cxGrid->setColumnHidden(colExistencia, true);
+    muestraColumna(colExistencia, false);
     bGuardar->setVisible(false);
     for (int c : {colValor, colAlmacenable, colJuego, colEstatus})
-        cxGrid->setColumnHidden(c, true);
+        muestraColumna(c, false);
     AlmacenId = 0;
     OnAgregaArt = std::move(receptor);
     bAdd->setVisible(true);
@@ -400,6 +400,13 @@ void Tfcat_articulos_lista::ConfiguraActividad(int puntos, AgregaArtFn receptor)
     SoloExistentes = true;
     AgregaConDobleClic = true;
     SoloAlmacenables = false;
+}
+
+void Tfcat_articulos_lista::muestraColumna(int columna, bool visible)
+{
+    // The grid lays its columns out again from the model's widths at every load.
+    cxGrid->memModel()->column(columna).width = visible ? m_anchos[size_t(columna)] : 0;
+    cxGrid->applyColumns();
 }
 
 void Tfcat_articulos_lista::showEvent(QShowEvent *ev)
@@ -522,15 +529,18 @@ void Tfcat_articulos_lista::eligeBusqueda(int colBusca, int campo)
 
 bool Tfcat_articulos_lista::pasaRegistro(MemTable &t) const
 {
-    static const char16_t *const estatus[] = {u"", u"A", u"C", u"V", u"S", u"B"};
-    if (FiltroIdx >= 1 && FiltroIdx <= 5 && t.value(art::ESTATUS).toString() != estatus[FiltroIdx])
+    // Runs for every row on each key press: texts are read in place, never copied.
+    static constexpr std::string_view estatus[] = {"", "A", "C", "V", "S", "B"};
+    if (FiltroIdx >= 1 && FiltroIdx <= 5 && t.upperUtf8(art::ESTATUS) != estatus[FiltroIdx])
         return false;
     if (Palabras.isEmpty())
         return true;
     if (ColBusca != 0)
         return m_buscador.matches(t.upperUtf8(CampoBusca));
     const QVariant &claves = t.value(art::CLAVE_ARTICULO);
-    return ClavesCoinciden(claves.toString(), Palabras);
+    if (claves.typeId() != QMetaType::QString)
+        return false;
+    return ClavesCoinciden(*static_cast<const QString *>(claves.constData()), Palabras);
 }
 
 void Tfcat_articulos_lista::vBuscaChange()

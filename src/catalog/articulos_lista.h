@@ -151,6 +151,7 @@ private:
     bool pasaRegistro(MemTable &t) const;
     void ajustaPunto(int columna, int delta);
     void actualizaCuenta();
+    void muestraColumna(int columna, bool visible);
 
     Sesion &m_s;
     ArticulosPuntos m_datos;
@@ -159,6 +160,7 @@ private:
     WordMatcher m_buscador; // Palabras, ready for the filter
     bool m_clavesAlternas = false;
     bool m_avanceVisible = false;
+    std::vector<int> m_anchos; // design width of each column
 };
 
 // Registers tag 72, "Artículos con puntos", with the main window's dispatch.

@@ -2,6 +2,7 @@
 
 #include "database.h"
 #include "fbapi_p.h"
+#include "sqltext.h"
 #include "transaction.h"
 #include "win1252.h"
 
@@ -33,17 +34,13 @@ bool leavesColonsAlone(const QString &sql)
     const qsizetype n = sql.size();
     // Skip blanks and comments before the first word.
     while (i < n) {
-        if (sql[i].isSpace()) {
+        const SqlPiece p = sqlPieceAt(sql, i);
+        if (p.isComment())
+            i = p.end;
+        else if (sql[i].isSpace())
             ++i;
-        } else if (sql.mid(i, 2) == u"--") {
-            while (i < n && sql[i] != u'\n')
-                ++i;
-        } else if (sql.mid(i, 2) == u"/*") {
-            const qsizetype end = sql.indexOf(u"*/", i + 2);
-            i = end < 0 ? n : end + 2;
-        } else {
+        else
             break;
-        }
     }
     qsizetype j = i;
     while (j < n && sql[j].isLetter())
@@ -127,23 +124,11 @@ ParsedSql parseParams(const QString &sql)
     qsizetype i = 0;
     while (i < n) {
         const QChar c = sql[i];
-        if (c == u'\'' || c == u'"') {
-            // A literal or quoted identifier; a doubled quote inside is two of these in a row.
-            const qsizetype end = sql.indexOf(c, i + 1);
-            const qsizetype stop = end < 0 ? n : end + 1;
-            out.sql += QStringView(sql).mid(i, stop - i);
-            i = stop;
-        } else if (c == u'-' && i + 1 < n && sql[i + 1] == u'-') {
-            qsizetype end = sql.indexOf(u'\n', i);
-            if (end < 0)
-                end = n;
-            out.sql += QStringView(sql).mid(i, end - i);
-            i = end;
-        } else if (c == u'/' && i + 1 < n && sql[i + 1] == u'*') {
-            const qsizetype end = sql.indexOf(u"*/", i + 2);
-            const qsizetype stop = end < 0 ? n : end + 2;
-            out.sql += QStringView(sql).mid(i, stop - i);
-            i = stop;
+        const SqlPiece p = sqlPieceAt(sql, i);
+        if (p.kind != SqlPiece::Code) {
+            // Literals, quoted names and comments go as they are.
+            out.sql += QStringView(sql).mid(i, p.end - i);
+            i = p.end;
         } else if (c == u'?') {
             out.sql += u'?';
             out.names.append(QString());

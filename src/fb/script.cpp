@@ -2,6 +2,7 @@
 
 #include "database.h"
 #include "query.h"
+#include "sqltext.h"
 #include "transaction.h"
 
 #include <QRegularExpression>
@@ -16,20 +17,10 @@ QString bareText(const QString &text)
     QString out;
     const qsizetype n = text.size();
     for (qsizetype i = 0; i < n;) {
-        if (text.mid(i, 2) == u"--") {
-            while (i < n && text[i] != u'\n')
-                ++i;
-        } else if (text.mid(i, 2) == u"/*") {
-            const qsizetype end = text.indexOf(u"*/", i + 2);
-            i = end < 0 ? n : end + 2;
-        } else if (text[i] == u'\'' || text[i] == u'"') {
-            const qsizetype end = text.indexOf(text[i], i + 1);
-            const qsizetype stop = end < 0 ? n : end + 1;
-            out += QStringView(text).mid(i, stop - i);
-            i = stop;
-        } else {
-            out += text[i++];
-        }
+        const SqlPiece p = sqlPieceAt(text, i);
+        if (!p.isComment())
+            out += QStringView(text).mid(i, p.end - i);
+        i = p.end;
     }
     return out.trimmed();
 }
@@ -92,16 +83,10 @@ QList<ScriptStatement> splitScript(const QString &script)
             ++i;
             continue;
         }
-        if (c == u'-' && i + 1 < n && script[i + 1] == u'-') {
-            while (i < n && script[i] != u'\n')
-                ++i;
-            continue;
-        }
-        if (c == u'/' && i + 1 < n && script[i + 1] == u'*') {
-            const qsizetype end = script.indexOf(u"*/", i + 2);
-            const qsizetype stop = end < 0 ? n : end + 2;
-            line += int(QStringView(script).mid(i, stop - i).count(u'\n'));
-            i = stop;
+        const SqlPiece p = sqlPieceAt(script, i);
+        if (p.isComment()) {
+            line += int(QStringView(script).mid(i, p.end - i).count(u'\n'));
+            i = p.end;
             continue;
         }
         if (c.isSpace()) {
@@ -113,11 +98,9 @@ QList<ScriptStatement> splitScript(const QString &script)
             startLine = line;
             codeStart = i;
         }
-        if (c == u'\'' || c == u'"') {
-            const qsizetype end = script.indexOf(c, i + 1);
-            const qsizetype stop = end < 0 ? n : end + 1;
-            line += int(QStringView(script).mid(i, stop - i).count(u'\n'));
-            i = stop;
+        if (p.kind != SqlPiece::Code) {
+            line += int(QStringView(script).mid(i, p.end - i).count(u'\n'));
+            i = p.end;
             continue;
         }
         if (QStringView(script).mid(i, term.size()) == term) {

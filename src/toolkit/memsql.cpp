@@ -1,5 +1,7 @@
 #include "memsql.h"
 
+#include "fb/sqltext.h"
+
 #include <algorithm>
 #include <limits>
 
@@ -36,8 +38,9 @@ QList<Token> tokenize(const QString &sql)
     qsizetype i = 0;
     while (i < n) {
         const QChar c = sql[i];
-        if (c.isSpace()) {
-            ++i;
+        const fb::SqlPiece p = fb::sqlPieceAt(sql, i);
+        if (c.isSpace() || p.isComment()) {
+            i = p.end;
             continue;
         }
         Token t;
@@ -62,29 +65,16 @@ QList<Token> tokenize(const QString &sql)
             t.kind = Token::Number;
             t.text = sql.mid(i, j - i);
             i = j;
-        } else if (c == u'\'' || c == u'"') {
-            // A doubled quote inside stands for one.
-            QString s;
-            qsizetype j = i + 1;
-            for (;;) {
-                if (j >= n)
-                    fail(c == u'\'' ? QStringLiteral("falta la comilla que cierra el texto")
-                                    : QStringLiteral("falta la comilla que cierra el nombre"),
-                         t.pos);
-                if (sql[j] == c) {
-                    if (j + 1 < n && sql[j + 1] == c) {
-                        s += c;
-                        j += 2;
-                        continue;
-                    }
-                    break;
-                }
-                s += sql[j++];
-            }
+        } else if (p.kind != fb::SqlPiece::Code) {
+            if (!p.closed)
+                fail(c == u'\'' ? QStringLiteral("falta la comilla que cierra el texto")
+                                : QStringLiteral("falta la comilla que cierra el nombre"),
+                     t.pos);
+            const QString s = p.unquoted(sql);
             t.kind = c == u'\'' ? Token::String : Token::Quoted;
             t.text = c == u'\'' ? s : s.toUpper();
             t.raw = s;
-            i = j + 1;
+            i = p.end;
         } else {
             static const QStringList two{QStringLiteral("<>"),
                                          QStringLiteral("!="),

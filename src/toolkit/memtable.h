@@ -268,6 +268,7 @@ private:
     void setValue(int field, const QVariant &v);
     void ensure() const;
     void rebuild() const;
+    void sortByText() const;
     bool less(const Rec *a, const Rec *b) const;
     int compareKey(const Rec *a, const Rec *b) const;
     bool passes(Rec *r, qsizetype pos = -1) const;

@@ -12,6 +12,7 @@
 #include "support/entornoprueba.h"
 #include "support/guionmensajes.h"
 #include "support/testenv.h"
+#include "support/testmain.h"
 #include "toolkit/memgrid.h"
 
 #include <QCheckBox>
@@ -255,6 +256,9 @@ private slots:
         f.Button1Click();
         QCOMPARE(nombres(f.tabla()), QStringList{QStringLiteral("BANANA TABASCO")});
         QCOMPARE(f.tabla().valueAt(0, art::Existencia).toDouble(), 5.0);
+        // A load lays the columns out again: the chooser's stay as it set them.
+        QVERIFY(f.cxGrid->isColumnHidden(Tfcat_articulos_lista::colPuntos));
+        QVERIFY(!f.cxGrid->isColumnHidden(Tfcat_articulos_lista::colExistencia));
         f.chkExist->setChecked(false);
         f.Button1Click();
         QCOMPARE(nombres(f.tabla()),
@@ -290,6 +294,7 @@ private slots:
         QVERIFY(f.bCancelar->isHidden());
         f.Button1Click();
         QCOMPARE(nombres(f.tabla()), QStringList{QStringLiteral("CORTE DE PELO")});
+        QVERIFY(f.cxGrid->isColumnHidden(Tfcat_articulos_lista::colValor));
         f.show();
         const QModelIndex i = f.cxGrid->model()->index(0, Tfcat_articulos_lista::colNombre);
         QTest::mouseClick(
@@ -340,17 +345,6 @@ private slots:
         QVERIFY(f.pAvisa->isHidden() && f.Panel2->isEnabled());
     }
 
-    void textosDeError()
-    {
-        const QString m = QStringLiteral("mensaje");
-        QCOMPARE(TextoErrorDatos(fb::Error(m, 335544345)),
-                 QStringLiteral("Conflicto de datos, vuelva a guardar en un momento\r\nmensaje"));
-        QCOMPARE(TextoErrorDatos(fb::Error(m, 335544548)),
-                 QStringLiteral("Dato duplicado: \r\nmensaje"));
-        QCOMPARE(TextoErrorDatos(fb::Error(m, 335544321)),
-                 QStringLiteral("Error 335544321\r\nmensaje"));
-    }
-
     // Another station holds the row: the engine's code decides the words, and the
     // user's figures stay for a second save.
     void conflictoEntreEstaciones()
@@ -399,5 +393,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TstArticulos)
+LAR_TEST_MAIN(TstArticulos)
 #include "tst_articulos.moc"

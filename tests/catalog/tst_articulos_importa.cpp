@@ -11,6 +11,7 @@
 #include "support/guionmensajes.h"
 #include "support/hojasprueba.h"
 #include "support/testenv.h"
+#include "support/testmain.h"
 #include "toolkit/hojacalculo.h"
 #include "toolkit/memgrid.h"
 #include "toolkit/portapapeles.h"
@@ -337,5 +338,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TstArticulosImporta)
+LAR_TEST_MAIN(TstArticulosImporta)
 #include "tst_articulos_importa.moc"

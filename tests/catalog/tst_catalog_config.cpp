@@ -16,6 +16,7 @@
 #include "shared/flista.h"
 #include "support/accesibilidad.h"
 #include "support/guionmensajes.h"
+#include "support/testmain.h"
 #include "toolkit/memgrid.h"
 #include "toolkit/memtable.h"
 
@@ -549,5 +550,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TstConfig)
+LAR_TEST_MAIN(TstConfig)
 #include "tst_catalog_config.moc"

@@ -11,6 +11,7 @@
 #include "db/dbscript.h"
 #include "support/accesibilidad.h"
 #include "support/guionmensajes.h"
+#include "support/testmain.h"
 #include "toolkit/ribbon.h"
 
 #include <QAccessible>
@@ -272,5 +273,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TstAccesible)
+LAR_TEST_MAIN(TstAccesible)
 #include "tst_core_accesible.moc"

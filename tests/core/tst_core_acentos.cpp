@@ -8,6 +8,7 @@
 #include "core/fmain.h"
 #include "support/guionmensajes.h"
 #include "support/testenv.h"
+#include "support/testmain.h"
 
 #include <QDir>
 #include <QLineEdit>
@@ -82,5 +83,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TstAcentos)
+LAR_TEST_MAIN(TstAcentos)
 #include "tst_core_acentos.moc"

@@ -8,6 +8,7 @@
 #include "db/actualizadb.h"
 #include "support/entornoprueba.h"
 #include "support/guionmensajes.h"
+#include "support/testmain.h"
 #include "toolkit/memtable.h"
 #include "toolkit/mensajes.h"
 
@@ -95,5 +96,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TstEscritura)
+LAR_TEST_MAIN(TstEscritura)
 #include "tst_core_escritura.moc"

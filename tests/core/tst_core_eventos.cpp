@@ -12,6 +12,7 @@
 #include "fb/transaction.h"
 #include "support/guionmensajes.h"
 #include "support/testenv.h"
+#include "support/testmain.h"
 
 #include <QLineEdit>
 #include <QPushButton>
@@ -128,5 +129,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TstEventos)
+LAR_TEST_MAIN(TstEventos)
 #include "tst_core_eventos.moc"

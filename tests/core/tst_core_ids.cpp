@@ -142,6 +142,17 @@ private slots:
                {u"Numero"_s, u""_s, u"0"_s, u"0"_s},
                {u"Rellena"_s, u"PV123"_s, u"9"_s, u"PV0000123"_s},
                {u"Rellena"_s, u"PV1234567890"_s, u"9"_s, u"PV1234567890"_s},
+               // Both ends of the prefix's A to Z, and the width reached exactly.
+               {u"Siguiente"_s, u"ZZ999"_s, u"5"_s, u"ZZ1000"_s},
+               {u"Siguiente"_s, u"PV0000999"_s, u"9"_s, u"PV0001000"_s},
+               {u"Siguiente"_s, u"@1"_s, u"4"_s, u"0001"_s},
+               {u"Numero"_s, u"Z0009"_s, u"0"_s, u"9"_s},
+               {u"Numero"_s, u"[7"_s, u"0"_s, u"0"_s},
+               {u"Numero"_s, u"PV000"_s, u"0"_s, u"0"_s},
+               {u"Normaliza"_s, u"PV000"_s, u"0"_s, u"PV"_s},
+               {u"Normaliza"_s, u"A0100"_s, u"0"_s, u"A100"_s},
+               {u"Rellena"_s, u"PV1234567"_s, u"9"_s, u"PV1234567"_s},
+               {u"Rellena"_s, u"Z7"_s, u"3"_s, u"Z07"_s},
                {u"Rellena"_s, u"a1"_s, u"4"_s, u"00a1"_s}};
         for (const QStringList &c : casos)
             QTest::addRow("%s %s", qPrintable(c[0]), qPrintable(c[1]))

@@ -180,6 +180,43 @@ private slots:
         QVERIFY(!m_s->RegistroCache.contains(QStringLiteral("**")));
     }
 
+    // A path of three folders: each level under the one before, and the cache keeps
+    // paths that differ in their third folder apart, in the session that made them
+    // and in a new one.
+    void rutaDeTresNiveles()
+    {
+        nuevaSesion();
+        const QStringList ruta{u"Sub"_s, u"Otra"_s, QString()};
+        auto valor = [](const QString &c3) {
+            return c3.isEmpty() ? u"dos"_s : u"tres "_s + c3;
+        };
+        for (const QString &c3 : ruta) {
+            QString v = valor(c3);
+            lar::Registro(*m_s, c3, u"PuntosLar"_s, u"Puntos"_s, false, v, u"Clave"_s);
+        }
+        QCOMPARE(
+            filas(m_s->fbDatabase(),
+                  u"select p.nombre || '/' || h.nombre, r.valor from lar_registro r join "
+                  "lar_registro h on h.registro_id = r.padre_id join lar_registro p on "
+                  "p.registro_id = h.padre_id where r.nombre = 'Clave' order by 2"_s),
+            QStringList(
+                {u"PuntosLar/Puntos|dos"_s, u"Puntos/Otra|tres Otra"_s, u"Puntos/Sub|tres Sub"_s}));
+        for (int vez = 0; vez < 2; ++vez) {
+            for (const QString &c3 : ruta) {
+                QString v;
+                lar::Registro(*m_s, c3, u"PuntosLar"_s, u"Puntos"_s, true, v, u"Clave"_s);
+                QCOMPARE(v, valor(c3));
+            }
+            QCOMPARE(QString::number(m_s->RegistroCache.value(u"PuntosLar*Puntos*Sub"_s)),
+                     filas(m_s->fbDatabase(),
+                           u"select h.registro_id from lar_registro h join lar_registro p on "
+                           "p.registro_id = h.padre_id where h.nombre = 'Sub' and p.nombre = "
+                           "'Puntos'"_s)
+                         .value(0));
+            nuevaSesion();
+        }
+    }
+
     void verificaDB_data()
     {
         QTest::addColumn<QString>("valor"); // "-": no key at all

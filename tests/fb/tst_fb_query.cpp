@@ -5,9 +5,11 @@
 #include "fb/events.h"
 #include "fb/query.h"
 #include "fb/script.h"
+#include "fb/sqltext.h"
 #include "fb/transaction.h"
 #include "fb/win1252.h"
 #include "support/testenv.h"
+#include "support/testmain.h"
 
 #include <QSignalSpy>
 #include <QTest>
@@ -68,6 +70,9 @@ private slots:
         QTest::newRow("quoted identifier")
             << u"select \"A:B\" from t where x=:y"_s << u"select \"A:B\" from t where x=?"_s
             << QStringList{u"Y"_s};
+        QTest::newRow("doubled quote in a name")
+            << u"select \"A\"\":B\" from t where x=:y"_s << u"select \"A\"\":B\" from t where x=?"_s
+            << QStringList{u"Y"_s};
         QTest::newRow("comments") << u"select 1 -- :a ?\nfrom t /* :b ? */ where x = :c"_s
                                   << u"select 1 -- :a ?\nfrom t /* :b ? */ where x = ?"_s
                                   << QStringList{u"C"_s};
@@ -81,6 +86,53 @@ private slots:
         const fb::ParsedSql p = fb::parseParams(sql);
         QCOMPARE(p.sql, expected);
         QCOMPARE(p.names, names);
+    }
+
+    // The one scanner of SQL text: each piece that isn't code, as kind:text[=unquoted],
+    // "!" after the kind when it runs to the end unclosed.
+    void sqlPieces_data()
+    {
+        QTest::addColumn<QString>("sql");
+        QTest::addColumn<QStringList>("pieces");
+        QTest::newRow("doubled quotes stay inside")
+            << u"x = 'it''s' || '''' || ''"_s
+            << QStringList{u"L:'it''s'=it's"_s, u"L:''''='"_s, u"L:''="_s};
+        QTest::newRow("quoted names, colon and quote inside")
+            << u"select \"A:\"\"B\"\"\", \"c--d\" from t"_s
+            << QStringList{u"N:\"A:\"\"B\"\"\"=A:\"B\""_s, u"N:\"c--d\"=c--d"_s};
+        QTest::newRow("line comment to the end of its line")
+            << u"a -- it's /* :x\nb - -c"_s << QStringList{u"-:-- it's /* :x"_s};
+        QTest::newRow("block comment across lines, quotes inside")
+            << u"a /* it's\n-- \"x */ b /**/"_s
+            << QStringList{u"/:/* it's\n-- \"x */"_s, u"/:/**/"_s};
+        QTest::newRow("comment marks inside a literal")
+            << u"'--' '/*' ';'"_s << QStringList{u"L:'--'=--"_s, u"L:'/*'=/*"_s, u"L:';'=;"_s};
+        QTest::newRow("unclosed") << u"'abc''"_s << QStringList{u"L!:'abc''=abc'"_s};
+        QTest::newRow("unclosed comment") << u"a /* b"_s << QStringList{u"/!:/* b"_s};
+    }
+
+    void sqlPieces()
+    {
+        QFETCH(QString, sql);
+        QFETCH(QStringList, pieces);
+        static const QHash<int, QString> kinds{{fb::SqlPiece::Literal, u"L"_s},
+                                               {fb::SqlPiece::QuotedName, u"N"_s},
+                                               {fb::SqlPiece::LineComment, u"-"_s},
+                                               {fb::SqlPiece::BlockComment, u"/"_s}};
+        QStringList got;
+        for (qsizetype i = 0; i < sql.size();) {
+            const fb::SqlPiece p = fb::sqlPieceAt(sql, i);
+            QVERIFY(p.end > i);
+            if (p.kind != fb::SqlPiece::Code) {
+                QString s = kinds.value(p.kind) + (p.closed ? u":"_s : u"!:"_s)
+                            + sql.mid(p.begin, p.end - p.begin);
+                if (!p.isComment())
+                    s += u'=' + p.unquoted(sql);
+                got << s;
+            }
+            i = p.end;
+        }
+        QCOMPARE(got, pieces);
     }
 
     void parametersAgainstEngine()
@@ -103,6 +155,24 @@ private slots:
         QVERIFY(!q.next());
         QVERIFY_THROWS_EXCEPTION(fb::Error, q.bind(QStringLiteral("nope"), 1));
         QVERIFY_THROWS_EXCEPTION(fb::Error, q.field(QStringLiteral("nope")));
+
+        // Every occurrence of a repeated name takes the value: leaving any one of them
+        // NULL finds nothing.
+        ins.bind(QStringLiteral("id"), 2);
+        ins.bind(QStringLiteral("v"), QStringLiteral("Q"));
+        ins.bind(2, QStringLiteral("Q"));
+        ins.execute();
+        ins.bind(QStringLiteral("id"), 3);
+        ins.bind(2, QStringLiteral("R"));
+        ins.execute();
+        fb::Query rep(&m_db, &m_tr);
+        rep.setSql(QStringLiteral("select list(id) from t where v = :w and c = :w and id >= :n"
+                                  " and id <= :n and :w = 'Q'"));
+        rep.bind(QStringLiteral("n"), 2);
+        rep.bind(QStringLiteral("w"), QStringLiteral("Q"));
+        rep.open();
+        QCOMPARE(rep.field(0).toString(), QStringLiteral("2"));
+        rep.close();
         m_tr.commit();
     }
 
@@ -536,5 +606,5 @@ private slots:
     void cleanupTestCase() { m_db.dropDatabase(); }
 };
 
-QTEST_MAIN(TestFbQuery)
+LAR_TEST_MAIN(TestFbQuery)
 #include "tst_fb_query.moc"

@@ -93,10 +93,20 @@ private slots:
         fila("inserted applied, global invoice, switched off",
              "set art=S imp=S; create a applied 100x1; sql UPDATE DOCTOS_PV SET APLICADO = 'S'"
              " WHERE DOCTO_PV_ID = {a}; =a; sell b tF 100x1; =b; set gen=N; sell c 100x1; =c");
+        // Stored in the order 2, 1: the article without points row takes those of the
+        // line before it by position.
+        fila("lines stored out of position order",
+             "set art=S; sell a 101x2@2 100x1@1; =a 100:VE:1:3:1 101:VE:2:6:2;"
+             "sell b ve 101x2@2 100x1@1; =b 100:FE:1:3:1 101:FE:2:6:2");
+        // Name, table, event (1 before insert, 3 before update, 5 before delete), position,
+        // active.
         fila("a company without the replication queue",
-             "=[SELECT LIST(TRIM(RDB$TRIGGER_NAME)) FROM (SELECT RDB$TRIGGER_NAME FROM"
-             " RDB$TRIGGERS WHERE RDB$TRIGGER_NAME CONTAINING 'PUNTOS_' ORDER BY 1)]"
-             " TR_LAR_PUNTOS_DOCTOS_PV_BU,TR_LAR_PUNTOS_DOCTOS_VE,TR_LAR_PUNTOS_MOD");
+             "=[SELECT LIST(T, ' ') FROM (SELECT TRIM(RDB$TRIGGER_NAME) || ':' ||"
+             " TRIM(RDB$RELATION_NAME) || ':' || RDB$TRIGGER_TYPE || ':' || RDB$TRIGGER_SEQUENCE"
+             " || ':' || COALESCE(RDB$TRIGGER_INACTIVE, 0) T FROM RDB$TRIGGERS WHERE"
+             " RDB$TRIGGER_NAME CONTAINING 'PUNTOS_' ORDER BY 1)]"
+             " TR_LAR_PUNTOS_DOCTOS_PV_BU:DOCTOS_PV:3:46:0 TR_LAR_PUNTOS_DOCTOS_VE:DOCTOS_VE:3:0:0"
+             " TR_LAR_PUNTOS_MOD:DOCTOS_PV:5:0:0");
     }
 };
 
@@ -121,6 +131,17 @@ private slots:
              "sell c d5 100x1$200; cancel b; cancel c;"
              "=b 100:VE:1:3:1 -:VE:0:2:2 100:VS:1:3:1 -:VS:0:2:2; =c; sell f d5 100x1$200;"
              "=f; return r f; =r; sell g d5 104x1$200; return s g; =s -:DS:0:2:1");
+        fila("the cap counts each customer apart at one cashier",
+             "set imp=S fac=1 cap=1; sell a c11 d30 104x1$200; sell b c12 d30 104x1$200;"
+             "sell c c11 d30 104x1$200; =a -:VE:0:2:1; =b -:VE:0:2:1; =c");
+        // With no customer, or no cashier, the count's equality never holds: no cap.
+        fila("no customer or no cashier: under no cap",
+             "set imp=S fac=1 cap=1; create a d31 104x1$200; create b d31 104x1$200;"
+             "sql UPDATE DOCTOS_PV SET CLIENTE_ID = NULL WHERE DOCTO_PV_ID IN ({a}, {b});"
+             "apply a; apply b; =a -:VE:0:2:1; =b -:VE:0:2:1;"
+             "create c c16 d32 104x1$200; create e c16 d32 104x1$200;"
+             "sql UPDATE DOCTOS_PV SET CAJERO_ID = NULL WHERE DOCTO_PV_ID IN ({c}, {e});"
+             "apply c; apply e; =c -:VE:0:2:1; =e -:VE:0:2:1");
     }
 };
 

@@ -9,6 +9,7 @@
 #include "points/ledger.h"
 #include "points/reinicio.h"
 #include "support/entornoprueba.h"
+#include "support/testmain.h"
 
 #include <QTest>
 
@@ -197,5 +198,5 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(TstReinicio)
+LAR_TEST_GUILESS_MAIN(TstReinicio)
 #include "tst_points_reinicio.moc"

@@ -5,6 +5,7 @@
 #include "support/guionmensajes.h"
 #include "support/guionshell.h"
 #include "support/lectorxls.h"
+#include "support/testmain.h"
 #include "toolkit/memgrid.h"
 #include "toolkit/memtable.h"
 
@@ -244,5 +245,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestExportaExcel)
+LAR_TEST_MAIN(TestExportaExcel)
 #include "tst_exportaexcel.moc"

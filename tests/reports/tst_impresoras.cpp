@@ -3,6 +3,7 @@
 // follow what the scheduler says of it.
 
 #include "reports/impresoras.h"
+#include "support/testmain.h"
 
 #include <QDir>
 #include <QPainter>
@@ -189,5 +190,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TestImpresoras)
+LAR_TEST_MAIN(TestImpresoras)
 #include "tst_impresoras.moc"

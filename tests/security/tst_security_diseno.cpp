@@ -12,6 +12,7 @@
 #include "shared/flista.h"
 #include "shared/listas.h"
 #include "support/guionmensajes.h"
+#include "support/testmain.h"
 #include "toolkit/memtable.h"
 #include "toolkit/ribbon.h"
 
@@ -362,5 +363,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TstDiseno)
+LAR_TEST_MAIN(TstDiseno)
 #include "tst_security_diseno.moc"

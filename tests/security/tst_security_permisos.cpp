@@ -11,6 +11,7 @@
 #include "shared/flista.h"
 #include "support/guionmensajes.h"
 #include "support/testenv.h"
+#include "support/testmain.h"
 #include "toolkit/memtable.h"
 #include "toolkit/ribbon.h"
 #include "toolkit/safecheckgroup.h"
@@ -330,5 +331,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TstPermisos)
+LAR_TEST_MAIN(TstPermisos)
 #include "tst_security_permisos.moc"

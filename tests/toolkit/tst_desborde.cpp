@@ -2,6 +2,7 @@
 // and in the in-memory SQL, instead of being stored or summed as a wrapped value.
 
 #include "fb/error.h"
+#include "support/testmain.h"
 #include "toolkit/memsql.h"
 #include "toolkit/memtable.h"
 
@@ -62,5 +63,5 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(TestDesborde)
+LAR_TEST_GUILESS_MAIN(TestDesborde)
 #include "tst_desborde.moc"

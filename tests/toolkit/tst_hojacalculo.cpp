@@ -3,6 +3,7 @@
 
 #include "support/hojasprueba.h"
 #include "support/testenv.h"
+#include "support/testmain.h"
 #include "toolkit/hojacalculo.h"
 
 #include <QFile>
@@ -108,5 +109,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TstHojaCalculo)
+LAR_TEST_MAIN(TstHojaCalculo)
 #include "tst_hojacalculo.moc"

@@ -2,6 +2,7 @@
 // xlrd (Python), cells, types and number formats.
 
 #include "support/lectorxls.h"
+#include "support/testmain.h"
 #include "toolkit/libroxls.h"
 
 #include <QJsonArray>
@@ -275,5 +276,5 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(TestLibroXls)
+LAR_TEST_GUILESS_MAIN(TestLibroXls)
 #include "tst_libroxls.moc"

@@ -96,6 +96,10 @@ private slots:
             << "select count(*) from tabla where importe >= -1 and importe < 5.06" << QVariant(2LL);
         QTest::newRow("column against column")
             << "select count(*) from tabla where unidades >= articulo_id" << QVariant(0LL);
+        QTest::newRow("comments of both kinds")
+            << "select count(*) /* of ; all */ from tabla -- where clave = 'x'\n"
+               "where clave = 'O''Brien' or clave = '--'"
+            << QVariant(1LL);
         QTest::newRow("text case counts")
             << "select count(*) from tabla where clave = 'a10'" << QVariant(0LL);
     }
@@ -110,6 +114,46 @@ private slots:
             QCOMPARE(got.value<fb::Decimal>(), expected.value<fb::Decimal>());
         else if (!expected.isNull())
             QCOMPARE(got.toString(), expected.toString());
+    }
+
+    // Every comparison on each kind of column, on both sides of the value and at it:
+    // unidades 2, 1, 3, NULL; clave A10, B11, A10, O'Brien; importe 10.10, 0.20, 5.05,
+    // NULL; CostoUltimaCompra 1.5, 2.25, 1.5, NULL.
+    void operators_data()
+    {
+        QTest::addColumn<QString>("condicion");
+        QTest::addColumn<qlonglong>("cuenta");
+        const QList<std::pair<const char *, qlonglong>> casos = {
+            {"unidades = 2", 1},
+            {"unidades <> 2", 2},
+            {"unidades != 2", 2},
+            {"unidades < 2", 1},
+            {"unidades <= 2", 2},
+            {"unidades > 2", 1},
+            {"unidades >= 2", 2},
+            {"2 > unidades", 1},
+            {"2 <= unidades", 2},
+            {"clave < 'B11'", 2},
+            {"clave <= 'B11'", 3},
+            {"clave > 'B11'", 1},
+            {"clave >= 'B11'", 2},
+            {"'B11' > clave", 2},
+            {"importe <= 5.05", 2},
+            {"importe > 5.05", 1},
+            {"importe < 0.2", 0},
+            {"CostoUltimaCompra >= 2.25", 1},
+            {"CostoUltimaCompra <= 1.5", 2},
+            {"CostoUltimaCompra <> 1.5", 1},
+        };
+        for (const auto &[condicion, cuenta] : casos)
+            QTest::newRow(condicion) << QString::fromUtf8(condicion) << cuenta;
+    }
+
+    void operators()
+    {
+        QFETCH(QString, condicion);
+        QFETCH(qlonglong, cuenta);
+        QCOMPARE(scalar(u"select count(*) from tabla where "_s + condicion).toLongLong(), cuenta);
     }
 
     void resultNames()

@@ -105,6 +105,24 @@ private slots:
                                  t.setIndexFieldNames(QStringLiteral("noexiste")));
     }
 
+    // A text key: nulls first, case and accents folded, ties in the order of entry,
+    // and the reverse order on a descending index.
+    void textOrder()
+    {
+        MemTable t;
+        fill(t,
+             {{1, QStringLiteral("Ñu"), QStringLiteral("A"), 1},
+              {2, QVariant(), QStringLiteral("A"), 1},
+              {3, QStringLiteral("ñu"), QStringLiteral("A"), 1},
+              {4, QStringLiteral("ABETO"), QStringLiteral("A"), 1},
+              {5, QStringLiteral("abedul"), QStringLiteral("A"), 1}});
+        t.setIndexFieldNames(QStringLiteral("nombre"));
+        QCOMPARE(ids(t), (QList<int>{2, 5, 4, 1, 3}));
+        t.addIndex(QStringLiteral("iDesc"), QStringLiteral("nombre"), true);
+        t.setIndexName(QStringLiteral("iDesc"));
+        QCOMPARE(ids(t), (QList<int>{1, 3, 4, 5, 2}));
+    }
+
     void filterAndLocate()
     {
         MemTable t;
@@ -151,6 +169,75 @@ private slots:
         QCOMPARE(ids(t), (QList<int>{3}));
         t.setFiltered(false);
         QCOMPARE(t.recordCount(), 5);
+    }
+
+    // Locate walks the rows in sight in the order in force: the first and the last
+    // row are found, and in a descending order the first match is the first shown.
+    void locateAtBothEnds()
+    {
+        MemTable t;
+        fill(t, kRows);
+        QVERIFY(t.locate(QStringLiteral("id"), 1));
+        QCOMPARE(t.recNo(), 0);
+        QVERIFY(t.locate(QStringLiteral("id"), 5));
+        QCOMPARE(t.recNo(), 4);
+        QVERIFY(t.locate(QStringLiteral("nombre"), u"zap"_s, lar::LocateOptions{true, true}));
+        QCOMPARE(t.fieldByName(QStringLiteral("id")).asInteger(), 5);
+        QVERIFY(!t.locate(QStringLiteral("id"), 6));
+        QCOMPARE(t.recNo(), 4); // a miss doesn't move
+
+        t.addIndex(QStringLiteral("iGrupo"), QStringLiteral("grupo"), true);
+        t.setIndexName(QStringLiteral("iGrupo"));
+        QCOMPARE(ids(t), (QList<int>{5, 1, 3, 2, 4}));
+        QVERIFY(t.locate(QStringLiteral("grupo"), u"A"_s));
+        QCOMPARE(t.fieldByName(QStringLiteral("id")).asInteger(), 2);
+        QCOMPARE(t.recNo(), 3);
+        QVERIFY(t.locate(QStringLiteral("grupo"), u"C"_s));
+        QCOMPARE(t.recNo(), 0);
+    }
+
+    // The nearest match: the first row whose key reaches the value, in the order in
+    // force, ascending or descending; past the end, the last row.
+    void nearestMatch_data()
+    {
+        QTest::addColumn<QString>("campo");
+        QTest::addColumn<bool>("descendente");
+        QTest::addColumn<QVariant>("valor");
+        QTest::addColumn<int>("id");
+        // nombre ascending: anona 4, Manzana 2, pera 1, uva 3, Zapote 5.
+        QTest::newRow("before the first") << u"nombre"_s << false << QVariant(u"0"_s) << 4;
+        QTest::newRow("prefix of the first") << u"nombre"_s << false << QVariant(u"A"_s) << 4;
+        QTest::newRow("between") << u"nombre"_s << false << QVariant(u"n"_s) << 1;
+        QTest::newRow("exact, any case") << u"nombre"_s << false << QVariant(u"UVA"_s) << 3;
+        QTest::newRow("the last") << u"nombre"_s << false << QVariant(u"za"_s) << 5;
+        QTest::newRow("past the end") << u"nombre"_s << false << QVariant(u"zz"_s) << 5;
+        // nombre descending: Zapote 5, uva 3, pera 1, Manzana 2, anona 4.
+        QTest::newRow("desc, before the first") << u"nombre"_s << true << QVariant(u"zz"_s) << 5;
+        QTest::newRow("desc, between") << u"nombre"_s << true << QVariant(u"o"_s) << 2;
+        QTest::newRow("desc, the last") << u"nombre"_s << true << QVariant(u"a"_s) << 4;
+        QTest::newRow("desc, past the end") << u"nombre"_s << true << QVariant(u"0"_s) << 4;
+        // importe descending: 10.50 1, 7.25 3, 3 2, 0 5, -1.10 4.
+        QTest::newRow("money desc, first") << u"importe"_s << true << QVariant(100) << 1;
+        QTest::newRow("money desc, between") << u"importe"_s << true << QVariant(5) << 2;
+        QTest::newRow("money desc, exact") << u"importe"_s << true << QVariant(u"0"_s) << 5;
+        QTest::newRow("money desc, past the end") << u"importe"_s << true << QVariant(-5) << 4;
+        QTest::newRow("id asc, first") << u"id"_s << false << QVariant(-1) << 1;
+        QTest::newRow("id asc, past the end") << u"id"_s << false << QVariant(9) << 5;
+    }
+
+    void nearestMatch()
+    {
+        QFETCH(QString, campo);
+        QFETCH(bool, descendente);
+        QFETCH(QVariant, valor);
+        QFETCH(int, id);
+        MemTable t;
+        fill(t, kRows);
+        t.addIndex(QStringLiteral("i"), campo, descendente);
+        t.setIndexName(QStringLiteral("i"));
+        t.locate(QStringLiteral("id"), 3); // somewhere in the middle first
+        t.findNearest({valor});
+        QCOMPARE(t.fieldByName(QStringLiteral("id")).asInteger(), id);
     }
 
     void upperTextFollowsChanges()

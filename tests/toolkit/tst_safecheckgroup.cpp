@@ -1,6 +1,7 @@
 // The group of check boxes behind the permission editor: the mask by position,
 // the primary right, and the column-major layout.
 
+#include "support/testmain.h"
 #include "toolkit/safecheckgroup.h"
 
 #include <QSignalSpy>
@@ -144,5 +145,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(TstSafeCheckGroup)
+LAR_TEST_MAIN(TstSafeCheckGroup)
 #include "tst_safecheckgroup.moc"

@@ -63,6 +63,18 @@ private slots:
                                                    << "ANA PEREZ" << false;
         QTest::newRow("leading blank") << " ana"
                                        << "ANA" << false;
+        // Three words and more: every one is sought, each in what the others left.
+        QTest::newRow("three, the last missing") << "ana per xyz"
+                                                 << "ANA PEREZ" << false;
+        QTest::newRow("AN AN AN in ANANA") << "AN AN AN"
+                                           << "ANANA" << false;
+        QTest::newRow("AN AN A in ANANA") << "AN AN A"
+                                          << "ANANA" << true;
+        QTest::newRow("four, any order") << "lopez juan perez car"
+                                         << "JUAN CARLOS PEREZ LOPEZ" << true;
+        QTest::newRow("four, the last inside a matched third")
+            << "juan carlos lopez los"
+            << "JUAN CARLOS PEREZ LOPEZ" << false;
         QTest::newRow("keys joined by caret") << "c-002"
                                               << "C-001^C-002" << true;
     }
@@ -88,6 +100,8 @@ private slots:
                                                      << "ANA NA" << Ranges{{0, 3}, {1, 2}};
         QTest::newRow("word order kept") << "ANA PEREZ"
                                          << "perez ana" << Ranges{{4, 5}, {0, 3}};
+        QTest::newRow("three times the same word") << "ANANAN"
+                                                   << "an an an" << Ranges{{0, 2}, {2, 2}, {4, 2}};
         QTest::newRow("missing word drawn nowhere") << "ANA"
                                                     << "x ana" << Ranges{{0, 3}};
         QTest::newRow("empty word skipped") << "ANA"
