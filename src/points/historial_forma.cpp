@@ -15,6 +15,7 @@
 #include <QDir>
 #include <QGridLayout>
 #include <QHBoxLayout>
+#include <QHeaderView>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -74,14 +75,15 @@ TfHistorialPuntos::TfHistorialPuntos(Sesion &sesion, QWidget *parent)
     cxGrid->setObjectName(QStringLiteral("cxGrid"));
     cxGrid->setAccessibleName(QStringLiteral("Historial de puntos"));
     cxGrid->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    cxGrid->verticalHeader()->hide();
     cxGrid->setTable(mKardex.get());
     MemTableModel *modelo = cxGrid->memModel();
     modelo->clearColumns();
-    modelo->addColumn(QStringLiteral("Fecha"), QStringLiteral("Fecha"), 140);
-    modelo->addColumn(QStringLiteral("Articulo"), QStringLiteral("Artículo"), 380);
-    modelo->addColumn(QStringLiteral("Puntos"), QStringLiteral("Puntos"), 80);
+    modelo->addColumn(QStringLiteral("Fecha"), QStringLiteral("Fecha"), 130);
+    modelo->addColumn(QStringLiteral("Articulo"), QStringLiteral("Artículo"), 260);
+    modelo->addColumn(QStringLiteral("Puntos"), QStringLiteral("Puntos"), 70);
     modelo->addColumn(QStringLiteral("Folio"), QStringLiteral("Folio docto"), 100);
-    modelo->addColumn(QStringLiteral("Documento"), QStringLiteral("Documento"), 200);
+    modelo->addColumn(QStringLiteral("Documento"), QStringLiteral("Documento"), 160);
     modelo->reload();
     cxGrid->applyColumns();
 
@@ -118,6 +120,7 @@ TfHistorialPuntos::TfHistorialPuntos(Sesion &sesion, QWidget *parent)
     auto *principal = new QVBoxLayout(this);
     principal->addLayout(datos);
     principal->addWidget(cxGrid, 1);
+    resize(900, 560);
 
     connect(bClientes, &QToolButton::clicked, this, &TfHistorialPuntos::EligeCliente);
     connect(bConsulta, &QPushButton::clicked, this, &TfHistorialPuntos::bAceptarClick);

@@ -10,6 +10,7 @@
 #include "points/asignapuntos_forma.h"
 #include "points/ledger.h"
 #include "shared/flista.h"
+#include "support/accesibilidad.h"
 #include "support/entornoprueba.h"
 #include "support/guionmensajes.h"
 #include "support/testmain.h"
@@ -145,6 +146,7 @@ private slots:
     {
         TfAsignaPuntos f(m_s);
         f.show();
+        LAR_VERIFICA_ACCESIBLE(&f);
         QVERIFY(f.bSavee->isEnabled());
         elige(f, {1, 2, 3, 4});
         QCOMPARE(f.lblNoCtes->text(), u"4"_s);
