@@ -2,7 +2,9 @@
 
 #include "catalog/articulos_lista.h"
 #include "catalog/fconfig.h"
+#include "core/fmain.h"
 #include "points/asignapuntos_forma.h"
+#include "points/avisos.h"
 #include "points/historial_forma.h"
 #include "security/modulos.h"
 
@@ -15,6 +17,8 @@ void RegistraModulos()
     RegistraModulosSeguridad();
     RegistraAsignaPuntos();
     RegistraHistorialPuntos();
+
+    TfMain::RutinaReinicio() = RevisaReinicio;
 }
 
 } // namespace lar

@@ -102,6 +102,10 @@ TfAddArticulos::TfAddArticulos(Sesion &sesion, QWidget *parent)
     edtPuntos = numero(QStringLiteral("edtPuntos"));
     chkValor = casilla(QStringLiteral("chkValor"), QStringLiteral("&Usar valor en puntos general"));
     edtValorPuntos = numero(QStringLiteral("edtValorPuntos"));
+    // Their captions on screen are the check boxes beside them.
+    dtpFecIni->setAccessibleName(QStringLiteral("Periodo desde:"));
+    edtPuntos->setAccessibleName(QStringLiteral("Puntos general"));
+    edtValorPuntos->setAccessibleName(QStringLiteral("Valor en puntos general"));
     bOk = new QPushButton(QStringLiteral("&Aceptar"), this);
     bOk->setObjectName(QStringLiteral("bOk"));
     bOk->setDefault(true);
@@ -112,7 +116,9 @@ TfAddArticulos::TfAddArticulos(Sesion &sesion, QWidget *parent)
     g->addWidget(rUltimos, 0, 0, 1, 2);
     auto *periodo = new QHBoxLayout;
     periodo->addWidget(dtpFecIni);
-    periodo->addWidget(new QLabel(QStringLiteral("hasta:"), this));
+    auto *hasta = new QLabel(QStringLiteral("hasta:"), this);
+    hasta->setBuddy(dtpFecFin);
+    periodo->addWidget(hasta);
     periodo->addWidget(dtpFecFin);
     periodo->addStretch();
     g->addLayout(periodo, 1, 1);

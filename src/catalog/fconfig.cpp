@@ -6,6 +6,7 @@
 #include "core/sesion.h"
 #include "points/reinicio.h"
 #include "shared/listas.h"
+#include "toolkit/accesible.h"
 #include "toolkit/iconos.h"
 #include "toolkit/memgrid.h"
 #include "toolkit/memtable.h"
@@ -563,7 +564,7 @@ QWidget *TfConfig::creaPaginaOtros()
     auto *formas
         = new QLabel(QStringLiteral("Seleccione la forma en la que desea imprimir los boletos:"));
     vListaFormas = nombra(new QListWidget, QStringLiteral("vListaFormas"));
-    formas->setBuddy(vListaFormas);
+    EtiquetaDe(formas, vListaFormas);
     fb->addRow(formas);
     fb->addRow(vListaFormas);
     v->addWidget(boleto);

@@ -7,6 +7,7 @@
 #include "sesion.h"
 
 #include "fb/database.h"
+#include "toolkit/accesible.h"
 #include "toolkit/mensajes.h"
 #include "toolkit/teclado.h"
 
@@ -70,10 +71,7 @@ TfEmpresas::TfEmpresas(QWidget *parent)
     vEmpresas = new QListWidget(this);
     vEmpresas->setObjectName(QStringLiteral("vEmpresas"));
     vEmpresas->setSortingEnabled(true);
-    etiqueta->setBuddy(vEmpresas);
-    // A list takes no name from its label for assistive technology.
-    vEmpresas->setAccessibleName(
-        QStringLiteral("Seleccione la empresa con la que desea trabajar:"));
+    EtiquetaDe(etiqueta, vEmpresas);
     bOk = new QPushButton(QStringLiteral("&Aceptar"), this);
     bOk->setObjectName(QStringLiteral("bOk"));
     Button2 = new QPushButton(QStringLiteral("&Cancelar"), this);

@@ -15,10 +15,14 @@
 #include <QAction>
 #include <QApplication>
 #include <QComboBox>
+#include <QEventLoop>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPainter>
+#include <QProgressBar>
 #include <QScreen>
+#include <QStatusBar>
+#include <QThread>
 #include <QTimer>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -143,11 +147,7 @@ TfMain::TfMain(QWidget *parent)
     tmrReinicio = new QTimer(this);
     tmrReinicio->setObjectName(QStringLiteral("tmrReinicio"));
     tmrReinicio->setInterval(5000);
-    connect(tmrReinicio, &QTimer::timeout, this, [this] {
-        tmrReinicio->stop();
-        if (RutinaReinicio())
-            RutinaReinicio()(*this);
-    });
+    connect(tmrReinicio, &QTimer::timeout, this, &TfMain::tmrReinicioTimer);
 
     resize(1100, 720);
     qApp->installEventFilter(this);
@@ -368,6 +368,65 @@ void TfMain::FormActivate()
         restauraCursor();
     }
     tmrReinicio->start();
+}
+
+void TfMain::tmrReinicioTimer()
+{
+    // First of all, so that the activations of these 5 seconds make one check.
+    tmrReinicio->stop();
+    if (m_revisando || !RutinaReinicio())
+        return;
+    m_revisando = true;
+    try {
+        RutinaReinicio()(*this);
+    } catch (const std::exception &e) {
+        MensajeSistema(TextoExcepcion(e), QStringLiteral("Error"), mb::IconStop);
+    }
+    TerminaProgreso();
+    m_revisando = false;
+}
+
+void TfMain::EjecutaConProgreso(const QString &texto,
+                                int indice,
+                                int total,
+                                const std::function<void()> &trabajo)
+{
+    if (!pbProgreso) {
+        lbProgreso = new QLabel(this);
+        lbProgreso->setObjectName(QStringLiteral("lbProgreso"));
+        pbProgreso = new QProgressBar(this);
+        pbProgreso->setObjectName(QStringLiteral("pbProgreso"));
+        pbProgreso->setAccessibleName(QStringLiteral("Progreso"));
+        pbProgreso->setMaximumWidth(240);
+        statusBar()->addWidget(lbProgreso, 1);
+        statusBar()->addPermanentWidget(pbProgreso);
+    }
+    lbProgreso->setText(texto);
+    pbProgreso->setRange(0, total);
+    pbProgreso->setValue(indice);
+    statusBar()->show();
+    lbProgreso->show();
+    pbProgreso->show();
+
+    QEventLoop espera;
+    QThread *hilo = QThread::create(trabajo);
+    connect(hilo, &QThread::finished, &espera, &QEventLoop::quit);
+    hilo->start();
+    // Paints and timers go on; clicks and keys wait for the end of the run.
+    espera.exec(QEventLoop::ExcludeUserInputEvents);
+    hilo->wait();
+    delete hilo;
+    pbProgreso->setValue(indice + 1);
+}
+
+void TfMain::TerminaProgreso()
+{
+    if (!pbProgreso)
+        return;
+    lbProgreso->clear();
+    pbProgreso->hide();
+    lbProgreso->hide();
+    statusBar()->hide();
 }
 
 bool TfMain::Conectar(fb::Database &base)

@@ -16,6 +16,7 @@
 class QAction;
 class QComboBox;
 class QLabel;
+class QProgressBar;
 class QTimer;
 class QToolButton;
 
@@ -78,6 +79,15 @@ public:
 
     // Runs tmrReinicio's routine (the points reset and notices), when one is set.
     static std::function<void(TfMain &)> &RutinaReinicio();
+    // Runs trabajo on a worker thread while the status bar shows texto and the
+    // progress (indice of total) and the window keeps painting; the user's input
+    // waits until it ends. trabajo must not touch the session or any widget.
+    void EjecutaConProgreso(const QString &texto,
+                            int indice,
+                            int total,
+                            const std::function<void()> &trabajo);
+    // Hides the progress of EjecutaConProgreso.
+    void TerminaProgreso();
     // Makes the schema upgrade dialog of "Base de Datos".
     static std::function<QDialog *(TfMain &)> &FabricaActualizaDB();
 
@@ -97,6 +107,9 @@ public:
     QTimer *ttStart;
     QTimer *tForma;
     QTimer *tmrReinicio;
+    // The progress of a run of notices, in the status bar (made on first use).
+    QLabel *lbProgreso = nullptr;
+    QProgressBar *pbProgreso = nullptr;
 
     QAction *accArticulos;
     QAction *accVentasPuntos;
@@ -139,6 +152,7 @@ private:
     void colocaFiltro();
     TMForm *formaSuperior() const;
     void acercaDe();
+    void tmrReinicioTimer();
 
     Sesion m_sesion;
     QHash<int, QPointer<TMForm>> m_formas;
@@ -149,6 +163,8 @@ private:
     QString m_parametro;
     bool m_mostrado = false;
     bool m_arrancado = false;
+    // A check is running: the timer may fire again while it pumps messages.
+    bool m_revisando = false;
 };
 
 // The one main window of the process.

@@ -74,6 +74,16 @@ ReinicioPuntos::Resultado ReinicioPuntos::ejecuta(const Opciones &opciones)
                                     "(ID_REINICIO_PUNTOS,FECHA_PROGRAMADA,FECHA_REINICIO) VALUES "
                                     "(-1,:FECHA_PROGRAMADA,Current_Date);"));
 
+        // The ids of the whole run in one call of the generator; only when it had
+        // to be created (it gives 1, nothing reserved) do they go one by one.
+        const int cuantos = int(clientes.size());
+        int siguienteId = 0;
+        if (cuantos > 0) {
+            const int ultimo = GetNextID(m_sesion, QStringLiteral("PUNTOS"), cuantos);
+            siguienteId = ultimo - cuantos + 1;
+        }
+        const bool idsReservados = siguienteId >= 1;
+
         int partida = 1;
         for (const int cliente : clientes) {
             saldo.bind(QStringLiteral("cliente"), cliente);
@@ -85,7 +95,8 @@ ReinicioPuntos::Resultado ReinicioPuntos::ejecuta(const Opciones &opciones)
             saldo.close();
 
             inserta.bind(QStringLiteral("lar_puntos_id"),
-                         GetNextID(m_sesion, QStringLiteral("PUNTOS"), 1));
+                         idsReservados ? siguienteId++
+                                       : GetNextID(m_sesion, QStringLiteral("PUNTOS"), 1));
             inserta.bind(QStringLiteral("cliente_id"), cliente);
             inserta.bind(QStringLiteral("tipo_docto"),
                          QString(QChar::fromLatin1(ledger::Reinicio)));
@@ -113,7 +124,8 @@ ReinicioPuntos::Resultado ReinicioPuntos::ejecuta(const Opciones &opciones)
         r.folio = folio;
     } catch (const std::exception &e) {
         r = Resultado();
-        r.error = TextoExcepcion(e);
+        r.error = programado ? QStringLiteral("Error al inicializar puntos\n") + TextoExcepcion(e)
+                             : TextoExcepcion(e);
     }
     return r;
 }

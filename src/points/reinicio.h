@@ -34,7 +34,8 @@ public:
     struct Resultado
     {
         bool ok = false;
-        // The engine's text when it failed.
+        // The engine's text when it failed; a scheduled reset puts "Error al
+        // inicializar puntos" and a line break in front.
         QString error;
         // Rows written, one per customer.
         int clientes = 0;

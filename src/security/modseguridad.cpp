@@ -99,6 +99,9 @@ TfModSeguridad::TfModSeguridad(Sesion &sesion, QWidget *parent)
     Title->setFont(negrita);
     ScrollBox = new QScrollArea(this);
     ScrollBox->setObjectName(QStringLiteral("ScrollBox"));
+    // Not a Tab stop of its own: Tab goes through the check groups inside, and the
+    // area scrolls to the one that takes the focus.
+    ScrollBox->setFocusPolicy(Qt::NoFocus);
     ScrollBox->setWidgetResizable(false);
     ScrollBox->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_lienzo = new QWidget;

@@ -1,5 +1,6 @@
 #include "ribbon.h"
 
+#include "accesible.h"
 #include "teclado.h"
 
 #include <QAccessibleWidget>
@@ -156,20 +157,6 @@ QAccessibleInterface *fabricaAccesible(const QString &, QObject *o)
     return nullptr;
 }
 
-// Called by the constructors of the ribbon's parts: installs the factory, and
-// drops an interface made for the widget while its base class was being built
-// (with assistive technology on, Qt asks for one at once), so the next query gets
-// the ribbon's own.
-template<class Propia>
-void renuevaAccesible(QWidget *w)
-{
-    static const bool fabrica = (QAccessible::installFactory(fabricaAccesible), true);
-    Q_UNUSED(fabrica);
-    QAccessibleInterface *i = QAccessible::queryAccessibleInterface(w);
-    if (i && !dynamic_cast<Propia *>(i))
-        QAccessible::deleteAccessibleInterface(QAccessible::uniqueId(i));
-}
-
 } // namespace
 
 RibbonBoton::RibbonBoton(QAction *accion, bool grande, QWidget *parent)
@@ -192,7 +179,7 @@ RibbonGrupo::RibbonGrupo(const QString &titulo, QWidget *parent)
     : QFrame(parent)
     , m_titulo(titulo)
 {
-    renuevaAccesible<AccesibleRibbonGrupo>(this);
+    RenuevaAccesible<AccesibleRibbonGrupo>(this, fabricaAccesible);
     setFrameShape(QFrame::StyledPanel);
     auto *v = new QVBoxLayout(this);
     v->setContentsMargins(4, 4, 4, 2);
@@ -257,7 +244,7 @@ RibbonTab::RibbonTab(const QString &titulo, QWidget *parent)
     , m_titulo(titulo)
     , m_layout(new QHBoxLayout(this))
 {
-    renuevaAccesible<AccesibleRibbonTab>(this);
+    RenuevaAccesible<AccesibleRibbonTab>(this, fabricaAccesible);
     m_layout->setContentsMargins(2, 2, 2, 2);
     m_layout->setSpacing(4);
     m_layout->addStretch(1);
@@ -291,7 +278,7 @@ Ribbon::Ribbon(QWidget *parent)
     m_barra->setObjectName(QStringLiteral("barraTabs"));
     m_barra->setAccessibleName(QStringLiteral("Pestañas"));
     m_barra->installEventFilter(this);
-    renuevaAccesible<AccesibleRibbon>(this);
+    RenuevaAccesible<AccesibleRibbon>(this, fabricaAccesible);
     auto *fila = new QHBoxLayout;
     fila->setContentsMargins(0, 0, 0, 0);
     fila->addWidget(m_barra);

@@ -2,6 +2,7 @@
 // assignment, save of the rows in sight and its failures, on a real company.
 
 #include "articulosprueba.h"
+#include "catalog/addarticulos.h"
 #include "catalog/articulos_lista.h"
 #include "core/registro.h"
 #include "core/sesion.h"
@@ -15,6 +16,7 @@
 #include "support/testmain.h"
 #include "toolkit/memgrid.h"
 
+#include "support/accesibilidad.h"
 #include <QCheckBox>
 #include <QComboBox>
 #include <QFrame>
@@ -72,6 +74,11 @@ private slots:
         Tfcat_articulos_lista f(m_s);
         QCOMPARE(f.tabla().recordCount(), 0);
         QCOMPARE(f.Filtros.value(f.FiltroIndice), QStringLiteral("Solo activos"));
+        LAR_VERIFICA_ACCESIBLE(&f);
+        {
+            TfAddArticulos agrega(m_s);
+            LAR_VERIFICA_ACCESIBLE(&agrega);
+        }
         f.Button1Click();
         QCOMPARE(nombres(f.tabla()),
                  (QStringList{QStringLiteral("ANILLO DE PLATA"),

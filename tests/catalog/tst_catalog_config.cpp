@@ -170,7 +170,11 @@ private slots:
 
         // The input rules, in edit mode.
         f = abre();
-        LAR_VERIFICA_ACCESIBLE(f.get());
+        for (int i = 0; i < f->pcConfig->count(); ++i) { // every page
+            f->pcConfig->setCurrentIndex(i);
+            LAR_VERIFICA_ACCESIBLE(f.get());
+        }
+        f->pcConfig->setCurrentIndex(0);
         QVERIFY(!f->vPuntos->isReadOnly() && f->vFolioPuntos->isEnabled());
         QTest::keyClick(f->vFolioPuntos, Qt::Key_A);
         QTest::sendKeyEvent(QTest::Click, f->vFolioPuntos, Qt::Key_Ntilde, QStringLiteral("ñ"), {});

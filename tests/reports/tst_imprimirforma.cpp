@@ -15,6 +15,8 @@
 #include "toolkit/reporte/reporte.h"
 #include "toolkit/reporte/visor.h"
 
+#include "support/accesibilidad.h"
+#include <QAccessible>
 #include <freexl.h>
 
 #include <QCheckBox>
@@ -265,6 +267,7 @@ private slots:
             QCOMPARE(forma(*d)->text(), QStringLiteral("Vale"));
             QVERIFY(habilitados(*d));
             QCOMPARE(d->windowTitle(), QStringLiteral("Imprimir"));
+            LAR_VERIFICA_ACCESIBLE(d.get());
         }
         // The memory is per user, folder and subfolder.
         QString otro = QStringLiteral("Boleto");
@@ -330,6 +333,7 @@ private slots:
         QStringList vistos;
         bool revisado = false;
         lartest::alAparecer<TfPreview>([&](TfPreview *p) {
+            LAR_VERIFICA_ACCESIBLE(p);
             auto boton = [&](const char16_t *n) {
                 return p->findChild<QToolButton *>(QString::fromUtf16(n));
             };
@@ -350,6 +354,12 @@ private slots:
             pagina->setText(QStringLiteral("3"));
             QTest::keyClick(pagina, Qt::Key_Return);
             vistos << QString::number(visor->pagina());
+            // The page is a picture: assistive technology reads its number and texts.
+            QAccessibleInterface *leida = QAccessible::queryAccessibleInterface(visor);
+            QCOMPARE(leida->role(), QAccessible::Document);
+            QVERIFY2(
+                leida->text(QAccessible::Description).startsWith(QStringLiteral("Página 3 de ")),
+                qPrintable(leida->text(QAccessible::Description)));
             pagina->setText(QStringLiteral("9"));
             QTest::keyClick(pagina, Qt::Key_Return);
             vistos << pagina->text();

@@ -4,6 +4,7 @@
 // are written.
 
 #include "../core/ayudagui.h"
+#include "security/sisdiseno.h"
 
 #include "core/conecta.h"
 #include "core/fmain.h"
@@ -17,6 +18,7 @@
 #include "toolkit/safecheckgroup.h"
 #include "toolkit/tag.h"
 
+#include "support/accesibilidad.h"
 #include <QLabel>
 #include <QLineEdit>
 #include <QMap>
@@ -160,6 +162,11 @@ private slots:
         f.show();
         QVERIFY(QTest::qWaitForWindowExposed(&f));
         QCOMPARE(f.windowTitle(), QStringLiteral("Módulo de Seguridad"));
+        LAR_VERIFICA_ACCESIBLE(&f);
+        {
+            Tfsis_diseno diseno(s);
+            LAR_VERIFICA_ACCESIBLE(&diseno);
+        }
         QCOMPARE(f.vPers->text(), QStringLiteral(" < Seleccione un usuario >"));
         QVERIFY(f.Conectado);
         QStringList raices;

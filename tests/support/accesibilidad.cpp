@@ -9,6 +9,7 @@
 #include <QHeaderView>
 #include <QLineEdit>
 #include <QPlainTextEdit>
+#include <QScrollBar>
 #include <QTextEdit>
 #include <QWidget>
 
@@ -28,8 +29,8 @@ QWidget *control(QWidget *w)
 
 bool esInteractivo(const QWidget *w)
 {
-    // A table's headers are reached through the table itself.
-    if (qobject_cast<const QHeaderView *>(w))
+    // A table's headers and a view's scroll bars are reached through the view.
+    if (qobject_cast<const QHeaderView *>(w) || qobject_cast<const QScrollBar *>(w))
         return false;
     return qobject_cast<const QAbstractButton *>(w) || qobject_cast<const QLineEdit *>(w)
            || qobject_cast<const QComboBox *>(w) || qobject_cast<const QAbstractSpinBox *>(w)

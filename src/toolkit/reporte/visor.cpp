@@ -2,6 +2,9 @@
 
 #include "pintor.h"
 
+#include "toolkit/accesible.h"
+
+#include <QAccessibleWidget>
 #include <QLabel>
 #include <QResizeEvent>
 #include <QScrollBar>
@@ -12,6 +15,34 @@ namespace {
 // A millimetre at 100 % on a screen of 96 dots per inch.
 constexpr double kPxPorMm100 = 96.0 / 25.4;
 constexpr int kBorde = 12;
+
+// The page is a picture: assistive technology gets a document whose description
+// is the page number and the page's texts in drawing order.
+class AccesibleVisor : public QAccessibleWidget
+{
+public:
+    explicit AccesibleVisor(VisorReporte *v)
+        : QAccessibleWidget(v, QAccessible::Document)
+    {}
+    QString text(QAccessible::Text t) const override
+    {
+        const auto *v = static_cast<const VisorReporte *>(object());
+        if (t == QAccessible::Description && v->paginas() > 0) {
+            const QStringList textos = v->documento()->hojas.value(v->pagina() - 1).textos();
+            return QStringLiteral("Página %1 de %2. ").arg(v->pagina()).arg(v->paginas())
+                   + textos.join(u' ');
+        }
+        return QAccessibleWidget::text(t);
+    }
+};
+
+QAccessibleInterface *fabricaAccesible(const QString &, QObject *o)
+{
+    if (auto *v = qobject_cast<VisorReporte *>(o))
+        return new AccesibleVisor(v);
+    return nullptr;
+}
+
 } // namespace
 
 VisorReporte::VisorReporte(QWidget *parent)
@@ -23,6 +54,7 @@ VisorReporte::VisorReporte(QWidget *parent)
     m_hoja->setAccessibleName(QStringLiteral("Página del reporte"));
     setWidget(m_hoja);
     setAccessibleName(QStringLiteral("Vista previa del reporte"));
+    RenuevaAccesible<AccesibleVisor>(this, fabricaAccesible);
 }
 
 void VisorReporte::setDocumento(const Documento *doc)

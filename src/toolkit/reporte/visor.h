@@ -21,6 +21,7 @@ public:
 
     // The document must outlive the viewer or be replaced before it dies.
     void setDocumento(const Documento *doc);
+    const Documento *documento() const { return m_doc; }
     int paginas() const;
     int pagina() const { return m_pagina; } // 1-based; 0 without pages
     // The zoom actually shown, in percent (whole page and page width compute it).
