@@ -3,7 +3,9 @@
 #include "catalog/articulos_lista.h"
 #include "catalog/fconfig.h"
 #include "core/fmain.h"
+#include "points/asignapuntos_forma.h"
 #include "points/avisos.h"
+#include "points/historial_forma.h"
 #include "points/ventaspuntoslista.h"
 #include "reports/rep_porarticulo.h"
 #include "reports/rep_porbusqueda.h"
@@ -20,6 +22,8 @@ void RegistraModulos()
     RegistraRepPorCliente();
     RegistraRepPorArticulo();
     RegistraRepPorBusqueda();
+    RegistraAsignaPuntos();
+    RegistraHistorialPuntos();
 
     TfMain::RutinaReinicio() = RevisaReinicio;
 }
