@@ -14,6 +14,7 @@
 #include "toolkit/memgrid.h"
 #include "toolkit/memtable.h"
 #include "toolkit/mensajes.h"
+#include "toolkit/wordsearch.h"
 
 #include <QAction>
 #include <QApplication>
@@ -366,28 +367,15 @@ TfVentasPuntosLista::TfVentasPuntosLista(Sesion &sesion, QWidget *parent)
     }
     mVPuntos->addIndex(QStringLiteral("iFecha"), QStringLiteral("Fecha"));
     mVPuntos->open();
-    mVPuntos->setOnFilterRecord([this](MemTable &t) {
-        // The words are split once per refresh, not once per row.
-        if (FiltroTipo == 2 && m_palabras.isEmpty())
-            return true;
-        if (FiltroTipo == 0 && t.value(m_colNaturaleza).toString() != u"E")
-            return false;
-        if (FiltroTipo == 1 && t.value(m_colNaturaleza).toString() != u"S")
-            return false;
-        // Each word is sought in what the earlier ones left: any order, no overlap.
-        QString resto
-            = t.value(rFolio->isChecked() ? m_colFolio : m_colCliente).toString().toUpper();
-        for (const QString &w : m_palabras) {
-            const int i = int(resto.indexOf(w));
-            if (i < 0)
-                return false;
-            resto.remove(i, w.size());
-        }
-        return true;
-    });
     m_colNaturaleza = mVPuntos->fieldIndex(QStringLiteral("Naturaleza"));
     m_colFolio = mVPuntos->fieldIndex(QStringLiteral("Folio"));
     m_colCliente = mVPuntos->fieldIndex(QStringLiteral("Cliente"));
+    mVPuntos->setOnFilterRecord([this](MemTable &t) {
+        // 0 keeps the returns, 1 the redemptions, 2 all.
+        if (FiltroTipo != 2 && t.upperUtf8(m_colNaturaleza) != (FiltroTipo == 0 ? "E" : "S"))
+            return false;
+        return m_buscador.isEmpty() || m_buscador.matches(t.upperUtf8(campoBusca()));
+    });
     mVPuntos->setFiltered(true);
 
     auto boton = [this](const char *nombre, const QString &texto) {
@@ -465,6 +453,9 @@ TfVentasPuntosLista::TfVentasPuntosLista(Sesion &sesion, QWidget *parent)
     cxGrid->applyColumns();
     cxGrid->setEditTriggers(QAbstractItemView::NoEditTriggers);
     cxGrid->installEventFilter(this);
+    m_pintor = new HighlightDelegate(this);
+    m_pintor->setField(m_colCliente);
+    cxGrid->setItemDelegate(m_pintor);
 
     pAviso = new QFrame(this);
     pAviso->setObjectName(QStringLiteral("pAviso"));
@@ -575,10 +566,19 @@ void TfVentasPuntosLista::SetDate()
         mVPuntos->setRecNo(qMin(fila, mVPuntos->recordCount() - 1));
 }
 
+int TfVentasPuntosLista::campoBusca() const
+{
+    return rFolio->isChecked() ? m_colFolio : m_colCliente;
+}
+
 void TfVentasPuntosLista::aplicaFiltro()
 {
-    m_palabras = vBusca->text().toUpper().split(u' ', Qt::SkipEmptyParts);
+    const QStringList palabras = splitWords(vBusca->text());
+    m_buscador = WordMatcher(palabras);
+    m_pintor->setWords(palabras);
+    m_pintor->setField(campoBusca());
     mVPuntos->refresh();
+    cxGrid->viewport()->update();
 }
 
 void TfVentasPuntosLista::setEstatus(QChar estatus)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/mform.h"
+#include "toolkit/wordsearch.h"
 
 #include <QDate>
 #include <QString>
@@ -81,6 +82,8 @@ public:
     QChar FiltroEstatus; // 'C' normal, 'X' cancelled, other all
 
     MemTable &tabla() { return *mVPuntos; }
+    // Paints the words of vBusca in the searched column.
+    HighlightDelegate &pintor() { return *m_pintor; }
     void SetDate();
     void bNewClick();
     void bOpenClick();
@@ -124,7 +127,9 @@ private:
     Sesion &m_s;
     bool m_iniciando = true;
     TfVentasPuntos *m_venta = nullptr;
-    QStringList m_palabras;
+    int campoBusca() const;
+    HighlightDelegate *m_pintor;
+    WordMatcher m_buscador; // the words of vBusca, ready for the filter
     int m_colNaturaleza = -1, m_colFolio = -1, m_colCliente = -1;
 };
 

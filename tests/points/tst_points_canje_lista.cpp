@@ -6,13 +6,17 @@
 
 #include "points/ventaspuntos.h"
 #include "points/ventaspuntoslista.h"
+#include "shared/periodo.h"
 
 #include "support/guionmensajes.h"
 #include "support/testmain.h"
 #include "toolkit/memgrid.h"
 #include "toolkit/memtable.h"
+#include "toolkit/wordsearch.h"
 
 #include <QAction>
+#include <QApplication>
+#include <QComboBox>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
@@ -29,6 +33,7 @@ class TestLista : public QObject
 private:
     std::unique_ptr<Tienda> t;
     QList<int> doctos;
+    int boletos = 0;
 
 private slots:
     void initTestCase()
@@ -43,6 +48,13 @@ private slots:
             doctos << r.doctoId;
         }
         QCOMPARE(CancelaVenta(t->s, doctos.at(1)), QString());
+        // Tickets alone: no issue document, so no warehouse.
+        GuardaRegistro(t->s, QStringLiteral("ArtBoleto"), QString::number(t->boleto));
+        const GuardaVenta::Resultado r
+            = g.guarda(t->canje({t->linea(t->boleto, t->claveBoleto, 1, 1)}));
+        GuardaRegistro(t->s, QStringLiteral("ArtBoleto"), QString());
+        QVERIFY2(r.ok && r.soloBoletos, qPrintable(r.error + r.aviso.texto));
+        boletos = r.doctoId;
     }
 
     void textoPeriodo_data()
@@ -165,56 +177,174 @@ private slots:
         microsip::asignaSerie(db, t->concepto, QStringLiteral("CP"), 50);
     }
 
-    // The load, status and search; the capture opened on a row moves the list.
-    void listaYNavegacion()
+    // The load and the filters: status and warehouse reload, type and search filter
+    // in memory and paint the words in the searched column; the keys of the grid.
+    void listaYFiltros()
     {
         lartest::GuionMensajes guion;
         TfVentasPuntosLista l(t->s);
         l.show();
         MemTable &m = l.tabla();
-        QCOMPARE(m.recordCount(), 3);
+        QCOMPARE(m.recordCount(), 4);
         l.mCancelados->trigger();
         QCOMPARE(m.recordCount(), 1);
         QCOMPARE(m.fieldByName(QStringLiteral("DoctoID")).asInteger(), doctos.at(1));
         QCOMPARE(m.fieldByName(QStringLiteral("Cancelado")).asString(), QStringLiteral("C"));
         l.mNormales->trigger();
-        QCOMPARE(m.recordCount(), 2);
-        QCOMPARE(m.fieldByName(QStringLiteral("Puntos")).asInteger() % 10, 0);
+        QCOMPARE(m.recordCount(), 3);
         l.mTodosEstatus->trigger();
         l.bSoloEntradas->trigger(); // redemptions are exits: nothing is left
         QCOMPARE(m.recordCount(), 0);
+        l.bSoloSalidas->trigger();
+        QCOMPARE(m.recordCount(), 4);
         l.bTodos->trigger();
 
-        // Search by folio, words in any order without overlap.
-        const QString folio = t->texto(
-            QStringLiteral("select folio from doctos_in where docto_in_id=%1").arg(doctos.at(2)));
-        l.rFolio->setChecked(true);
-        l.vBusca->setText(FolioNormaliza(folio));
-        QCOMPARE(m.recordCount(), 1);
-        l.vBusca->setText(QStringLiteral("P C"));
+        // The warehouse drops the redemption of tickets alone; another one shows nothing.
+        l.vAlmacen->setCurrentIndex(l.vAlmacen->findData(t->almacen));
         QCOMPARE(m.recordCount(), 3);
+        QVERIFY(!m.locate(QStringLiteral("DoctoID"), boletos));
+        const int otro = l.vAlmacen->currentIndex() == 1 ? 2 : 1;
+        if (otro < l.vAlmacen->count()) {
+            l.vAlmacen->setCurrentIndex(otro);
+            QCOMPARE(m.recordCount(), 0);
+        }
+        l.vAlmacen->setCurrentIndex(0);
+        QCOMPARE(m.recordCount(), 4);
+        QVERIFY(m.locate(QStringLiteral("DoctoID"), boletos));
+        QVERIFY(m.fieldByName(QStringLiteral("Almacen")).asString().isEmpty());
+
+        // Search by folio, words in any order without overlap, painted in that column.
+        const QString folio = FolioNormaliza(t->texto(
+            QStringLiteral("select folio from doctos_in where docto_in_id=%1").arg(doctos.at(2))));
+        l.rFolio->setChecked(true);
+        l.vBusca->setText(folio.toLower());
+        QCOMPARE(m.recordCount(), 1);
+        QCOMPARE(l.cxGrid->itemDelegate(), &l.pintor());
+        QCOMPARE(l.pintor().field(), m.fieldIndex(QStringLiteral("Folio")));
+        QCOMPARE(l.pintor().words(), QStringList{folio});
+        QCOMPARE(l.pintor().highlightRects(folio, l.cxGrid->font()).size(), 1);
+        l.vBusca->setText(QStringLiteral("P C"));
+        QCOMPARE(m.recordCount(), 4);
         l.vBusca->setText(QStringLiteral("CP CP"));
         QCOMPARE(m.recordCount(), 0);
-        l.vBusca->clear();
+        // The same words on the customer: the painted column follows the radio button.
+        const QString nombre = t->texto(
+            QStringLiteral("select nombre from clientes where cliente_id=%1").arg(t->cliente));
+        const QString palabra = nombre.section(u' ', 0, 0);
+        l.rDestino->setChecked(true);
+        l.vBusca->setText(palabra);
+        QCOMPARE(m.recordCount(), 4);
+        QCOMPARE(l.pintor().field(), m.fieldIndex(QStringLiteral("Cliente")));
+        QCOMPARE(l.pintor().words(), QStringList{palabra.toUpper()});
 
-        // Opened on the first row; bDown moves the list's grid and loads the next one.
+        // On the grid a printable key goes on in the box, Esc empties it.
+        l.vBusca->clear();
+        l.cxGrid->setFocus();
+        QTest::keyClicks(l.cxGrid, QStringLiteral("zq"));
+        QCOMPARE(l.vBusca->text(), QStringLiteral("zq"));
+        QCOMPARE(m.recordCount(), 0);
+        QTest::keyClick(l.cxGrid, Qt::Key_Escape);
+        QVERIFY(l.vBusca->text().isEmpty());
+        QCOMPARE(m.recordCount(), 4);
+        QVERIFY2(guion.cajas().isEmpty(), qPrintable(guion.textos().join(u'|')));
+    }
+
+    // Enter on the grid opens the row; bDown and bUp move the list's grid and load
+    // what they find; at either end nothing moves. Only one capture at a time.
+    void navegacion()
+    {
+        lartest::GuionMensajes guion;
+        TfVentasPuntosLista l(t->s);
+        l.show();
+        MemTable &m = l.tabla();
+        QVERIFY(m.recordCount() >= 3);
+        QList<int> orden;
+        for (m.first(); !m.eof(); m.next())
+            orden << m.fieldByName(QStringLiteral("DoctoID")).asInteger();
         m.first();
-        const int primero = m.fieldByName(QStringLiteral("DoctoID")).asInteger();
-        int visto = 0, siguiente = 0;
+        QList<int> vistos;
+        QList<int> filas;
         QTimer::singleShot(0, this, [&] {
             TfVentasPuntos *f = l.ventaAbierta();
             if (!f)
                 return;
-            visto = f->DoctoID;
+            auto nota = [&] {
+                vistos << f->DoctoID;
+                filas << m.recNo();
+            };
+            nota();
+            f->bUp->click(); // already on the first: stays
+            nota();
             f->bDown->click();
-            siguiente = f->DoctoID;
+            nota();
+            f->bDown->click();
+            nota();
+            f->bUp->click();
+            nota();
+            QCOMPARE(f->mDet->recordCount(), 1);
             f->close();
         });
+        l.cxGrid->setFocus();
+        QTest::keyClick(l.cxGrid, Qt::Key_Return);
+        QCOMPARE(vistos, (QList<int>{orden[0], orden[0], orden[1], orden[2], orden[1]}));
+        QCOMPARE(filas, (QList<int>{0, 0, 1, 2, 1}));
+        QVERIFY2(guion.cajas().isEmpty(), qPrintable(guion.textos().join(u'|')));
+    }
+
+    // bNew and bOpen ask ValidaPreferencias first: without a costing method nothing
+    // opens. bPeriodo stores the chosen period for the user and reloads.
+    void comandos()
+    {
+        lartest::GuionMensajes guion;
+        TfVentasPuntosLista l(t->s);
+        l.show();
+        t->ejecuta(QStringLiteral("update registry set valor=NULL where nombre='METODO_COSTEO'"));
+        bool abierta = false;
+        QTimer sondeo;
+        QObject::connect(&sondeo, &QTimer::timeout, [&] {
+            if (TfVentasPuntos *f = l.ventaAbierta()) {
+                abierta = true;
+                f->close();
+            }
+        });
+        sondeo.start(20);
+        l.bNew->click();
         l.bOpen->click();
-        QCOMPARE(visto, primero);
-        m.setRecNo(1);
-        QCOMPARE(siguiente, m.fieldByName(QStringLiteral("DoctoID")).asInteger());
-        QVERIFY(siguiente != primero);
+        const QString aviso = QStringLiteral("Primero debe definir el método de costeo en las "
+                                             "preferencias de inventarios de Microsip");
+        QCOMPARE(guion.textos(), (QStringList{aviso, aviso}));
+        QVERIFY(!abierta);
+        t->ejecuta(QStringLiteral("update registry set valor='C' where nombre='METODO_COSTEO'"));
+        guion.limpia();
+        guion.responde({mb::IdYes}); // the closing question of the new capture
+        l.bNew->click();
+        QVERIFY(abierta);
+        sondeo.stop();
+        QCOMPARE(guion.textos(),
+                 QStringList{QStringLiteral("¿Desea cancelar la edición de la Canje de puntos?")});
+        guion.limpia();
+
+        // The period dialog: "Hoy" accepted, stored, the list reloaded on today's rows.
+        QTimer::singleShot(0, this, [] {
+            if (auto *d = qobject_cast<TfPeriodo *>(QApplication::activeModalWidget())) {
+                d->g5->setChecked(true);
+                d->Button1->click();
+            }
+        });
+        l.bPeriodo->click();
+        QCOMPARE(l.Periodo.tipo, 5);
+        QCOMPARE(l.vPeriodo->text(),
+                 QStringLiteral("Hoy: ") + QDate::currentDate().toString(u"dd/MM/yyyy"));
+        QCOMPARE(LeePeriodo(t->s).tipo, 5);
+        QCOMPARE(l.tabla().recordCount(), 4); // all saved today
+        QTimer::singleShot(0, this, [] {
+            if (auto *d = qobject_cast<TfPeriodo *>(QApplication::activeModalWidget()))
+                d->Button2->click();
+        });
+        l.bPeriodo->click(); // cancelled: nothing changes
+        QCOMPARE(LeePeriodo(t->s).tipo, 5);
+        PeriodoVista todo;
+        QCOMPARE(GuardaPeriodo(t->s, todo), QString());
         QVERIFY2(guion.cajas().isEmpty(), qPrintable(guion.textos().join(u'|')));
     }
 };
