@@ -7,6 +7,8 @@
 #include "points/ventaspuntos.h"
 
 #include "core/acceso.h"
+#include "core/registro.h"
+#include "shared/listas.h"
 
 #include "reports/formas.h"
 #include "reports/imprimirforma.h"
@@ -291,6 +293,87 @@ private slots:
         QCOMPARE(guion.textos(),
                  QStringList{QStringLiteral("¿Desea cancelar la edición de la Canje de puntos?")});
         QCOMPARE(bloqueos(), 0);
+        guion.responde({mb::IdYes});
+        f->close();
+        QVERIFY(!f->isVisible());
+    }
+
+    // The commands around a capture: the chooser needs a customer; any key in the
+    // customer box asks before the loaded one is lost; a new warehouse keeps the lines
+    // on No; F12 saves, prints as many ticket copies as ticket units and starts a clean
+    // capture without the lock; bNew drops a capture and its lock.
+    void comandos()
+    {
+        lartest::GuionMensajes guion;
+        GuardaRegistro(t->s, QStringLiteral("UsarArtBoleto"), QStringLiteral("S"));
+        GuardaRegistro(t->s, QStringLiteral("ArtBoleto"), QString::number(t->boleto));
+        GuardaRegistro(t->s, QStringLiteral("FormaBoleto"), QStringLiteral("Boleto"));
+        auto f = nueva();
+        f->bListaArt->click();
+        QCOMPARE(guion.textos(),
+                 QStringList{QStringLiteral("Primero debe seleccionar un cliente.")});
+        guion.limpia();
+        cliente(*f);
+        QCOMPARE(f->ClienteID, t->cliente);
+
+        // A letter, not Enter, asks first; No keeps the customer and eats the key.
+        const QString clave = f->txtCliente->text();
+        QTest::keyClick(f->txtCliente, Qt::Key_X);
+        QCOMPARE(guion.textos(),
+                 QStringList{QStringLiteral("Se perderá la captura. ¿Desea continuar?")});
+        QCOMPARE(f->txtCliente->text(), clave);
+        QCOMPARE(f->ClienteID, t->cliente);
+        QCOMPARE(bloqueos(), 1);
+
+        f->cxGrid->setFocus();
+        escribe(*f, CapturaPuntos::colClave, t->clave1);
+        escribe(*f, CapturaPuntos::colUnidades, QStringLiteral("1"));
+        escribe(*f, CapturaPuntos::colClave, t->claveBoleto); // not stocked: the ticket passes
+        escribe(*f, CapturaPuntos::colUnidades, QStringLiteral("2"));
+        QCOMPARE(f->TotalPuntos, 30);
+
+        // Another warehouse: No leaves it selected and the lines in place.
+        guion.limpia();
+        const int almacen = f->almacen();
+        QVERIFY(f->cmbAlmacen->count() > 1);
+        f->cmbAlmacen->setCurrentIndex(f->cmbAlmacen->currentIndex() == 0 ? 1 : 0);
+        QCOMPARE(guion.textos(),
+                 QStringList{QStringLiteral("Se perderá la captura. ¿Desea continuar?")});
+        QVERIFY(f->almacen() != almacen);
+        QCOMPARE(f->lineas().size(), 3);
+        f->cmbAlmacen->setKeyValue(almacen); // asked again, No again
+        guion.limpia();
+        QCOMPARE(f->almacen(), almacen);
+
+        const int saldo = t->saldo();
+        Impresion impresion;
+        QTest::keyClick(f.get(), Qt::Key_F12);
+        QVERIFY2(guion.cajas().isEmpty(), qPrintable(guion.textos().join(u'|')));
+        GuardaRegistro(t->s, QStringLiteral("UsarArtBoleto"), QStringLiteral("N"));
+        GuardaRegistro(t->s, QStringLiteral("ArtBoleto"), QString());
+        QCOMPARE(impresion.copias, 2);
+        QVERIFY(impresion.docto > 0);
+        QCOMPARE(t->saldo(), saldo - 30);
+        QCOMPARE(t->valor(QStringLiteral("select count(*) from lar_puntos where docto_id=%1")
+                              .arg(impresion.docto))
+                     .toInt(),
+                 2);
+        QCOMPARE(bloqueos(), 0);
+        QVERIFY(f->isVisible());
+        QVERIFY(f->bEdit->isChecked());
+        QVERIFY(f->EsNueva);
+        QCOMPARE(f->DoctoID, 0);
+        QCOMPARE(f->ClienteID, 0);
+        QVERIFY(f->mDet->isEmpty());
+        QVERIFY(f->ticket().isEmpty());
+
+        // bNew on a loaded customer: the lock goes with the capture.
+        cliente(*f);
+        QCOMPARE(bloqueos(), 1);
+        f->bNew->click();
+        QCOMPARE(bloqueos(), 0);
+        QCOMPARE(f->ClienteID, 0);
+        QVERIFY(f->txtCliente->text().isEmpty());
         guion.responde({mb::IdYes});
         f->close();
         QVERIFY(!f->isVisible());
