@@ -143,20 +143,32 @@ void GuardaRegistro(Sesion &s, const QString &nombre, const QString &valor)
 
 bool ExisteTabla(Sesion &s, const QString &nombre)
 {
+    const QString n = normaliza(nombre);
+    if (s.ObjetosCache.contains(n))
+        return true;
     fb::Query q(&s.fbDatabase(), &s.fbUpdateTrans());
     q.setSql(QStringLiteral("select count(*) from rdb$relations where rdb$relation_name=:n"));
-    q.bind(QStringLiteral("n"), normaliza(nombre));
-    return cuenta(q) >= 1;
+    q.bind(QStringLiteral("n"), n);
+    const bool existe = cuenta(q) >= 1;
+    if (existe)
+        s.ObjetosCache.insert(n);
+    return existe;
 }
 
 bool ExisteCampo(Sesion &s, const QString &tabla, const QString &campo)
 {
+    const QString clave = tabla + u'.' + campo;
+    if (s.ObjetosCache.contains(clave))
+        return true;
     fb::Query q(&s.fbDatabase(), &s.fbUpdateTrans());
     q.setSql(QStringLiteral("select count(*) from rdb$relation_fields where rdb$relation_name = "
                             ":t and rdb$field_name=:f"));
     q.bind(QStringLiteral("t"), tabla);
     q.bind(QStringLiteral("f"), campo);
-    return cuenta(q) >= 1;
+    const bool existe = cuenta(q) >= 1;
+    if (existe)
+        s.ObjetosCache.insert(clave);
+    return existe;
 }
 
 bool ExisteProcedimiento(Sesion &s, const QString &nombre)

@@ -100,6 +100,8 @@ void Sesion::ConfigRollback()
 
 void Sesion::desconecta()
 {
+    // The next attachment may be another company, of another Microsip version.
+    ObjetosCache.clear();
     fb::Database *const bases[] = {&m_fbDatabase, &m_fbConfig, &m_fbMetadatos};
     for (fb::Database *db : bases) {
         try {

@@ -6,6 +6,7 @@
 #include "fb/transaction.h"
 
 #include <QHash>
+#include <QSet>
 #include <QString>
 
 #include <array>
@@ -86,6 +87,10 @@ public:
     // as long as the session and are never invalidated.
     QHash<QString, int> RegistroCache;
     QHash<QString, bool> ProcCache;
+    // Tables ("NAME") and columns ("TABLE.COLUMN") found by the object tests: an
+    // object once there stays for the run (nothing drops them), so only a miss asks
+    // the engine again, and a table created meanwhile is then found.
+    QSet<QString> ObjetosCache;
     // "7.22.1", set by the Microsip version test.
     QString VersionMicrosip;
     // Full path of "Puntos.ini", set by RutaIni.

@@ -20,6 +20,21 @@ double cuatroDecimales(double v)
     return qRound64(v * 10000.0) / 10000.0;
 }
 
+// The save's statements, owned by the session and prepared once for the run: a shop
+// saves redemption after redemption, and preparing them again was much of the cost
+// of each save. Writes and single-row counts only, each run and closed within the
+// call that uses it, on fbUpdateTrans.
+fb::Query &sentencia(Sesion &s, const QString &nombre, const QString &sql)
+{
+    fb::Query *q = s.consulta(nombre);
+    if (!q) {
+        q = s.creaQuery(false, nombre);
+        q->setAutoCommit(false);
+    }
+    q->setSql(sql);
+    return *q;
+}
+
 } // namespace
 
 GuardaVenta::GuardaVenta(Sesion &sesion)
@@ -92,12 +107,13 @@ bool GuardaVenta::GuardaDoctoIn(const Canje &canje, Estado &estado, AvisoCanje &
     if (unidad.isEmpty())
         unidad = QStringLiteral("V");
 
-    fb::Query q(&s.fbDatabase(), &s.fbUpdateTrans());
     const bool conSucursal
         = ExisteCampo(s, QStringLiteral("DOCTOS_IN"), QStringLiteral("SUCURSAL_ID"));
     QVariant sucursal;
     if (conSucursal) {
-        q.setSql(
+        fb::Query &q = sentencia(
+            s,
+            QStringLiteral("qCanjeSucursal"),
             QStringLiteral("SELECT  s.sucursal_id FROM sucursales s WHERE s.es_matriz = true"));
         q.open();
         if (!q.eof())
@@ -141,37 +157,41 @@ bool GuardaVenta::GuardaDoctoIn(const Canje &canje, Estado &estado, AvisoCanje &
         return true;
     }
 
-    q.setSql(QStringLiteral(
-                 "INSERT INTO doctos_in (docto_in_id, almacen_id, concepto_in_id, folio, "
-                 "naturaleza_concepto, fecha, cancelado, aplicado, descripcion, forma_emitida, "
-                 "contabilizado, sistema_origen, centro_costo_id, usuario_creador%1) VALUES "
-                 "(:docto_in_id, :almacen_id, :concepto_in_id, :folio, :naturaleza_concepto, "
-                 "current_timestamp, :cancelado, :aplicado, :descripcion, :forma_emitida, "
-                 ":contabilizado, :sistema_origen, :centro_costo_id, current_user%2)")
-                 .arg(conSucursal ? QStringLiteral(", sucursal_id") : QString(),
-                      conSucursal ? QStringLiteral(", :sucursal_id") : QString()));
+    fb::Query &encabezado = sentencia(
+        s,
+        conSucursal ? QStringLiteral("qCanjeDoctoInSucursal") : QStringLiteral("qCanjeDoctoIn"),
+        QStringLiteral(
+            "INSERT INTO doctos_in (docto_in_id, almacen_id, concepto_in_id, folio, "
+            "naturaleza_concepto, fecha, cancelado, aplicado, descripcion, forma_emitida, "
+            "contabilizado, sistema_origen, centro_costo_id, usuario_creador%1) VALUES "
+            "(:docto_in_id, :almacen_id, :concepto_in_id, :folio, :naturaleza_concepto, "
+            "current_timestamp, :cancelado, :aplicado, :descripcion, :forma_emitida, "
+            ":contabilizado, :sistema_origen, :centro_costo_id, current_user%2)")
+            .arg(conSucursal ? QStringLiteral(", sucursal_id") : QString(),
+                 conSucursal ? QStringLiteral(", :sucursal_id") : QString()));
     const QString no = QStringLiteral("N");
-    q.bind(QStringLiteral("docto_in_id"), estado.doctoNuevoId);
-    q.bind(QStringLiteral("almacen_id"), canje.almacenId);
-    q.bind(QStringLiteral("concepto_in_id"), estado.conceptoId);
-    q.bind(QStringLiteral("folio"), folio);
-    q.bind(QStringLiteral("naturaleza_concepto"), QStringLiteral("S"));
-    q.bind(QStringLiteral("cancelado"), no);
-    q.bind(QStringLiteral("aplicado"), no);
-    q.bind(QStringLiteral("forma_emitida"), no);
-    q.bind(QStringLiteral("contabilizado"), no);
-    q.bind(QStringLiteral("descripcion"),
-           QStringLiteral("Cliente: ") + canje.txtCliente
-               + QStringLiteral(" salida generada automáticamente por concepto de canjeo de "
-                                "puntos."));
-    q.bind(QStringLiteral("sistema_origen"), QStringLiteral("LV"));
+    encabezado.bind(QStringLiteral("docto_in_id"), estado.doctoNuevoId);
+    encabezado.bind(QStringLiteral("almacen_id"), canje.almacenId);
+    encabezado.bind(QStringLiteral("concepto_in_id"), estado.conceptoId);
+    encabezado.bind(QStringLiteral("folio"), folio);
+    encabezado.bind(QStringLiteral("naturaleza_concepto"), QStringLiteral("S"));
+    encabezado.bind(QStringLiteral("cancelado"), no);
+    encabezado.bind(QStringLiteral("aplicado"), no);
+    encabezado.bind(QStringLiteral("forma_emitida"), no);
+    encabezado.bind(QStringLiteral("contabilizado"), no);
+    encabezado.bind(
+        QStringLiteral("descripcion"),
+        QStringLiteral("Cliente: ") + canje.txtCliente
+            + QStringLiteral(" salida generada automáticamente por concepto de canjeo de "
+                             "puntos."));
+    encabezado.bind(QStringLiteral("sistema_origen"), QStringLiteral("LV"));
     const bool conCentro
         = !canje.centroCosto.isEmpty() && canje.centroCosto != QLatin1String("--1");
-    q.bind(QStringLiteral("centro_costo_id"),
-           conCentro ? QVariant(canje.centroCosto.toInt()) : QVariant());
+    encabezado.bind(QStringLiteral("centro_costo_id"),
+                    conCentro ? QVariant(canje.centroCosto.toInt()) : QVariant());
     if (conSucursal)
-        q.bind(QStringLiteral("sucursal_id"), sucursal);
-    q.execute();
+        encabezado.bind(QStringLiteral("sucursal_id"), sucursal);
+    encabezado.execute();
     estado.folioEncabezado = folio;
 
     QList<const LineaCanje *> porPartida;
@@ -183,40 +203,45 @@ bool GuardaVenta::GuardaDoctoIn(const Canje &canje, Estado &estado, AvisoCanje &
         porPartida.begin(), porPartida.end(), [](const LineaCanje *a, const LineaCanje *b) {
             return a->partida < b->partida;
         });
-    q.setSql(QStringLiteral(
-        "INSERT INTO doctos_in_det (docto_in_id, almacen_id, concepto_in_id, clave_articulo, "
-        "articulo_id, tipo_movto, unidades, costo_unitario, costo_total, metodo_costeo, "
-        "cancelado, aplicado, costeo_pend, pedimento_pend, rol, fecha, docto_in_det_id) "
-        "VALUES (:docto_in_id, :almacen_id, :concepto_in_id, :clave_articulo, :articulo_id, "
-        ":tipo_movto, :unidades, :costo_unitario, :costo_total, :metodo_costeo, :cancelado, "
-        ":aplicado, :costeo_pend, :pedimento_pend, :rol, current_date, :docto_in_det_id)"));
+    fb::Query &detalle = sentencia(
+        s,
+        QStringLiteral("qCanjeDoctoInDet"),
+        QStringLiteral(
+            "INSERT INTO doctos_in_det (docto_in_id, almacen_id, concepto_in_id, clave_articulo, "
+            "articulo_id, tipo_movto, unidades, costo_unitario, costo_total, metodo_costeo, "
+            "cancelado, aplicado, costeo_pend, pedimento_pend, rol, fecha, docto_in_det_id) "
+            "VALUES (:docto_in_id, :almacen_id, :concepto_in_id, :clave_articulo, :articulo_id, "
+            ":tipo_movto, :unidades, :costo_unitario, :costo_total, :metodo_costeo, :cancelado, "
+            ":aplicado, :costeo_pend, :pedimento_pend, :rol, current_date, :docto_in_det_id)"));
     for (const LineaCanje *l : porPartida) {
         const double unidades
             = unidad == QLatin1String("C") ? l->unidades * l->contUC : l->unidades;
-        q.bind(QStringLiteral("docto_in_id"), estado.doctoNuevoId);
-        q.bind(QStringLiteral("almacen_id"), canje.almacenId);
-        q.bind(QStringLiteral("concepto_in_id"), estado.conceptoId);
-        q.bind(QStringLiteral("clave_articulo"), l->clave);
-        q.bind(QStringLiteral("articulo_id"), l->articuloId);
-        q.bind(QStringLiteral("tipo_movto"), QStringLiteral("S"));
-        q.bind(QStringLiteral("unidades"), cuatroDecimales(unidades));
-        q.bind(QStringLiteral("costo_unitario"), cuatroDecimales(l->costoUltimaCompra));
-        q.bind(QStringLiteral("costo_total"), l->unidades * l->costoUltimaCompra);
-        q.bind(QStringLiteral("metodo_costeo"), QString(canje.metodoCosteo));
-        q.bind(QStringLiteral("cancelado"), no);
-        q.bind(QStringLiteral("aplicado"), no);
-        q.bind(QStringLiteral("costeo_pend"), no);
-        q.bind(QStringLiteral("pedimento_pend"), no);
-        q.bind(QStringLiteral("rol"), no);
-        q.bind(QStringLiteral("docto_in_det_id"), -1);
-        q.execute();
+        detalle.bind(QStringLiteral("docto_in_id"), estado.doctoNuevoId);
+        detalle.bind(QStringLiteral("almacen_id"), canje.almacenId);
+        detalle.bind(QStringLiteral("concepto_in_id"), estado.conceptoId);
+        detalle.bind(QStringLiteral("clave_articulo"), l->clave);
+        detalle.bind(QStringLiteral("articulo_id"), l->articuloId);
+        detalle.bind(QStringLiteral("tipo_movto"), QStringLiteral("S"));
+        detalle.bind(QStringLiteral("unidades"), cuatroDecimales(unidades));
+        detalle.bind(QStringLiteral("costo_unitario"), cuatroDecimales(l->costoUltimaCompra));
+        detalle.bind(QStringLiteral("costo_total"), l->unidades * l->costoUltimaCompra);
+        detalle.bind(QStringLiteral("metodo_costeo"), QString(canje.metodoCosteo));
+        detalle.bind(QStringLiteral("cancelado"), no);
+        detalle.bind(QStringLiteral("aplicado"), no);
+        detalle.bind(QStringLiteral("costeo_pend"), no);
+        detalle.bind(QStringLiteral("pedimento_pend"), no);
+        detalle.bind(QStringLiteral("rol"), no);
+        detalle.bind(QStringLiteral("docto_in_det_id"), -1);
+        detalle.execute();
     }
 
     // Microsip's triggers move the stock here: a shortage is refused at this point.
-    q.setSql(
+    fb::Query &aplica = sentencia(
+        s,
+        QStringLiteral("qCanjeAplica"),
         QStringLiteral("UPDATE doctos_in SET aplicado = 'S' WHERE docto_in_id = :docto_in_id"));
-    q.bind(QStringLiteral("docto_in_id"), estado.doctoNuevoId);
-    q.execute();
+    aplica.bind(QStringLiteral("docto_in_id"), estado.doctoNuevoId);
+    aplica.execute();
     return true;
 }
 
@@ -224,15 +249,18 @@ bool GuardaVenta::AsignaFolio(int conceptoId, QString &vFolio, AvisoCanje &aviso
 {
     Sesion &s = m_sesion;
     const bool conSeries = ExisteTabla(s, QStringLiteral("FOLIOS_CONCEPTOS"));
-    fb::Query q(&s.fbDatabase(), &s.fbUpdateTrans());
-    if (conSeries)
-        q.setSql(
-            QStringLiteral("SELECT ci.folio_autom,fc.consecutivo , ci.tipo, ci.concepto_in_id, "
-                           "ci.nombre,fc.Serie FROM conceptos_in ci Join Folios_Conceptos fc on "
-                           "fc.concepto_id=ci.concepto_in_id WHERE concepto_in_id=:con"));
-    else
-        q.setSql(QStringLiteral("SELECT folio_autom,sig_folio,tipo,concepto_in_id,nombre FROM "
-                                "conceptos_in WHERE concepto_in_id=:con"));
+    fb::Query &q
+        = conSeries
+              ? sentencia(s,
+                          QStringLiteral("qCanjeConceptoSerie"),
+                          QStringLiteral(
+                              "SELECT ci.folio_autom,fc.consecutivo , ci.tipo, ci.concepto_in_id, "
+                              "ci.nombre,fc.Serie FROM conceptos_in ci Join Folios_Conceptos fc "
+                              "on fc.concepto_id=ci.concepto_in_id WHERE concepto_in_id=:con"))
+              : sentencia(s,
+                          QStringLiteral("qCanjeConcepto"),
+                          QStringLiteral("SELECT folio_autom,sig_folio,tipo,concepto_in_id,nombre "
+                                         "FROM conceptos_in WHERE concepto_in_id=:con"));
     q.bind(QStringLiteral("con"), conceptoId);
     q.open();
     const bool hay = !q.eof();
@@ -263,25 +291,32 @@ bool GuardaVenta::AsignaFolio(int conceptoId, QString &vFolio, AvisoCanje &aviso
 
     // The series stores the next of the number read, so skipped folios are met again
     // by the next save; the concept stores the next of the folio taken.
-    if (conSeries) {
-        q.setSql(QStringLiteral(
-            "UPDATE Folios_Conceptos f_c SET consecutivo = :sig_folio WHERE concepto_id = :id "));
-        q.bind(QStringLiteral("sig_folio"), consecutivo + 1);
-    } else {
-        q.setSql(QStringLiteral("UPDATE conceptos_in SET sig_folio = :sig_folio WHERE "
-                                "concepto_in_id = :id and folio_autom='S'"));
-        q.bind(QStringLiteral("sig_folio"), FolioSiguiente(vFolio, ledger::AnchoFolio));
-    }
-    q.bind(QStringLiteral("id"), conceptoId);
-    q.execute();
+    fb::Query &sigue
+        = conSeries
+              ? sentencia(s,
+                          QStringLiteral("qCanjeSerie"),
+                          QStringLiteral("UPDATE Folios_Conceptos f_c SET consecutivo = "
+                                         ":sig_folio WHERE concepto_id = :id "))
+              : sentencia(s,
+                          QStringLiteral("qCanjeSigFolio"),
+                          QStringLiteral("UPDATE conceptos_in SET sig_folio = :sig_folio WHERE "
+                                         "concepto_in_id = :id and folio_autom='S'"));
+    if (conSeries)
+        sigue.bind(QStringLiteral("sig_folio"), consecutivo + 1);
+    else
+        sigue.bind(QStringLiteral("sig_folio"), FolioSiguiente(vFolio, ledger::AnchoFolio));
+    sigue.bind(QStringLiteral("id"), conceptoId);
+    sigue.execute();
     return true;
 }
 
 bool GuardaVenta::ExisteFolioIn(int conceptoId, const QString &folio)
 {
-    fb::Query q(&m_sesion.fbDatabase(), &m_sesion.fbUpdateTrans());
-    q.setSql(QStringLiteral(
-        "select count(*) from doctos_in where concepto_in_id=:con and folio=:folio"));
+    fb::Query &q = sentencia(
+        m_sesion,
+        QStringLiteral("qCanjeExisteFolio"),
+        QStringLiteral(
+            "select count(*) from doctos_in where concepto_in_id=:con and folio=:folio"));
     q.bind(QStringLiteral("con"), conceptoId);
     q.bind(QStringLiteral("folio"), FolioRellena(folio, ledger::AnchoFolio));
     q.open();
@@ -293,23 +328,35 @@ bool GuardaVenta::ExisteFolioIn(int conceptoId, const QString &folio)
 void GuardaVenta::GuardaPuntos(const Canje &canje, const Estado &estado)
 {
     Sesion &s = m_sesion;
-    fb::Query q(&s.fbDatabase(), &s.fbUpdateTrans());
-    q.setSql(QStringLiteral(
-        "INSERT INTO LAR_PUNTOS (lar_puntos_id, cliente_id, docto_id, articulo_id, tipo_docto, "
-        "folio, naturaleza, unidades, valor_puntos, sistema,partida) VALUES (:lar_puntos_id, "
-        ":cliente_id, :docto_id, :articulo_id, :tipo_docto, :folio, :naturaleza, :unidades, "
-        ":valor_puntos, 'IN',:partida);"));
+    fb::Query &q = sentencia(
+        s,
+        QStringLiteral("qCanjePuntos"),
+        QStringLiteral(
+            "INSERT INTO LAR_PUNTOS (lar_puntos_id, cliente_id, docto_id, articulo_id, tipo_docto, "
+            "folio, naturaleza, unidades, valor_puntos, sistema,partida) VALUES (:lar_puntos_id, "
+            ":cliente_id, :docto_id, :articulo_id, :tipo_docto, :folio, :naturaleza, :unidades, "
+            ":valor_puntos, 'IN',:partida);"));
+    int conArticulo = 0;
+    for (const LineaCanje &l : canje.lineas)
+        conArticulo += l.articuloId > 0 ? 1 : 0;
+    if (conArticulo == 0)
+        return;
+    // The ids of all the rows in one call: the generator hands out the same run of
+    // numbers that one call per row would, without a round trip for each.
+    int id = GetNextID(s, QStringLiteral("PUNTOS"), conArticulo) - conArticulo + 1;
+    const QString tipo(QLatin1Char(ledger::Canje));
+    const QString naturaleza(QLatin1Char(ledger::Salida));
     int partida = 1;
     // Numbered by grid position: a line without an article leaves a gap.
     for (const LineaCanje &l : canje.lineas) {
         if (l.articuloId > 0) {
-            q.bind(QStringLiteral("lar_puntos_id"), GetNextID(s, QStringLiteral("PUNTOS"), 1));
+            q.bind(QStringLiteral("lar_puntos_id"), id++);
             q.bind(QStringLiteral("cliente_id"), canje.clienteId);
             q.bind(QStringLiteral("docto_id"), estado.doctoNuevoId);
             q.bind(QStringLiteral("articulo_id"), l.articuloId);
-            q.bind(QStringLiteral("tipo_docto"), QString(QLatin1Char(ledger::Canje)));
+            q.bind(QStringLiteral("tipo_docto"), tipo);
             q.bind(QStringLiteral("folio"), estado.folioDocto);
-            q.bind(QStringLiteral("naturaleza"), QString(QLatin1Char(ledger::Salida)));
+            q.bind(QStringLiteral("naturaleza"), naturaleza);
             q.bind(QStringLiteral("unidades"), l.unidades);
             q.bind(QStringLiteral("valor_puntos"), l.totalPuntos);
             q.bind(QStringLiteral("partida"), partida);

@@ -355,6 +355,13 @@ private slots:
         QCOMPARE(t.cuenta(QStringLiteral("lar_puntos")), filas);
         QCOMPARE(t.existencia(t.art1), exis);
         QCOMPARE(t.siguiente(), folio);
+
+        // The session's prepared statements of the save outlive a reconnection.
+        GuardaVenta g(t.s);
+        const GuardaVenta::Resultado r = g.guarda(t.canje({t.linea(t.art1, t.clave1, 1, 1)}));
+        QVERIFY2(r.ok, qPrintable(r.error + r.aviso.texto));
+        QCOMPARE(ledgerDe(t, r.doctoId).size(), 1);
+        QCOMPARE(t.existencia(t.art1), exis - 1);
     }
 
 private:
