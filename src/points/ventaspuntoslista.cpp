@@ -370,6 +370,7 @@ TfVentasPuntosLista::TfVentasPuntosLista(Sesion &sesion, QWidget *parent)
     m_colNaturaleza = mVPuntos->fieldIndex(QStringLiteral("Naturaleza"));
     m_colFolio = mVPuntos->fieldIndex(QStringLiteral("Folio"));
     m_colCliente = mVPuntos->fieldIndex(QStringLiteral("Cliente"));
+    m_colCancelado = mVPuntos->fieldIndex(QStringLiteral("Cancelado"));
     mVPuntos->setOnFilterRecord([this](MemTable &t) {
         // 0 keeps the returns, 1 the redemptions, 2 all.
         if (FiltroTipo != 2 && t.upperUtf8(m_colNaturaleza) != (FiltroTipo == 0 ? "E" : "S"))
@@ -543,19 +544,15 @@ void TfVentasPuntosLista::SetDate()
         q.bind(QStringLiteral("almacen"), vAlmacen->currentData().toInt());
     mVPuntos->disableControls();
     mVPuntos->emptyTable();
-    for (q.open(); !q.eof(); q.next()) {
-        mVPuntos->appendRecord(
-            {q.field(0).toInt(),
-             q.field(1).toInt(),
-             FolioNormaliza(q.field(2).toString()),
-             q.field(3).toVariant(),
-             q.field(4).toString(),
-             q.field(5).toString(),
-             q.field(6).toInt(),
-             q.field(7).toDateTime(),
-             q.field(8).toString(),
-             q.field(9).toString() == u"X" ? QStringLiteral("C") : QStringLiteral("N")});
-    }
+    q.open();
+    // The statement's columns are the table's fields, in order: only the folio (to
+    // its short form) and the status (from TIPO_DOCTO) change on the way in.
+    mVPuntos->loadFromQuery(q, [this](std::span<QVariant> v) {
+        QVariant &folio = v[size_t(m_colFolio)];
+        folio = FolioNormaliza(folio.toString());
+        QVariant &cancelado = v[size_t(m_colCancelado)];
+        cancelado = cancelado.toString() == u"X" ? QStringLiteral("C") : QStringLiteral("N");
+    });
     q.close();
     mVPuntos->setIndexName(QStringLiteral("iFecha"));
     mVPuntos->enableControls();

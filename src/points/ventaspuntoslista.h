@@ -130,7 +130,7 @@ private:
     int campoBusca() const;
     HighlightDelegate *m_pintor;
     WordMatcher m_buscador; // the words of vBusca, ready for the filter
-    int m_colNaturaleza = -1, m_colFolio = -1, m_colCliente = -1;
+    int m_colNaturaleza = -1, m_colFolio = -1, m_colCliente = -1, m_colCancelado = -1;
 };
 
 // Registers the module of tag 73.

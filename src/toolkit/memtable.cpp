@@ -184,7 +184,7 @@ void MemTable::emptyTable()
     signalData();
 }
 
-int MemTable::loadFromQuery(fb::Query &query)
+int MemTable::loadFromQuery(fb::Query &query, const AjusteFila &ajuste)
 {
     requireActive();
     checkBrowseMode();
@@ -193,14 +193,16 @@ int MemTable::loadFromQuery(fb::Query &query)
     const int cols = std::min(query.fieldCount(), fieldCount());
     try {
         for (; !query.eof(); query.next()) {
-            Rec *r = newRec();
+            std::unique_ptr<Rec> r(newRec());
             for (int i = 0; i < cols; ++i) {
                 const fb::Field f = query.field(i);
                 if (!f.isNull())
                     r->v[size_t(i)] = convert(m_defs[size_t(i)], f.toVariant());
             }
-            m_all.emplace_back(r);
-            m_cur = r;
+            if (ajuste)
+                ajuste(std::span<QVariant>(r->v));
+            m_cur = r.get();
+            m_all.push_back(std::move(r));
             m_orderDirty = true;
             ++n;
         }

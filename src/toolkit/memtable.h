@@ -10,6 +10,7 @@
 #include <exception>
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -160,8 +161,12 @@ public:
     void emptyTable();
 
     // Appends every row of the query from its current row to the end, column n to
-    // field n; returns the rows added. The table must be open.
-    int loadFromQuery(fb::Query &query);
+    // field n; returns the rows added. The table must be open. ajuste, when given,
+    // sees each row's values once converted, before the row joins the table, and may
+    // rewrite them (keeping each field's type): a load that reshapes a column or two
+    // needs no append and post per row.
+    using AjusteFila = std::function<void(std::span<QVariant> valores)>;
+    int loadFromQuery(fb::Query &query, const AjusteFila &ajuste = {});
 
     // Rows in sight and the current row (0-based; -1 when there is none).
     int recordCount() const;

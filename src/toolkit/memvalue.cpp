@@ -113,6 +113,14 @@ fb::Decimal toDecimal(const FieldDef &def, const QVariant &v, int scale)
 
 int compareVariant(FieldType t, const QVariant &a, const QVariant &b, bool caseInsensitive)
 {
+    // Sorting a list by its date compares millions of times: two stored date-times
+    // are read in place, before the null test (an empty one sorts first all the same).
+    if (t == FieldType::DateTime && a.typeId() == QMetaType::QDateTime
+        && b.typeId() == QMetaType::QDateTime) {
+        const QDateTime &x = *static_cast<const QDateTime *>(a.constData());
+        const QDateTime &y = *static_cast<const QDateTime *>(b.constData());
+        return x < y ? -1 : (y < x ? 1 : 0);
+    }
     const bool na = a.isNull(), nb = b.isNull();
     if (na || nb)
         return na == nb ? 0 : (na ? -1 : 1);
