@@ -35,6 +35,7 @@
 #include "toolkit/ribbon.h"
 
 #include <QApplication>
+#include <QDateEdit>
 #include <QDir>
 #include <QLineEdit>
 #include <QPainter>

@@ -1249,6 +1249,27 @@ void TfVentasPuntos::bDownClick()
     mueve(1);
 }
 
+void TfVentasPuntos::AlCambiarCliente()
+{
+    // The customer taken, the warehouse comes next, or the lines.
+    if (cmbAlmacen->isEnabled() && cmbAlmacen->isVisible())
+        cmbAlmacen->setFocus();
+    else
+        cxGrid->setFocus();
+}
+
+bool TfVentasPuntos::eventFilter(QObject *obj, QEvent *ev)
+{
+    if (obj == cmbAlmacen && ev->type() == QEvent::KeyPress) {
+        const int tecla = static_cast<QKeyEvent *>(ev)->key();
+        if ((tecla == Qt::Key_Return || tecla == Qt::Key_Enter) && almacen() != -1) {
+            cxGrid->setFocus();
+            return true;
+        }
+    }
+    return CapturaPuntos::eventFilter(obj, ev);
+}
+
 bool TfVentasPuntos::FormKeyDown(QKeyEvent *ev)
 {
     if (ev->modifiers() == Qt::NoModifier && ev->key() == Qt::Key_F11 && bSaveClose->isEnabled()) {

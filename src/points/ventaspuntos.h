@@ -209,7 +209,9 @@ protected:
     bool ValidaCantidad(int unidades) override;
     void ConfiguraSelector(Tfcat_articulos_lista &lista) override;
     bool PuedeAgregar() override;
+    void AlCambiarCliente() override;
     void showEvent(QShowEvent *ev) override;
+    bool eventFilter(QObject *obj, QEvent *ev) override;
     bool FormKeyDown(QKeyEvent *ev) override;
 
 private:

@@ -315,6 +315,10 @@ private slots:
         guion.limpia();
         cliente(*f);
         QCOMPARE(f->ClienteID, t->cliente);
+        // The warehouse comes next; Enter there goes on to the lines.
+        QCOMPARE(QApplication::focusWidget(), f->cmbAlmacen);
+        QTest::keyClick(f->cmbAlmacen, Qt::Key_Return);
+        QCOMPARE(QApplication::focusWidget(), f->cxGrid);
 
         // A letter, not Enter, asks first; No keeps the customer and eats the key.
         const QString clave = f->txtCliente->text();
