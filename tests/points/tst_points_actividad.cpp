@@ -10,6 +10,7 @@
 #include "reports/formas.h"
 #include "reports/imprimirforma.h"
 #include "shared/flista.h"
+#include "support/accesibilidad.h"
 #include "support/guionmensajes.h"
 #include "support/testenv.h"
 #include "support/testmain.h"
@@ -167,6 +168,7 @@ private slots:
         auto f = abre();
         QCOMPARE(f->windowTitle(), QStringLiteral("Asignar Puntos a Empleados"));
         QCOMPARE(f->FolioEmpleados, QStringLiteral("E00000001"));
+        LAR_VERIFICA_ACCESIBLE(f.get());
         QCOMPARE(f->mClientes->recordCount(), 0); // nobody flagged yet
 
         QTest::keyClicks(f->txtCliente, claveCliente);
