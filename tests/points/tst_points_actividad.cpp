@@ -7,6 +7,7 @@
 #include "points/asignarpa.h"
 #include "points/asignarpa_forma.h"
 
+#include "catalog/articulos_lista.h"
 #include "reports/formas.h"
 #include "reports/imprimirforma.h"
 #include "shared/flista.h"
@@ -282,6 +283,18 @@ private slots:
         QTest::keyClicks(f->txtCliente, claveCliente);
         QTest::keyClick(f->txtCliente, Qt::Key_Return);
         QCOMPARE(f->ClienteID, t->cliente);
+        // The articles list needs no warehouse and offers only activities.
+        bool soloActividades = false;
+        QTimer::singleShot(0, [&] {
+            if (auto *l
+                = qobject_cast<Tfcat_articulos_lista *>(QApplication::activeModalWidget())) {
+                soloActividades = l->SoloNoAlmacenables && !l->SoloAlmacenables;
+                l->reject();
+            }
+        });
+        QTest::keyClick(f.get(), Qt::Key_F4);
+        QVERIFY2(guion.cajas().isEmpty(), qPrintable(guion.textos().join(u'|')));
+        QVERIFY(soloActividades);
         f->bNew->click();
         QVERIFY(f->isVisible());
         QVERIFY(f->bEdit->isChecked());
