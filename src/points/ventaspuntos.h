@@ -34,7 +34,8 @@ class Sesion;
 //   Sentido::Salida   points are spent (the redemption, TfVentasPuntos): each line
 //                     is measured against PuntosDisponibles, which falls as lines go in.
 //   Sentido::Entrada  points are given (the points by activity): lines add to the
-//                     total and no balance test is made.
+//                     total and to PuntosDisponibles, the balance after the save;
+//                     no balance test is made.
 //
 // Extension points for the form built on it, all virtual:
 //   ValidaArticulo      the tests of an article read by AgregaArticulo (the base tests
