@@ -13,6 +13,8 @@
 //   larvenos-demo reportes CARPETA DESTINO   the purchases report (rep-compras)
 //   larvenos-demo factura CARPETA DESTINO    the sample invoice of the CFDI 4.0 sale
 //                                            (factura-cfdi)
+//   larvenos-demo historial CARPETA DESTINO  the points history of the customer with
+//                                            the most ledger rows (historial)
 
 #include "app/modulos.h"
 #include "catalog/articulos_lista.h"
@@ -20,6 +22,7 @@
 #include "core/fmain.h"
 #include "db/actualizadb.h"
 #include "microsip/sim/entorno.h"
+#include "points/historial_forma.h"
 #include "points/ventaspuntos.h"
 #include "points/ventaspuntoslista.h"
 #include "reports/formas.h"
@@ -54,11 +57,12 @@ QTextStream &err()
     return s;
 }
 
-// The rights of the demo cashier: redemptions (all), history, manual points and
-// the three reports.
+// The rights of the demo cashier: redemptions (all), history, manual points, the
+// three reports and points by activity.
 void derechosDemo(lar::Sesion &s)
 {
-    const QList<QPair<int, int>> derechos{{73, 31}, {74, 3}, {75, 3}, {76, 7}, {77, 7}, {78, 3}};
+    const QList<QPair<int, int>> derechos{
+        {73, 31}, {74, 3}, {75, 3}, {76, 7}, {77, 7}, {78, 3}, {79, 15}};
     fb::TransactionGuard guardia(s.fbUpdateTrans());
     fb::Query q(&s.fbDatabase(), &s.fbUpdateTrans());
     q.setSql(QStringLiteral(
@@ -451,6 +455,46 @@ int factura(const QString &carpeta, const QString &destino)
                : 1;
 }
 
+// The points history of the customer with the most ledger rows, over the demo's
+// last 45 days.
+int historial(const QString &carpeta, const QString &destino)
+{
+    const microsip::Entorno e
+        = microsip::Entorno::abre(carpeta, qEnvironmentVariable("LAR_FB_PASSWORD"));
+    lar::Sesion s;
+    e.conecta(s.fbConfig(), e.rutaConfig());
+    e.conecta(s.fbDatabase(), e.rutaEmpresa(e.empresas().value(0)));
+    s.UsuarioActual = QStringLiteral("SYSDBA");
+    QString clave;
+    {
+        fb::Transaction tr(&s.fbDatabase());
+        fb::Query q(&s.fbDatabase(), &tr);
+        q.setTrimChars(true);
+        q.setSql(QStringLiteral(
+            "select first 1 (select first 1 clave_cliente from claves_clientes k where "
+            "k.cliente_id = p.cliente_id) from lar_puntos p join clientes c on c.cliente_id = "
+            "p.cliente_id where c.estatus = 'A' group by p.cliente_id order by count(*) desc"));
+        q.open();
+        clave = q.eof() ? QString() : q.field(0).toString();
+        q.close();
+        tr.commit();
+    }
+    lar::TfHistorialPuntos f(s);
+    f.Acceso = 3;
+    f.resize(1000, 560);
+    f.show();
+    f.txtCliente->setText(clave);
+    f.BuscaClave();
+    if (f.ClienteID == 0)
+        return 1;
+    f.dtpFecIni->setDate(QDate::currentDate().addDays(-45));
+    f.dtpFecFin->setDate(QDate::currentDate());
+    f.bAceptarClick();
+    QApplication::processEvents();
+    QDir().mkpath(destino);
+    return guarda(&f, destino + QStringLiteral("/historial.png")) ? 0 : 1;
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -473,13 +517,15 @@ int main(int argc, char *argv[])
             return reportes(args[2], args[3]);
         if (args.size() == 4 && args[1] == u"factura")
             return factura(args[2], args[3]);
+        if (args.size() == 4 && args[1] == u"historial")
+            return historial(args[2], args[3]);
     } catch (const std::exception &ex) {
         err() << ex.what() << Qt::endl;
         return 1;
     }
     err() << "Uso: larvenos-demo instala CARPETA | capturas CARPETA DESTINO | vale CARPETA DESTINO"
              " | articulos CARPETA DESTINO | canje CARPETA DESTINO"
-             " | reportes CARPETA DESTINO | factura CARPETA DESTINO"
+             " | reportes CARPETA DESTINO | factura CARPETA DESTINO | historial CARPETA DESTINO"
           << Qt::endl;
     return 2;
 }

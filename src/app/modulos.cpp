@@ -4,6 +4,7 @@
 #include "catalog/fconfig.h"
 #include "core/fmain.h"
 #include "points/asignapuntos_forma.h"
+#include "points/asignarpa_forma.h"
 #include "points/avisos.h"
 #include "points/historial_forma.h"
 #include "points/ventaspuntoslista.h"
@@ -23,6 +24,7 @@ void RegistraModulos()
     RegistraRepPorArticulo();
     RegistraRepPorBusqueda();
     RegistraAsignaPuntos();
+    RegistraAsignarPA();
     RegistraHistorialPuntos();
 
     TfMain::RutinaReinicio() = RevisaReinicio;

@@ -1077,8 +1077,12 @@ QDate Field::toDate() const
         std::memcpy(&d, p, 4);
         return decodeDate(d);
     }
-    if (c.type == SQL_TIMESTAMP)
-        return toDateTime().date();
+    if (c.type == SQL_TIMESTAMP) {
+        // Straight from the stamp: a local date-time would look up the time zone.
+        ISC_TIMESTAMP ts;
+        std::memcpy(&ts, p, 8);
+        return decodeDate(ts.timestamp_date);
+    }
     return QDate::fromString(toTrimmed(), Qt::ISODate);
 }
 
@@ -1094,8 +1098,11 @@ QTime Field::toTime() const
         std::memcpy(&t, p, 4);
         return decodeTime(t);
     }
-    if (c.type == SQL_TIMESTAMP)
-        return toDateTime().time();
+    if (c.type == SQL_TIMESTAMP) {
+        ISC_TIMESTAMP ts;
+        std::memcpy(&ts, p, 8);
+        return decodeTime(ts.timestamp_time);
+    }
     return QTime::fromString(toTrimmed(), Qt::ISODateWithMs);
 }
 

@@ -58,6 +58,16 @@ const QString SqlMovimientosTodos = QStringLiteral(
     "C.cliente_id = P.cliente_id WHERE  cast( p.fecha as date ) between :fechaI and :fecha and "
     "p.docto_id <> 0 GROUP BY  2,1,3,4,5");
 
+// The ledger's FECHA is a wall time without a zone: held as UTC so that no time-zone
+// rule touches it, which also spares a zone look-up for each row loaded and sorted.
+QDateTime fechaDe(const fb::Field &f)
+{
+    if (f.isNull())
+        return {};
+    const QTime hora = f.toTime(); // none in a DATE column
+    return QDateTime(f.toDate(), hora.isValid() ? hora : QTime(0, 0), Qt::UTC);
+}
+
 QString fechaTexto(const QDate &d)
 {
     return d.toString(QStringLiteral("dd/MM/yyyy"));
@@ -72,6 +82,23 @@ HistorialPuntos::Caso HistorialPuntos::CasoDe(bool hayCliente, bool canjes, bool
     if (todos)
         return canjes ? CanjesTodos : MovimientosTodos;
     return Ninguno;
+}
+
+QString HistorialPuntos::Sentencia(Caso caso)
+{
+    switch (caso) {
+    case Kardex:
+        return SqlKardex;
+    case CanjesCliente:
+        return SqlCanjesCliente;
+    case CanjesTodos:
+        return SqlCanjesTodos;
+    case MovimientosTodos:
+        return SqlMovimientosTodos;
+    case Ninguno:
+        break;
+    }
+    return {};
 }
 
 QString HistorialPuntos::TituloColumna(Caso caso)
@@ -165,21 +192,19 @@ void HistorialPuntos::Consulta(Caso caso,
         return;
     fb::Query q(&m_sesion.fbDatabase(), &m_sesion.fbViewTrans());
     q.setTrimChars(true);
+    q.setSql(Sentencia(caso));
     switch (caso) {
     case Kardex:
     case CanjesCliente:
-        q.setSql(caso == Kardex ? SqlKardex : SqlCanjesCliente);
         q.bind(QStringLiteral("cliente"), cliente);
         q.bind(QStringLiteral("fechaI"), desde);
         q.bind(QStringLiteral("fecha"), hasta);
         break;
     case CanjesTodos:
-        q.setSql(SqlCanjesTodos);
         q.bind(QStringLiteral("fecha1"), desde);
         q.bind(QStringLiteral("fecha2"), hasta);
         break;
     case MovimientosTodos:
-        q.setSql(SqlMovimientosTodos);
         q.bind(QStringLiteral("fechaI"), desde);
         q.bind(QStringLiteral("fecha"), hasta);
         break;
@@ -205,7 +230,7 @@ void HistorialPuntos::Consulta(Caso caso,
         case CanjesCliente:
             kardex.appendRecord({q.field(4).toInt(),
                                  q.field(0).toTrimmed(),
-                                 q.field(1).toDateTime(),
+                                 fechaDe(q.field(1)),
                                  q.field(2).toTrimmed(),
                                  q.field(3).toTrimmed(),
                                  QVariant(),
@@ -214,7 +239,7 @@ void HistorialPuntos::Consulta(Caso caso,
         case CanjesTodos:
             kardex.appendRecord({q.field(4).toInt(),
                                  q.field(0).toTrimmed(),
-                                 q.field(1).toDate().startOfDay(),
+                                 fechaDe(q.field(1)),
                                  q.field(3).toTrimmed(),
                                  q.field(5).toTrimmed(),
                                  QVariant(),
@@ -223,7 +248,7 @@ void HistorialPuntos::Consulta(Caso caso,
         default:
             kardex.appendRecord({q.field(5).toInt(),
                                  q.field(0).toTrimmed(),
-                                 q.field(1).toDateTime(),
+                                 fechaDe(q.field(1)),
                                  q.field(4).toTrimmed(),
                                  DocumentoDe(q.field(2).toTrimmed(), q.field(3).toTrimmed()),
                                  QVariant(),
@@ -246,7 +271,7 @@ void HistorialPuntos::Consulta(Caso caso,
     for (q.open(); !q.eof(); q.next())
         kardex2.appendRecord({q.field(2).toInt(),
                               q.field(0).toTrimmed(),
-                              q.field(1).toDateTime(),
+                              fechaDe(q.field(1)),
                               q.field(4).toTrimmed(),
                               q.field(5).toInt()});
     q.close();

@@ -25,6 +25,9 @@ public:
 
     // The first case that fits; a customer chosen outranks "all customers".
     static Caso CasoDe(bool hayCliente, bool canjes, bool todos);
+    // The statement that fills mKardex in the case (parameters :cliente, :fechaI and
+    // :fecha, or :fecha1 and :fecha2 in case 3); empty for Ninguno.
+    static QString Sentencia(Caso caso);
     // Caption of the grid's second column.
     static QString TituloColumna(Caso caso);
     // The text of Documento in case 4, by TIPO_DOCTO and NATURALEZA; empty for

@@ -79,11 +79,11 @@ TfHistorialPuntos::TfHistorialPuntos(Sesion &sesion, QWidget *parent)
     cxGrid->setTable(mKardex.get());
     MemTableModel *modelo = cxGrid->memModel();
     modelo->clearColumns();
-    modelo->addColumn(QStringLiteral("Fecha"), QStringLiteral("Fecha"), 130);
-    modelo->addColumn(QStringLiteral("Articulo"), QStringLiteral("Artículo"), 260);
+    modelo->addColumn(QStringLiteral("Fecha"), QStringLiteral("Fecha"), 150);
+    modelo->addColumn(QStringLiteral("Articulo"), QStringLiteral("Artículo"), 330);
     modelo->addColumn(QStringLiteral("Puntos"), QStringLiteral("Puntos"), 70);
     modelo->addColumn(QStringLiteral("Folio"), QStringLiteral("Folio docto"), 100);
-    modelo->addColumn(QStringLiteral("Documento"), QStringLiteral("Documento"), 160);
+    modelo->addColumn(QStringLiteral("Documento"), QStringLiteral("Documento"), 190);
     modelo->reload();
     cxGrid->applyColumns();
 

@@ -265,16 +265,12 @@ void CapturaPuntos::BuscaClienteClave()
 {
     fb::Query q(&m_s.fbDatabase(), &m_s.fbViewTrans());
     q.setTrimChars(true);
-    q.setSql(QStringLiteral(
-        "SELECT c.nombre, clave_cliente, limite_credito,c.cliente_id FROM clientes c JOIN "
-        "claves_clientes v on v.cliente_id = c.cliente_id JOIN roles_claves_clientes r on "
-        "r.rol_clave_cli_id = v.rol_clave_cli_id WHERE c.estatus = 'A' and clave_cliente = "
-        ":clave_cliente"));
+    q.setSql(sqlClienteClave());
     q.bind(QStringLiteral("clave_cliente"), txtCliente->text());
     q.open();
     if (q.eof()) {
         q.close();
-        MuestraAviso(QStringLiteral("La clave no existe."), QStringLiteral("Aviso"));
+        MuestraAviso(avisoClienteClave(), QStringLiteral("Aviso"));
         txtCliente->setFocus();
         txtCliente->selectAll();
         return;
@@ -306,17 +302,24 @@ void CapturaPuntos::BuscaClienteClave()
     AlCambiarCliente();
 }
 
-void CapturaPuntos::bClienteClick()
+QString CapturaPuntos::sqlClienteClave() const
+{
+    return QStringLiteral(
+        "SELECT c.nombre, clave_cliente, limite_credito,c.cliente_id FROM clientes c JOIN "
+        "claves_clientes v on v.cliente_id = c.cliente_id JOIN roles_claves_clientes r on "
+        "r.rol_clave_cli_id = v.rol_clave_cli_id WHERE c.estatus = 'A' and clave_cliente = "
+        ":clave_cliente");
+}
+
+QString CapturaPuntos::avisoClienteClave() const
+{
+    return QStringLiteral("La clave no existe.");
+}
+
+void CapturaPuntos::llenaClientes(fb::Query &q)
 {
     mClientes->close();
     mClientes->clearFields();
-    fb::Query q(&m_s.fbDatabase(), &m_s.fbViewTrans());
-    q.setTrimChars(true);
-    q.setSql(QStringLiteral(
-        "SELECT cliente_id, (select upper(list(clave_cliente,'^')) from claves_clientes v join "
-        "roles_claves_clientes r on r.rol_clave_cli_id=v.rol_clave_cli_id where v.cliente_id = "
-        "c.cliente_id ) clave, nombre, limite_credito FROM clientes c WHERE c.estatus = 'A'"));
-    q.open();
     mClientes->addField(QStringLiteral("id"), FieldType::Integer);
     mClientes->addField(QStringLiteral("clave"), FieldType::String, 200);
     mClientes->addField(QStringLiteral("nombre"), FieldType::String, 200);
@@ -324,8 +327,25 @@ void CapturaPuntos::bClienteClick()
     mClientes->addIndex(QStringLiteral("iClave"), QStringLiteral("clave"));
     mClientes->addIndex(QStringLiteral("iNombre"), QStringLiteral("nombre"));
     mClientes->open();
+    q.open();
     mClientes->loadFromQuery(q);
     q.close();
+}
+
+void CapturaPuntos::CargaListaClientes()
+{
+    fb::Query q(&m_s.fbDatabase(), &m_s.fbViewTrans());
+    q.setTrimChars(true);
+    q.setSql(QStringLiteral(
+        "SELECT cliente_id, (select upper(list(clave_cliente,'^')) from claves_clientes v join "
+        "roles_claves_clientes r on r.rol_clave_cli_id=v.rol_clave_cli_id where v.cliente_id = "
+        "c.cliente_id ) clave, nombre, limite_credito FROM clientes c WHERE c.estatus = 'A'"));
+    llenaClientes(q);
+}
+
+void CapturaPuntos::bClienteClick()
+{
+    CargaListaClientes();
     if (txtCliente->isReadOnly())
         return;
     ListaCols = {QStringLiteral("clave,,&Clave,100"), QStringLiteral("nombre,,&Nombre,500")};
@@ -445,16 +465,14 @@ void CapturaPuntos::ClaveCambiada(const QString &texto)
         return;
     }
     fb::Query q(&m_s.fbDatabase(), &m_s.fbViewTrans());
-    q.setSql(QStringLiteral("select articulo_id from claves_articulos where clave_articulo=:c"));
+    q.setSql(sqlClaveArticulo());
     q.bind(QStringLiteral("c"), clave);
     q.open();
     const int id = q.eof() ? 0 : q.field(0).toInt();
     q.close();
     if (id == 0) {
         mDet->checkBrowseMode();
-        MuestraAviso(QStringLiteral("El artículo con clave: '") + texto
-                         + QStringLiteral("' no existe, favor de verificar"),
-                     QStringLiteral("Aviso"));
+        MuestraAviso(avisoClaveArticulo(texto), QStringLiteral("Aviso"));
         cxGrid->setCurrentIndex(cxGrid->model()->index(mDet->recNo(), colClave));
         return;
     }
@@ -468,6 +486,26 @@ void CapturaPuntos::ClaveCambiada(const QString &texto)
         cxGrid->setCurrentIndex(cxGrid->model()->index(mDet->recNo(), colClave));
     }
     cxGrid->setFocus();
+}
+
+QString CapturaPuntos::sqlClaveArticulo() const
+{
+    return QStringLiteral("select articulo_id from claves_articulos where clave_articulo=:c");
+}
+
+QString CapturaPuntos::avisoClaveArticulo(const QString &texto) const
+{
+    return QStringLiteral("El artículo con clave: '") + texto
+           + QStringLiteral("' no existe, favor de verificar");
+}
+
+QString CapturaPuntos::sqlArticulo() const
+{
+    return QStringLiteral(
+        "SELECT articulo_id,nombre, es_almacenable, estatus,unidad_venta, (SELECT valor_puntos "
+        "FROM libres_articulos WHERE articulo_id=:id) as precio_puntos,(select "
+        "costo_ultima_compra from get_ultcom_art(articulo_id)) costo_ultima_compra, "
+        "contenido_unidad_compra,unidad_compra FROM articulos WHERE articulo_id=:id");
 }
 
 bool CapturaPuntos::ValidaArticulo(const DatosArticulo &a)
@@ -511,11 +549,7 @@ bool CapturaPuntos::AgregaArticulo(int articuloId, const QString &clave)
     try {
         fb::Query q(&m_s.fbDatabase(), &m_s.fbViewTrans());
         q.setTrimChars(true);
-        q.setSql(QStringLiteral(
-            "SELECT articulo_id,nombre, es_almacenable, estatus,unidad_venta, (SELECT valor_puntos "
-            "FROM libres_articulos WHERE articulo_id=:id) as precio_puntos,(select "
-            "costo_ultima_compra from get_ultcom_art(articulo_id)) costo_ultima_compra, "
-            "contenido_unidad_compra,unidad_compra FROM articulos WHERE articulo_id=:id"));
+        q.setSql(sqlArticulo());
         q.bind(QStringLiteral("id"), articuloId);
         q.open();
         DatosArticulo a;
@@ -664,7 +698,9 @@ void CapturaPuntos::CalculaTotales()
     if (actual >= 0)
         mDet->setRecNo(qMin(actual, mDet->recordCount() - 1));
     mDet->enableControls();
-    PuntosDisponibles = m_sentido == Sentido::Salida ? PuntosCliente - TotalPuntos : PuntosCliente;
+    // Spent points fall from the balance; given ones show the balance after the save.
+    PuntosDisponibles
+        = m_sentido == Sentido::Salida ? PuntosCliente - TotalPuntos : PuntosCliente + TotalPuntos;
     Partidas = lineas;
     pPartidas->setText(QStringLiteral("Partidas: ") + QString::number(lineas));
     pUnidades->setText(QStringLiteral("Unidades: ") + QString::number(unidades));

@@ -16,6 +16,10 @@ class QTextEdit;
 class QTimer;
 class QToolButton;
 
+namespace fb {
+class Query;
+}
+
 namespace lar {
 
 class LookupCombo;
@@ -30,7 +34,8 @@ class Sesion;
 //   Sentido::Salida   points are spent (the redemption, TfVentasPuntos): each line
 //                     is measured against PuntosDisponibles, which falls as lines go in.
 //   Sentido::Entrada  points are given (the points by activity): lines add to the
-//                     total and no balance test is made.
+//                     total and to PuntosDisponibles, the balance after the save;
+//                     no balance test is made.
 //
 // Extension points for the form built on it, all virtual:
 //   ValidaArticulo      the tests of an article read by AgregaArticulo (the base tests
@@ -39,6 +44,12 @@ class Sesion;
 //   ConfiguraSelector   how the article chooser (mode 5) is set up.
 //   AlCambiarCliente    after a customer has been taken (and locked).
 //   PuedeAgregar        the capture's preconditions for a line beyond the customer.
+//   CargaListaClientes  fills mClientes before the list is shown (the base reloads
+//                       the active customers each time).
+//   sqlClienteClave     the customer by key (nombre, clave, limite_credito and
+//                       cliente_id first) and avisoClienteClave, the word for a miss.
+//   sqlClaveArticulo    the article by key and avisoClaveArticulo, the word for a
+//                       miss; sqlArticulo, the article as AgregaArticulo reads it.
 // The derived form builds its own controls around the ones created here (txtCliente,
 // lblNomCliente, lbPuntosDisponibles, vTotalPuntos, MemDet, cxGrid, bEdit, bListaArt,
 // the status bar) and places them with colocaCaptura().
@@ -136,6 +147,14 @@ protected:
     virtual void ConfiguraSelector(class Tfcat_articulos_lista &lista);
     virtual void AlCambiarCliente() {}
     virtual bool PuedeAgregar() { return true; }
+    virtual void CargaListaClientes();
+    virtual QString sqlClienteClave() const;
+    virtual QString avisoClienteClave() const;
+    virtual QString sqlClaveArticulo() const;
+    virtual QString avisoClaveArticulo(const QString &texto) const;
+    virtual QString sqlArticulo() const;
+    // mClientes from a query of id, clave, nombre and, when it has one, the credit limit.
+    void llenaClientes(fb::Query &q);
     // The caption of the closing question.
     QString tituloCaptura() const { return windowTitle(); }
 

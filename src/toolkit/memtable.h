@@ -274,6 +274,7 @@ private:
     void ensure() const;
     void rebuild() const;
     void sortByText() const;
+    void sortByNumber() const;
     bool less(const Rec *a, const Rec *b) const;
     int compareKey(const Rec *a, const Rec *b) const;
     bool passes(Rec *r, qsizetype pos = -1) const;

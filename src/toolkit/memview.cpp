@@ -4,6 +4,7 @@
 #include "memtable_p.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace lar {
 
@@ -94,8 +95,14 @@ void MemTable::rebuild() const
         for (size_t i = 0; i < m_all.size(); ++i)
             m_order[i] = m_all[i].get();
         // m_all is in the order of entry, so a stable sort keeps ties that way.
-        if (m_key.fields.size() == 1 && m_defs[size_t(m_key.fields[0])].type == FieldType::String)
+        const FieldType unico
+            = m_key.fields.size() == 1 ? m_defs[size_t(m_key.fields[0])].type : FieldType::Currency;
+        if (m_key.fields.size() == 1 && unico == FieldType::String)
             sortByText();
+        else if (m_key.fields.size() == 1
+                 && (unico == FieldType::Integer || unico == FieldType::Float
+                     || unico == FieldType::Date || unico == FieldType::DateTime))
+            sortByNumber();
         else if (!m_key.fields.empty())
             std::stable_sort(m_order.begin(), m_order.end(), [this](const Rec *a, const Rec *b) {
                 return compareKey(a, b) < 0;
@@ -121,6 +128,61 @@ void MemTable::rebuild() const
         m_bof = true;
         m_eof = m_view.empty();
     }
+}
+
+void MemTable::sortByNumber() const
+{
+    // One number, date or moment: each row's key read once, as sortByText does for
+    // texts (a local moment converts through the time zone at every comparison
+    // otherwise). Nulls first, invalid dates and moments before valid ones, as
+    // compareVariant puts them.
+    struct Clave
+    {
+        bool nulo;
+        qint64 entero;
+        double real;
+        Rec *rec;
+    };
+    const size_t f = size_t(m_key.fields[0]);
+    const FieldType tipo = m_defs[f].type;
+    std::vector<Clave> claves;
+    claves.reserve(m_order.size());
+    for (Rec *r : m_order) {
+        const QVariant &v = r->v[f];
+        Clave c{v.isNull(), 0, 0, r};
+        if (!c.nulo) {
+            switch (tipo) {
+            case FieldType::Float:
+                c.real = v.toDouble();
+                break;
+            case FieldType::Date:
+                c.entero = v.toDate().toJulianDay(); // invalid: the least value
+                break;
+            case FieldType::DateTime: {
+                const QDateTime m = v.toDateTime();
+                c.entero = m.isValid() ? m.toMSecsSinceEpoch() : std::numeric_limits<qint64>::min();
+                break;
+            }
+            default:
+                c.entero = v.toLongLong();
+                break;
+            }
+        }
+        claves.push_back(c);
+    }
+    const bool desc = m_key.descending;
+    const bool real = tipo == FieldType::Float;
+    std::stable_sort(claves.begin(), claves.end(), [desc, real](const Clave &a, const Clave &b) {
+        const Clave &x = desc ? b : a;
+        const Clave &y = desc ? a : b;
+        if (x.nulo != y.nulo)
+            return x.nulo;
+        if (x.nulo)
+            return false;
+        return real ? x.real < y.real : x.entero < y.entero;
+    });
+    for (size_t i = 0; i < claves.size(); ++i)
+        m_order[i] = claves[i].rec;
 }
 
 void MemTable::sortByText() const

@@ -232,6 +232,8 @@ private slots:
         QCOMPARE(q.field(QStringLiteral("f")).toDate(), date);
         QCOMPARE(q.field(QStringLiteral("h")).toTime(), time);
         QCOMPARE(q.field(QStringLiteral("ts")).toDateTime(), QDateTime(date, time));
+        QCOMPARE(q.field(QStringLiteral("ts")).toDate(), date);
+        QCOMPARE(q.field(QStringLiteral("ts")).toTime(), time);
         QCOMPARE(q.field(QStringLiteral("b")).toBool(), true);
         QCOMPARE(q.field(QStringLiteral("c")).toString(), QStringLiteral("A001     "));
         QCOMPARE(q.field(QStringLiteral("c")).toTrimmed(), QStringLiteral("A001"));

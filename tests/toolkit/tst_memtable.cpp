@@ -123,6 +123,34 @@ private slots:
         QCOMPARE(ids(t), (QList<int>{1, 3, 4, 5, 2}));
     }
 
+    // A single number, date or moment key: nulls first, then invalid moments, ties
+    // in the order of entry, the reverse on a descending index; moments of either
+    // time spec compare as instants.
+    void numberOrder()
+    {
+        MemTable t;
+        t.addField(QStringLiteral("id"), FieldType::Integer);
+        t.addField(QStringLiteral("momento"), FieldType::DateTime);
+        t.addField(QStringLiteral("cantidad"), FieldType::Float);
+        t.open();
+        const QDateTime base(QDate(2026, 3, 1), QTime(10, 0), Qt::UTC);
+        t.appendRecord({1, base.addSecs(60), 2.5});
+        t.appendRecord({2, QVariant(), -1});
+        t.appendRecord({3, base, QVariant()});
+        t.appendRecord({4, QDateTime(), 2.5});
+        t.appendRecord({5, base.addSecs(60), 0.25});
+        t.appendRecord({6, base.toLocalTime().addSecs(30), 10});
+        t.setIndexFieldNames(QStringLiteral("momento"));
+        QCOMPARE(ids(t), (QList<int>{2, 4, 3, 6, 1, 5}));
+        t.addIndex(QStringLiteral("iDesc"), QStringLiteral("momento"), true);
+        t.setIndexName(QStringLiteral("iDesc"));
+        QCOMPARE(ids(t), (QList<int>{1, 5, 6, 3, 4, 2}));
+        t.setIndexFieldNames(QStringLiteral("cantidad"));
+        QCOMPARE(ids(t), (QList<int>{3, 2, 5, 1, 4, 6}));
+        t.setIndexFieldNames(QStringLiteral("id"));
+        QCOMPARE(ids(t), (QList<int>{1, 2, 3, 4, 5, 6}));
+    }
+
     void filterAndLocate()
     {
         MemTable t;
