@@ -307,7 +307,15 @@ QVariant MemTable::convert(const FieldDef &def, const QVariant &v)
 {
     if (v.isNull() || !v.isValid())
         return QVariant();
-    const bool text = v.typeId() == QMetaType::QString;
+    const int tipo = v.typeId();
+    // The common cases of a load first: a value already of the field's type.
+    if (def.type == FieldType::Integer && tipo == QMetaType::LongLong)
+        return v;
+    if (def.type == FieldType::Integer && tipo == QMetaType::Int)
+        return qlonglong(*static_cast<const int *>(v.constData()));
+    if (def.type == FieldType::Float && tipo == QMetaType::Double)
+        return v;
+    const bool text = tipo == QMetaType::QString;
     if (text && def.type != FieldType::String && v.toString().trimmed().isEmpty())
         return QVariant();
     switch (def.type) {
