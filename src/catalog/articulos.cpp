@@ -287,7 +287,7 @@ int ArticulosPuntos::carga(MemTable &mArt,
             else
                 fila << q.field(12).toVariant();
             fila << existencia;
-            mArt.appendRecord(fila);
+            mArt.appendRecord(std::move(fila));
             ++guardados;
         }
         if (leidos % 35 == 0 && reloj.elapsed() > umbral) {

@@ -446,6 +446,11 @@ void MemTable::deleteRecord()
 
 void MemTable::appendRecord(const QVariantList &values)
 {
+    appendRecord(QVariantList(values));
+}
+
+void MemTable::appendRecord(QVariantList &&values)
+{
     requireActive();
     checkBrowseMode();
     // Built in place rather than through the insert buffer: a load appends row after
@@ -453,7 +458,7 @@ void MemTable::appendRecord(const QVariantList &values)
     std::unique_ptr<Rec> r(newRec());
     const qsizetype n = std::min(values.size(), qsizetype(m_defs.size()));
     for (qsizetype i = 0; i < n; ++i)
-        r->v[size_t(i)] = convert(m_defs[size_t(i)], values[i]);
+        r->v[size_t(i)] = convert(m_defs[size_t(i)], std::move(values[i]));
     Rec *p = r.get();
     m_all.push_back(std::move(r));
     m_cur = p;

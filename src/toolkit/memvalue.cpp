@@ -303,7 +303,7 @@ void MemField::setValue(const QVariant &v)
 
 // --- MemTable: conversions -------------------------------------------------------
 
-QVariant MemTable::convert(const FieldDef &def, const QVariant &v)
+QVariant MemTable::convert(const FieldDef &def, QVariant v)
 {
     if (v.isNull() || !v.isValid())
         return QVariant();
@@ -352,7 +352,9 @@ QVariant MemTable::convert(const FieldDef &def, const QVariant &v)
         if (text) {
             // The common case of a load: the text as it came, unless it must be cut.
             const QString &t = *static_cast<const QString *>(v.constData());
-            return def.size > 0 && t.size() > def.size ? QVariant(t.left(def.size)) : v;
+            if (def.size > 0 && t.size() > def.size)
+                return t.left(def.size);
+            return v;
         }
         QString s;
         if (isDecimal(v))

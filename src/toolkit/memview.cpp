@@ -164,6 +164,7 @@ void MemTable::sortByText() const
     std::vector<Clave> claves;
     claves.reserve(m_order.size());
     std::u16string textos;
+    textos.reserve(m_order.size() * 32);
     for (Rec *r : m_order) {
         const QVariant &v = r->v[f];
         if (v.isNull()) {
@@ -179,14 +180,16 @@ void MemTable::sortByText() const
             t = &copia;
         }
         const qsizetype desde = qsizetype(textos.size());
+        textos.resize(textos.size() + size_t(t->size()));
+        char16_t *sale = textos.data() + desde;
         for (const QChar c : *t) {
             const char16_t u = c.unicode();
             if (u < 0x80)
-                textos.push_back(u >= u'A' && u <= u'Z' ? u + (u'a' - u'A') : u);
+                *sale++ = u >= u'A' && u <= u'Z' ? u + (u'a' - u'A') : u;
             else
-                textos.push_back(c.toCaseFolded().unicode());
+                *sale++ = c.toCaseFolded().unicode();
         }
-        claves.push_back({desde, qsizetype(textos.size()) - desde, r});
+        claves.push_back({desde, t->size(), r});
     }
     const bool desc = m_key.descending;
     const char16_t *base = textos.data();

@@ -347,6 +347,14 @@ private slots:
         QCOMPARE(cambios.count(), 0);
         QVERIFY(!t.locate(QStringLiteral("id"), 9));
 
+        // A list given by reference stays as it was; the stored text is cut to the size.
+        const QVariantList fila{9, u"higo de temporada del valle"_s, u"A"_s, 2};
+        t.appendRecord(fila);
+        QCOMPARE(fila.at(1).toString(), u"higo de temporada del valle"_s);
+        QCOMPARE(nombre.asString(), u"higo de temporada de"_s);
+        QCOMPARE(t.fieldByName(QStringLiteral("id")).asInteger(), 9);
+        t.deleteRecord();
+
         // eof/bof as a loop expects them.
         int n = 0;
         for (t.first(); !t.eof(); t.next())
