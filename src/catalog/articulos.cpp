@@ -244,6 +244,19 @@ int ArticulosPuntos::carga(MemTable &mArt,
         spExiste->bind(QStringLiteral("V_ALMACEN_ID"), op.almacenId);
     }
 
+    // Flags, status, units, lines and groups repeat row after row: the rows share one
+    // copy of each text, which leaves less to hold and less to free at the next load.
+    QSet<QString> textos;
+    auto compartido = [&textos](const fb::Field &f) {
+        if (f.isNull())
+            return QVariant();
+        const QString t = f.toString();
+        auto it = textos.constFind(t);
+        if (it == textos.cend())
+            it = textos.insert(t);
+        return QVariant(*it);
+    };
+
     QSet<int> vistos;
     QElapsedTimer reloj;
     reloj.start();
@@ -255,12 +268,13 @@ int ArticulosPuntos::carga(MemTable &mArt,
     for (; !q.eof(); q.next()) {
         ++leidos;
         const int id = q.field(1).toInt();
-        const QString almacenable = q.field(3).toString();
+        const QVariant almacenable = compartido(q.field(3));
+        const bool esAlmacenable = almacenable.toString() == u"S";
         // The joins of the bulk add can repeat an article.
         if (op.agregar && vistos.contains(id))
             continue;
         double existencia = 0;
-        if (spExiste && almacenable == u"S") {
+        if (spExiste && esAlmacenable) {
             spExiste->bind(QStringLiteral("V_ARTICULO_ID"), id);
             spExiste->execute();
             existencia = spExiste->field(2).toDouble();
@@ -269,15 +283,15 @@ int ArticulosPuntos::carga(MemTable &mArt,
         if (op.soloConExistencia)
             queda = existencia > 0;
         else if (op.soloExistentes)
-            queda = existencia > 0 || almacenable != u"S";
+            queda = existencia > 0 || !esAlmacenable;
         if (queda) {
             if (op.agregar)
                 vistos.insert(id);
             fila.clear();
             fila << id << q.field(0).toVariant() << q.field(2).toVariant() << almacenable
-                 << q.field(4).toVariant() << q.field(5).toVariant() << q.field(9).toVariant()
-                 << q.field(6).toVariant() << q.field(7).toVariant() << q.field(8).toVariant()
-                 << q.field(10).toVariant();
+                 << compartido(q.field(4)) << compartido(q.field(5)) << compartido(q.field(9))
+                 << compartido(q.field(6)) << compartido(q.field(7)) << q.field(8).toVariant()
+                 << compartido(q.field(10));
             if (op.agregar && op.agregar->puntos)
                 fila << *op.agregar->puntos;
             else
@@ -287,7 +301,7 @@ int ArticulosPuntos::carga(MemTable &mArt,
             else
                 fila << q.field(12).toVariant();
             fila << existencia;
-            mArt.appendRecord(fila);
+            mArt.appendRecord(std::move(fila));
             ++guardados;
         }
         if (leidos % 35 == 0 && reloj.elapsed() > umbral) {

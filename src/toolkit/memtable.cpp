@@ -448,15 +448,23 @@ void MemTable::deleteRecord()
 
 void MemTable::appendRecord(const QVariantList &values)
 {
-    append();
-    try {
-        for (int i = 0; i < values.size() && i < fieldCount(); ++i)
-            setValue(i, values[i]);
-    } catch (...) {
-        cancel();
-        throw;
-    }
-    post();
+    appendRecord(QVariantList(values));
+}
+
+void MemTable::appendRecord(QVariantList &&values)
+{
+    requireActive();
+    checkBrowseMode();
+    // Built in place rather than through the insert buffer: a load appends row after
+    // row, and a value that doesn't convert leaves the table as it was.
+    std::unique_ptr<Rec> r(newRec());
+    const qsizetype n = std::min(values.size(), qsizetype(m_defs.size()));
+    for (qsizetype i = 0; i < n; ++i)
+        r->v[size_t(i)] = convert(m_defs[size_t(i)], std::move(values[i]));
+    Rec *p = r.get();
+    m_all.push_back(std::move(r));
+    m_cur = p;
+    placeChanged(p, true);
 }
 
 const QVariant &MemTable::value(int field) const

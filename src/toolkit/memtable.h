@@ -188,7 +188,11 @@ public:
     void post();
     void cancel();
     void deleteRecord();
+    // A row with the values in field order; the values of an rvalue list are moved
+    // from (a load reuses its list, row after row). A value that doesn't convert
+    // throws MemTableError and nothing is added.
     void appendRecord(const QVariantList &values);
+    void appendRecord(QVariantList &&values);
     // Posts an edit or insert in progress.
     void checkBrowseMode();
 
@@ -248,7 +252,8 @@ public:
     // A stored value as text (MemField::asString).
     static QString asText(const FieldDef &def, const QVariant &v);
     // The value as the field stores it; throws MemTableError when it doesn't convert.
-    static QVariant convert(const FieldDef &def, const QVariant &v);
+    // A value already of the field's type is passed on (moved, when given an rvalue).
+    static QVariant convert(const FieldDef &def, QVariant v);
     static QString displayText(const FieldDef &def, const QVariant &v);
 
 signals:

@@ -311,11 +311,19 @@ void MemField::setValue(const QVariant &v)
 
 // --- MemTable: conversions -------------------------------------------------------
 
-QVariant MemTable::convert(const FieldDef &def, const QVariant &v)
+QVariant MemTable::convert(const FieldDef &def, QVariant v)
 {
     if (v.isNull() || !v.isValid())
         return QVariant();
-    const bool text = v.typeId() == QMetaType::QString;
+    const int tipo = v.typeId();
+    // The common cases of a load first: a value already of the field's type.
+    if (def.type == FieldType::Integer && tipo == QMetaType::LongLong)
+        return v;
+    if (def.type == FieldType::Integer && tipo == QMetaType::Int)
+        return qlonglong(*static_cast<const int *>(v.constData()));
+    if (def.type == FieldType::Float && tipo == QMetaType::Double)
+        return v;
+    const bool text = tipo == QMetaType::QString;
     if (text && def.type != FieldType::String && v.toString().trimmed().isEmpty())
         return QVariant();
     switch (def.type) {
@@ -352,7 +360,9 @@ QVariant MemTable::convert(const FieldDef &def, const QVariant &v)
         if (text) {
             // The common case of a load: the text as it came, unless it must be cut.
             const QString &t = *static_cast<const QString *>(v.constData());
-            return def.size > 0 && t.size() > def.size ? QVariant(t.left(def.size)) : v;
+            if (def.size > 0 && t.size() > def.size)
+                return t.left(def.size);
+            return v;
         }
         QString s;
         if (isDecimal(v))

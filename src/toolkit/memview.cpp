@@ -10,6 +10,34 @@ namespace lar {
 
 using namespace memtable_p;
 
+namespace {
+
+// Appends the value as text, upper-cased, in UTF-8; plain ASCII texts (nearly all
+// of a catalogue) go byte by byte, without the two temporary strings.
+void appendUpperUtf8(std::string &out, const FieldDef &def, const QVariant &v)
+{
+    if (def.type == FieldType::String && v.typeId() == QMetaType::QString) {
+        const QString &t = *static_cast<const QString *>(v.constData());
+        const size_t from = out.size();
+        bool ascii = true;
+        for (const QChar c : t) {
+            const char16_t u = c.unicode();
+            if (u >= 0x80) {
+                ascii = false;
+                break;
+            }
+            out.push_back(char(u >= u'a' && u <= u'z' ? u - (u'a' - u'A') : u));
+        }
+        if (ascii)
+            return;
+        out.resize(from);
+    }
+    const QByteArray u = MemTable::asText(def, v).toUpper().toUtf8();
+    out.append(u.constData(), size_t(u.size()));
+}
+
+} // namespace
+
 std::string_view MemTable::upperUtf8(int field) const
 {
     if (field < 0 || size_t(field) >= m_defs.size())
@@ -27,9 +55,7 @@ std::string_view MemTable::upperUtf8(int field) const
             col.offsets.reserve(m_order.size() + 1);
             col.offsets.push_back(0);
             for (const Rec *r : m_order) {
-                const QByteArray u
-                    = asText(m_defs[size_t(field)], r->v[size_t(field)]).toUpper().toUtf8();
-                col.bytes.append(u.constData(), size_t(u.size()));
+                appendUpperUtf8(col.bytes, m_defs[size_t(field)], r->v[size_t(field)]);
                 col.offsets.push_back(col.bytes.size());
             }
             col.gen = m_gen;
@@ -38,8 +64,8 @@ std::string_view MemTable::upperUtf8(int field) const
         return std::string_view(col.bytes).substr(from,
                                                   col.offsets[size_t(m_filterPos) + 1] - from);
     }
-    const QByteArray u = asText(m_defs[size_t(field)], value(field)).toUpper().toUtf8();
-    m_scratch.assign(u.constData(), size_t(u.size()));
+    m_scratch.clear();
+    appendUpperUtf8(m_scratch, m_defs[size_t(field)], value(field));
     return m_scratch;
 }
 
@@ -200,6 +226,7 @@ void MemTable::sortByText() const
     std::vector<Clave> claves;
     claves.reserve(m_order.size());
     std::u16string textos;
+    textos.reserve(m_order.size() * 32);
     for (Rec *r : m_order) {
         const QVariant &v = r->v[f];
         if (v.isNull()) {
@@ -215,9 +242,16 @@ void MemTable::sortByText() const
             t = &copia;
         }
         const qsizetype desde = qsizetype(textos.size());
-        for (const QChar c : *t)
-            textos.push_back(c.toCaseFolded().unicode());
-        claves.push_back({desde, qsizetype(textos.size()) - desde, r});
+        textos.resize(textos.size() + size_t(t->size()));
+        char16_t *sale = textos.data() + desde;
+        for (const QChar c : *t) {
+            const char16_t u = c.unicode();
+            if (u < 0x80)
+                *sale++ = u >= u'A' && u <= u'Z' ? u + (u'a' - u'A') : u;
+            else
+                *sale++ = c.toCaseFolded().unicode();
+        }
+        claves.push_back({desde, t->size(), r});
     }
     const bool desc = m_key.descending;
     const char16_t *base = textos.data();

@@ -363,6 +363,26 @@ private slots:
         QVERIFY(t.fieldByName(QStringLiteral("id")).isNull());
         t.cancel();
 
+        // A row with a value that doesn't convert is refused whole: the table keeps its
+        // rows, its current row and its state, and tells no view of a change.
+        t.locate(QStringLiteral("id"), 3);
+        QSignalSpy cambios(&t, &MemTable::dataChanged);
+        QVERIFY_THROWS_EXCEPTION(lar::MemTableError,
+                                 t.appendRecord({9, u"higo"_s, u"A"_s, u"mucho"_s}));
+        QCOMPARE(t.recordCount(), 5);
+        QCOMPARE(t.fieldByName(QStringLiteral("id")).asInteger(), 3);
+        QCOMPARE(t.state(), MemTable::State::Browse);
+        QCOMPARE(cambios.count(), 0);
+        QVERIFY(!t.locate(QStringLiteral("id"), 9));
+
+        // A list given by reference stays as it was; the stored text is cut to the size.
+        const QVariantList fila{9, u"higo de temporada del valle"_s, u"A"_s, 2};
+        t.appendRecord(fila);
+        QCOMPARE(fila.at(1).toString(), u"higo de temporada del valle"_s);
+        QCOMPARE(nombre.asString(), u"higo de temporada de"_s);
+        QCOMPARE(t.fieldByName(QStringLiteral("id")).asInteger(), 9);
+        t.deleteRecord();
+
         // eof/bof as a loop expects them.
         int n = 0;
         for (t.first(); !t.eof(); t.next())
