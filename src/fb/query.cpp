@@ -1123,6 +1123,14 @@ QDateTime Field::toDateTime() const
     return QDateTime::fromString(toTrimmed(), Qt::ISODateWithMs);
 }
 
+QDateTime Field::toWallDateTime() const
+{
+    if (isNull())
+        return {};
+    const QTime hora = toTime(); // none in a DATE column
+    return QDateTime(toDate(), hora.isValid() ? hora : QTime(0, 0), Qt::UTC);
+}
+
 bool Field::toBool() const
 {
     if (isNull())

@@ -61,6 +61,10 @@ public:
     QDate toDate() const;
     QTime toTime() const;
     QDateTime toDateTime() const;
+    // The stored date and time as a wall time held in Qt::UTC: no time-zone rule applies
+    // and no zone look-up is made (a local QDateTime costs one per value). For columns
+    // that are shown and sorted, never compared with the clock.
+    QDateTime toWallDateTime() const;
     bool toBool() const;
     // Raw bytes (binary blobs, text without conversion).
     QByteArray toBytes() const;

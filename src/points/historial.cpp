@@ -58,16 +58,6 @@ const QString SqlMovimientosTodos = QStringLiteral(
     "C.cliente_id = P.cliente_id WHERE  cast( p.fecha as date ) between :fechaI and :fecha and "
     "p.docto_id <> 0 GROUP BY  2,1,3,4,5");
 
-// The ledger's FECHA is a wall time without a zone: held as UTC so that no time-zone
-// rule touches it, which also spares a zone look-up for each row loaded and sorted.
-QDateTime fechaDe(const fb::Field &f)
-{
-    if (f.isNull())
-        return {};
-    const QTime hora = f.toTime(); // none in a DATE column
-    return QDateTime(f.toDate(), hora.isValid() ? hora : QTime(0, 0), Qt::UTC);
-}
-
 QString fechaTexto(const QDate &d)
 {
     return d.toString(QStringLiteral("dd/MM/yyyy"));
@@ -230,7 +220,7 @@ void HistorialPuntos::Consulta(Caso caso,
         case CanjesCliente:
             kardex.appendRecord({q.field(4).toInt(),
                                  q.field(0).toTrimmed(),
-                                 fechaDe(q.field(1)),
+                                 q.field(1).toWallDateTime(),
                                  q.field(2).toTrimmed(),
                                  q.field(3).toTrimmed(),
                                  QVariant(),
@@ -239,7 +229,7 @@ void HistorialPuntos::Consulta(Caso caso,
         case CanjesTodos:
             kardex.appendRecord({q.field(4).toInt(),
                                  q.field(0).toTrimmed(),
-                                 fechaDe(q.field(1)),
+                                 q.field(1).toWallDateTime(),
                                  q.field(3).toTrimmed(),
                                  q.field(5).toTrimmed(),
                                  QVariant(),
@@ -248,7 +238,7 @@ void HistorialPuntos::Consulta(Caso caso,
         default:
             kardex.appendRecord({q.field(5).toInt(),
                                  q.field(0).toTrimmed(),
-                                 fechaDe(q.field(1)),
+                                 q.field(1).toWallDateTime(),
                                  q.field(4).toTrimmed(),
                                  DocumentoDe(q.field(2).toTrimmed(), q.field(3).toTrimmed()),
                                  QVariant(),
@@ -271,7 +261,7 @@ void HistorialPuntos::Consulta(Caso caso,
     for (q.open(); !q.eof(); q.next())
         kardex2.appendRecord({q.field(2).toInt(),
                               q.field(0).toTrimmed(),
-                              fechaDe(q.field(1)),
+                              q.field(1).toWallDateTime(),
                               q.field(4).toTrimmed(),
                               q.field(5).toInt()});
     q.close();

@@ -363,6 +363,7 @@ TfVentasPuntosLista::TfVentasPuntosLista(Sesion &sesion, QWidget *parent)
         d.type = tipo;
         if (tipo == FieldType::Integer)
             d.displayFormat = QStringLiteral(",0;-,0");
+        d.wallTime = tipo == FieldType::DateTime; // only shown and sorted
         mVPuntos->addField(d);
     }
     mVPuntos->addIndex(QStringLiteral("iFecha"), QStringLiteral("Fecha"));

@@ -196,8 +196,13 @@ int MemTable::loadFromQuery(fb::Query &query, const AjusteFila &ajuste)
             std::unique_ptr<Rec> r(newRec());
             for (int i = 0; i < cols; ++i) {
                 const fb::Field f = query.field(i);
-                if (!f.isNull())
-                    r->v[size_t(i)] = convert(m_defs[size_t(i)], f.toVariant());
+                const FieldDef &def = m_defs[size_t(i)];
+                if (f.isNull())
+                    continue;
+                if (def.wallTime && def.type == FieldType::DateTime)
+                    r->v[size_t(i)] = f.toWallDateTime();
+                else
+                    r->v[size_t(i)] = convert(def, f.toVariant());
             }
             if (ajuste)
                 ajuste(std::span<QVariant>(r->v));

@@ -40,6 +40,9 @@ struct FieldDef
     QString displayLabel;  // column title; the name when empty
     QString displayFormat; // ",0;-,0", "#,0.00;-#,0.00"... for numeric fields
     bool readOnly = false;
+    // A DateTime field loaded from a query as a zone-less wall time (Qt::UTC): for dates
+    // that are shown and sorted, not compared with the clock; spares a zone look-up per row.
+    bool wallTime = false;
 
     QString label() const { return displayLabel.isEmpty() ? name : displayLabel; }
     bool isNumeric() const

@@ -234,6 +234,13 @@ private slots:
         QCOMPARE(q.field(QStringLiteral("ts")).toDateTime(), QDateTime(date, time));
         QCOMPARE(q.field(QStringLiteral("ts")).toDate(), date);
         QCOMPARE(q.field(QStringLiteral("ts")).toTime(), time);
+        // The wall time keeps the stored date and time whatever the machine's zone.
+        const QDateTime pared = q.field(QStringLiteral("ts")).toWallDateTime();
+        QCOMPARE(pared.timeSpec(), Qt::UTC);
+        QCOMPARE(pared.date(), date);
+        QCOMPARE(pared.time(), time);
+        QCOMPARE(q.field(QStringLiteral("f")).toWallDateTime(),
+                 QDateTime(date, QTime(0, 0), Qt::UTC));
         QCOMPARE(q.field(QStringLiteral("b")).toBool(), true);
         QCOMPARE(q.field(QStringLiteral("c")).toString(), QStringLiteral("A001     "));
         QCOMPARE(q.field(QStringLiteral("c")).toTrimmed(), QStringLiteral("A001"));

@@ -461,6 +461,28 @@ private slots:
         QVERIFY(m.fieldByName(QStringLiteral("limite")).isNull());
         QVERIFY(m.fieldByName(QStringLiteral("clave")).isNull());
         QCOMPARE(m.fieldByName(QStringLiteral("limite")).asCurrency(), fb::Decimal(0, 4));
+
+        // A wall-time field keeps the stored date and time, shown as they are; NULL stays NULL.
+        MemTable w;
+        w.addField(QStringLiteral("id"), FieldType::Integer);
+        lar::FieldDef creado;
+        creado.name = QStringLiteral("creado");
+        creado.type = FieldType::DateTime;
+        creado.wallTime = true;
+        w.addField(creado);
+        w.open();
+        q.setSql(QStringLiteral("select id, creado from t order by id"));
+        q.open();
+        QCOMPARE(w.loadFromQuery(q), 2);
+        q.close();
+        tr.commit();
+        w.first();
+        const QDateTime pared = w.fieldByName(QStringLiteral("creado")).asDateTime();
+        QCOMPARE(pared.timeSpec(), Qt::UTC);
+        QCOMPARE(pared.toString(QStringLiteral("yyyy-MM-dd hh:mm:ss")),
+                 QStringLiteral("2024-03-01 10:20:30"));
+        w.next();
+        QVERIFY(w.fieldByName(QStringLiteral("creado")).isNull());
         db.dropDatabase();
     }
 
