@@ -77,6 +77,9 @@ public:
     TransactionGuard(const TransactionGuard &) = delete;
     TransactionGuard &operator=(const TransactionGuard &) = delete;
     void commit();
+    // Ends the guard's duty without ending the transaction: what was written stays
+    // pending in it, and the next commit or rollback of its owner decides its fate.
+    void leaveActive() { m_done = true; }
 
 private:
     Transaction &m_tr;

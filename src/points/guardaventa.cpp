@@ -66,7 +66,9 @@ GuardaVenta::Resultado GuardaVenta::guarda(const Canje &canje)
         if (!GuardaDoctoIn(canje, estado, r.aviso))
             return r;
     } catch (const fb::Error &e) {
+        guardia.leaveActive();
         r.error = e.message();
+        r.pendiente = true;
         return r;
     }
     try {

@@ -61,6 +61,10 @@ public:
         // ledger inserts (shown with caption "Error"), else from the issue.
         QString error;
         bool enPuntos = false;
+        // An exception in the issue (folio, header, lines, apply) is not rolled back:
+        // fbUpdateTrans stays active with what was written, and the next commit on it,
+        // a later save or a customer lock operation, makes that durable.
+        bool pendiente = false;
         int doctoId = 0;
         QString folioDocto;      // the ledger's folio, padded to 9
         QString folioEncabezado; // DOCTOS_IN.FOLIO as written (empty: tickets only)

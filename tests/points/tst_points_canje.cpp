@@ -267,7 +267,21 @@ private slots:
         r = intenta(c);
         QVERIFY2(r.error.contains(QStringLiteral("existencia")), qPrintable(r.error));
         QVERIFY(!r.enPuntos);
+        // No rollback after an error in the issue: the folio, the header and its lines
+        // stay pending in fbUpdateTrans, and the next commit on it, here a customer
+        // lock's, makes them durable; the document never applied, stock and ledger agree.
+        QVERIFY(r.pendiente);
+        QVERIFY(t.s.fbUpdateTrans().isActive());
+        BloqueaCliente(t.s, t.cliente, t.clave1, QStringLiteral("Cliente"));
+        LiberaCliente(t.s, t.cliente);
         QVERIFY(!t.s.fbUpdateTrans().isActive());
+        QCOMPARE(t.cuenta(QStringLiteral("doctos_in")), documentos + 1);
+        QCOMPARE(t.texto(QStringLiteral("select aplicado from doctos_in where docto_in_id = "
+                                        "(select max(docto_in_id) from doctos_in)")),
+                 QStringLiteral("N"));
+        QCOMPARE(t.cuenta(QStringLiteral("lar_puntos")), filas);
+        QCOMPARE(t.existencia(t.art1), exis);
+        QVERIFY(t.siguiente() != folio);
     }
 
     // Two stations on the local server. The customer lock is seen by the other station
@@ -307,10 +321,13 @@ private slots:
         QVERIFY2(r.error.contains(QStringLiteral("deadlock"), Qt::CaseInsensitive)
                      || r.error.contains(QStringLiteral("conflict"), Qt::CaseInsensitive),
                  qPrintable(r.error));
+        QVERIFY(r.pendiente);
         QCOMPARE(t.cuenta(QStringLiteral("doctos_in")), documentos);
         QCOMPARE(t.cuenta(QStringLiteral("lar_puntos")), filas);
         QCOMPARE(t.existencia(t.art1), exis);
 
+        // The failed save left its transaction active with nothing in it; the next
+        // save goes on in it once the other station has committed.
         otra.UpdateCommit();
         r = g.guarda(c);
         QVERIFY2(r.ok, qPrintable(r.error));
