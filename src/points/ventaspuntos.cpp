@@ -1002,6 +1002,11 @@ void TfVentasPuntos::almacenCambiado()
         return; // the new warehouse stays, and the lines too
     LimpiaCaptura(false);
     PreparaEdicion();
+    // The customer of the list's current row comes back. The capture's own lock was not
+    // released by the clearing, so it is found and offered for release behind a login.
+    // Never opened, the list has no row to take (a customer typed by key).
+    if (!mClientes->isEmpty())
+        CargarDatosCliente();
 }
 
 bool TfVentasPuntos::PuedeAgregar()

@@ -430,6 +430,36 @@ private slots:
         QCOMPARE(f->ClienteID, t->cliente);
         QCOMPARE(bloqueos(), 1);
         QCOMPARE(LeeBloqueo(otra, t->cliente).usuario, t->s.UsuarioActual);
+
+        // A new warehouse with lines, Yes: the capture is cleared and the list's
+        // customer taken again; the capture's own lock is found and, behind a login,
+        // taken over. The new warehouse stays.
+        QApplication::setActiveWindow(f.get()); // back from the login dialog
+        f->cxGrid->setFocus();
+        escribe(*f, CapturaPuntos::colClave, t->clave1);
+        escribe(*f, CapturaPuntos::colUnidades, QStringLiteral("1"));
+        QVERIFY(!f->mDet->isEmpty());
+        guion.limpia();
+        guion.responde({mb::IdYes, mb::IdYes});
+        conLogin = false;
+        sondeo.start(20);
+        const int almacen = f->almacen();
+        f->cmbAlmacen->setCurrentIndex(f->cmbAlmacen->currentIndex() == 0 ? 1 : 0);
+        sondeo.stop();
+        QVERIFY(conLogin);
+        QCOMPARE(guion.textos().size(), 2);
+        QCOMPARE(guion.textos().value(0),
+                 QStringLiteral("Se perderá la captura. ¿Desea continuar?"));
+        QVERIFY2(guion.textos().value(1).startsWith(QStringLiteral("Este cliente está siendo "
+                                                                   "utilizado por ")
+                                                    + t->s.UsuarioActual),
+                 qPrintable(guion.textos().join(u'|')));
+        QVERIFY(f->almacen() != almacen);
+        QVERIFY(f->lineas().isEmpty());
+        QCOMPARE(f->ClienteID, t->cliente);
+        QCOMPARE(bloqueos(), 1);
+
+        guion.limpia();
         guion.responde({mb::IdYes});
         f->close();
         QCOMPARE(bloqueos(), 0);
