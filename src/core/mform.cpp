@@ -107,6 +107,15 @@ void TMForm::keyPressEvent(QKeyEvent *ev)
         QWidget::keyPressEvent(ev);
         return;
     }
+    // A dialog's Escape would reject it, hiding it without the form's closing
+    // handler (its question, the release of what it holds): it closes instead,
+    // unless the form's own keys use it.
+    if (ev->key() == Qt::Key_Escape && ev->modifiers() == Qt::NoModifier) {
+        if (!FormKeyDown(ev))
+            close();
+        ev->accept();
+        return;
+    }
     QDialog::keyPressEvent(ev);
     if (FormKeyDown(ev))
         ev->accept();

@@ -385,6 +385,78 @@ private slots:
 
     // A customer held by another station: refused on the key road; the list road
     // offers the release (answered No here).
+    // The rights mask of the module sets the commands, and the keys act only through
+    // enabled commands: F4 the chooser, Ctrl+M the edit toggle, Esc the closing.
+    void derechosYTeclas()
+    {
+        lartest::GuionMensajes guion;
+        struct Caso
+        {
+            quint32 mascara;
+            bool nuevo, cancelar, imprimir, lista;
+        };
+        for (const Caso c :
+             {Caso{2 | 8, true, false, true, false}, Caso{4 | 16, false, true, false, true}}) {
+            t->s.Permisos[73] = c.mascara;
+            auto f = nueva();
+            QCOMPARE(f->bNew->isEnabled(), c.nuevo);
+            QCOMPARE(f->bCancelar->isEnabled(), c.cancelar);
+            QCOMPARE(f->bPrint->isEnabled(), c.imprimir);
+            QCOMPARE(f->bListaArt->isEnabled(), c.lista);
+            guion.limpia();
+            QTest::keyClick(f.get(), Qt::Key_F4);
+            QCOMPARE(guion.textos(),
+                     c.lista ? QStringList{QStringLiteral("Primero debe seleccionar un cliente.")}
+                             : QStringList{});
+
+            f->bEdit->setChecked(false);
+            QTest::keyClick(f.get(), Qt::Key_M, Qt::ControlModifier);
+            QVERIFY(f->bEdit->isChecked());
+
+            guion.limpia();
+            guion.responde({mb::IdYes});
+            QTest::keyClick(f.get(), Qt::Key_Escape);
+            QCOMPARE(
+                guion.textos(),
+                QStringList{QStringLiteral("¿Desea cancelar la edición de la Canje de puntos?")});
+            QVERIFY(!f->isVisible());
+        }
+        t->s.Permisos[73] = 1048575;
+    }
+
+    // Tickets in use without their print form: the redemption is saved, then told so,
+    // and no print dialog comes up.
+    void boletoSinForma()
+    {
+        lartest::GuionMensajes guion;
+        GuardaRegistro(t->s, QStringLiteral("UsarArtBoleto"), QStringLiteral("S"));
+        GuardaRegistro(t->s, QStringLiteral("ArtBoleto"), QString::number(t->boleto));
+        GuardaRegistro(t->s, QStringLiteral("FormaBoleto"), QString());
+        auto f = nueva();
+        cliente(*f);
+        f->cxGrid->setFocus();
+        escribe(*f, CapturaPuntos::colClave, t->claveBoleto);
+        escribe(*f, CapturaPuntos::colUnidades, QStringLiteral("1"));
+        guion.limpia();
+        Impresion impresion;
+        f->bPrint->click();
+        GuardaRegistro(t->s, QStringLiteral("UsarArtBoleto"), QStringLiteral("N"));
+        GuardaRegistro(t->s, QStringLiteral("ArtBoleto"), QString());
+        QCOMPARE(guion.textos(),
+                 QStringList{QStringLiteral("Debe seleccionar una forma de impresión para el "
+                                            "boleto en configuración.")});
+        QCOMPARE(impresion.docto, -1);
+        QVERIFY(f->Guardada);
+        QVERIFY(f->DoctoID > 0);
+        QCOMPARE(t->valor(QStringLiteral("select count(*) from lar_puntos where docto_id=%1")
+                              .arg(f->DoctoID))
+                     .toInt(),
+                 1);
+        guion.responde({mb::IdYes});
+        f->close();
+        QCOMPARE(bloqueos(), 0);
+    }
+
     void bloqueoAjeno()
     {
         lartest::GuionMensajes guion;
