@@ -3,6 +3,8 @@
 // Helpers of the core GUI suites: answering the modal dialogs of a flow that runs
 // inside the window's own event handlers, and a stand-in Microsip prepared for it.
 
+#include "core/conecta.h"
+#include "core/fmain.h"
 #include "core/registro.h"
 #include "core/sesion.h"
 #include "fb/query.h"
@@ -10,8 +12,12 @@
 
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QLineEdit>
 #include <QPointer>
+#include <QPushButton>
+#include <QTest>
 #include <QTimer>
+#include <QTreeWidget>
 #include <QWidget>
 
 #include <functional>
@@ -43,6 +49,47 @@ QPointer<QTimer> alAparecer(std::function<void(T *)> accion)
     });
     t->start(10);
     return t;
+}
+
+// Every right of every module, as the administrator holds them.
+constexpr quint32 kAdministrador = 1048575;
+
+// Logs in on the connection dialog.
+inline void
+entra(lar::TfConecta *f, const QString &usuario, const QString &password = QStringLiteral("x"))
+{
+    f->vUsuario->setText(usuario);
+    f->vPass->setText(password);
+    f->bOk->click();
+}
+
+// A main window whose termination is only recorded.
+struct Arranque
+{
+    lar::TfMain m;
+    bool terminada = false;
+    Arranque()
+    {
+        m.sesion().terminaAplicacion = [this] {
+            terminada = true;
+        };
+    }
+};
+
+// Shows the main window and logs in on the connection dialog it opens; true once
+// the title names the user (a single company, so no company choice).
+inline bool entraAlMain(lar::TfMain &m, const QString &usuario, const QString &password)
+{
+    alAparecer<lar::TfConecta>([=](lar::TfConecta *f) { entra(f, usuario, password); });
+    m.show();
+    return QTest::qWaitFor(
+        [&] { return m.windowTitle().endsWith(QStringLiteral(" - ") + usuario.toUpper()); }, 20000);
+}
+
+inline QTreeWidgetItem *nodo(QTreeWidget *t, const QString &texto)
+{
+    const QList<QTreeWidgetItem *> l = t->findItems(texto, Qt::MatchExactly | Qt::MatchRecursive);
+    return l.isEmpty() ? nullptr : l.first();
 }
 
 // Points the profile folders at the environment, as the program reads them.

@@ -25,6 +25,7 @@
 
 #include <memory>
 
+using namespace Qt::StringLiterals;
 using namespace lar;
 
 namespace {
@@ -38,30 +39,18 @@ struct Entrada
 
 // The design's entries in order; "Diseño" is hidden for everyone.
 const QList<Entrada> kEntradas = {
-    {QStringLiteral("Catálogos"),
-     QStringLiteral("Artículos"),
-     QStringLiteral("Artículos con puntos")},
-    {QStringLiteral("Operación"), QStringLiteral("Operaciónes"), QStringLiteral("Canje de puntos")},
-    {QStringLiteral("Operación"),
-     QStringLiteral("Operaciónes"),
-     QStringLiteral("Asigna o Retira Puntos a Clientes")},
-    {QStringLiteral("Operación"),
-     QStringLiteral("Operaciónes"),
-     QStringLiteral("Asignar puntos por actividad a Empleados")},
-    {QStringLiteral("Reportes"), QStringLiteral("Reportes"), QStringLiteral("Compras por cliente")},
-    {QStringLiteral("Reportes"),
-     QStringLiteral("Reportes"),
-     QStringLiteral("Artículos más vendidos")},
-    {QStringLiteral("Reportes"), QStringLiteral("Reportes"), QStringLiteral("Buscador clientes")},
-    {QStringLiteral("Reportes"), QStringLiteral("Reportes"), QStringLiteral("Historial puntos")},
-    {QStringLiteral("Sistema"),
-     QStringLiteral("Seguridad"),
-     QStringLiteral("Permisos del sistema")},
-    {QStringLiteral("Sistema"), QStringLiteral("Sistema"), QStringLiteral("Base de Datos")},
-    {QStringLiteral("Sistema"),
-     QStringLiteral("Sistema"),
-     QStringLiteral("Configuración del sistema")},
-    {QStringLiteral("Sistema"), QStringLiteral("Sistema"), QStringLiteral("Acerca de")},
+    {u"Catálogos"_s, u"Artículos"_s, u"Artículos con puntos"_s},
+    {u"Operación"_s, u"Operaciónes"_s, u"Canje de puntos"_s},
+    {u"Operación"_s, u"Operaciónes"_s, u"Asigna o Retira Puntos a Clientes"_s},
+    {u"Operación"_s, u"Operaciónes"_s, u"Asignar puntos por actividad a Empleados"_s},
+    {u"Reportes"_s, u"Reportes"_s, u"Compras por cliente"_s},
+    {u"Reportes"_s, u"Reportes"_s, u"Artículos más vendidos"_s},
+    {u"Reportes"_s, u"Reportes"_s, u"Buscador clientes"_s},
+    {u"Reportes"_s, u"Reportes"_s, u"Historial puntos"_s},
+    {u"Sistema"_s, u"Seguridad"_s, u"Permisos del sistema"_s},
+    {u"Sistema"_s, u"Sistema"_s, u"Base de Datos"_s},
+    {u"Sistema"_s, u"Sistema"_s, u"Configuración del sistema"_s},
+    {u"Sistema"_s, u"Sistema"_s, u"Acerca de"_s},
 };
 
 // Tab, group and name of every button below the ribbon's interface, checking on
@@ -72,23 +61,23 @@ QList<Entrada> recorre(QAccessibleInterface *ribbon, QStringList &fuera, QString
     for (int i = 0; i < ribbon->childCount(); ++i) {
         QAccessibleInterface *tab = ribbon->child(i);
         if (tab->parent() != ribbon || ribbon->indexOfChild(tab) != i)
-            errores << QStringLiteral("padre de ") + tab->text(QAccessible::Name);
+            errores << u"padre de "_s + tab->text(QAccessible::Name);
         if (tab->role() == QAccessible::PushButton) {
             fuera << tab->text(QAccessible::Name);
             continue;
         }
         if (tab->role() != QAccessible::PageTab)
-            errores << QStringLiteral("papel de ") + tab->text(QAccessible::Name);
+            errores << u"papel de "_s + tab->text(QAccessible::Name);
         for (int j = 0; j < tab->childCount(); ++j) {
             QAccessibleInterface *grupo = tab->child(j);
             if (grupo->parent() != tab || grupo->role() != QAccessible::Grouping)
-                errores << QStringLiteral("grupo ") + grupo->text(QAccessible::Name);
+                errores << u"grupo "_s + grupo->text(QAccessible::Name);
             for (int k = 0; k < grupo->childCount(); ++k) {
                 QAccessibleInterface *b = grupo->child(k);
                 if (b->parent() != grupo || grupo->indexOfChild(b) != k)
-                    errores << QStringLiteral("padre de ") + b->text(QAccessible::Name);
+                    errores << u"padre de "_s + b->text(QAccessible::Name);
                 if (b->role() != QAccessible::PushButton)
-                    errores << QStringLiteral("papel de ") + b->text(QAccessible::Name);
+                    errores << u"papel de "_s + b->text(QAccessible::Name);
                 out << Entrada{tab->text(QAccessible::Name),
                                grupo->text(QAccessible::Name),
                                b->text(QAccessible::Name)};
@@ -152,7 +141,7 @@ private slots:
             const QList<Entrada> entradas = recorre(ribbon, fuera, errores);
             QCOMPARE(errores, QStringList());
             QCOMPARE(entradas, kEntradas);
-            QCOMPARE(fuera, QStringList{QStringLiteral("Salir")});
+            QCOMPARE(fuera, QStringList{u"Salir"_s});
             // The captions on screen: a tab's rectangle is its caption's.
             QAccessibleInterface *operacion = ribbon->child(1);
             QVERIFY(!operacion->state().invisible);
@@ -173,7 +162,7 @@ private slots:
         QTRY_VERIFY(m.dxRibbon->desplegado());
         QCOMPARE(m.dxRibbon->tabActiva(), m.tabSistema);
         QVERIFY(sistema->state().selected);
-        m.dxRibbon->findChild<QWidget *>(QStringLiteral("panelGrupos"))->hide();
+        m.dxRibbon->findChild<QWidget *>(u"panelGrupos"_s)->hide();
         QTRY_VERIFY(!m.dxRibbon->desplegado());
     }
 
@@ -182,7 +171,7 @@ private slots:
     void ribbonConTeclado()
     {
         TfMain &m = *m_main;
-        auto *barra = m.dxRibbon->findChild<QTabBar *>(QStringLiteral("barraTabs"));
+        auto *barra = m.dxRibbon->findChild<QTabBar *>(u"barraTabs"_s);
         QVERIFY(barra);
         QVERIFY(barra->focusPolicy() & Qt::TabFocus);
         barra->setFocus(Qt::TabFocusReason);
@@ -193,10 +182,10 @@ private slots:
         QTRY_VERIFY(m.dxRibbon->desplegado());
         QWidget *foco = QApplication::focusWidget();
         QVERIFY(foco);
-        QCOMPARE(foco->objectName(), QStringLiteral("bVentasPuntos"));
+        QCOMPARE(foco->objectName(), u"bVentasPuntos"_s);
         QTest::keyClick(foco, Qt::Key_Tab);
         foco = QApplication::focusWidget();
-        QCOMPARE(foco->objectName(), QStringLiteral("bAsignaPuntos"));
+        QCOMPARE(foco->objectName(), u"bAsignaPuntos"_s);
         QTest::keyClick(foco, Qt::Key_Escape);
         QTRY_VERIFY(!m.dxRibbon->desplegado());
         QTRY_COMPARE(QApplication::focusWidget(), barra);
@@ -206,7 +195,7 @@ private slots:
         QTRY_VERIFY(m.dxRibbon->desplegado());
         auto *canje = qobject_cast<QAbstractButton *>(QApplication::focusWidget());
         QVERIFY(canje);
-        QCOMPARE(canje->objectName(), QStringLiteral("bVentasPuntos"));
+        QCOMPARE(canje->objectName(), u"bVentasPuntos"_s);
         QSignalSpy pulsado(canje, &QAbstractButton::clicked);
         QTest::keyClick(canje, Qt::Key_Return);
         QCOMPARE(pulsado.count(), 1);
@@ -227,8 +216,7 @@ private slots:
             QVERIFY2(icono.availableSizes().contains(QSize(16, 16)), qPrintable(n));
             QVERIFY2(icono.availableSizes().contains(QSize(32, 32)), qPrintable(n));
             const QImage normal = icono.pixmap(b->iconSize()).toImage();
-            QVERIFY2(!vistas.contains(normal),
-                     qPrintable(n + QStringLiteral(": repeated picture")));
+            QVERIFY2(!vistas.contains(normal), qPrintable(n + u": repeated picture"_s));
             vistas << normal;
             const QImage apagada = icono.pixmap(b->iconSize(), QIcon::Disabled).toImage();
             bool gris = true;
@@ -268,7 +256,7 @@ private slots:
         LAR_VERIFICA_ACCESIBLE(&acceso);
         TfDBScript script(s);
         LAR_VERIFICA_ACCESIBLE(&script);
-        TfPresentacion acerca(QStringLiteral("Puntos Larvenos"), true);
+        TfPresentacion acerca(u"Puntos Larvenos"_s, true);
         LAR_VERIFICA_ACCESIBLE(&acerca);
     }
 };

@@ -15,6 +15,7 @@
 
 #include <memory>
 
+using namespace Qt::StringLiterals;
 using namespace lar;
 using lartest::alAparecer;
 
@@ -31,9 +32,9 @@ private slots:
             QSKIP("The local Firebird server isn't running (scripts/fbserver)");
         lartest::OpcionesPrueba op;
         op.servidor = true;
-        op.usuarios = {{QStringLiteral("MARTA"), QStringLiteral("marta1"), u'T', {}}};
+        op.usuarios = {{u"MARTA"_s, u"marta1"_s, u'T', {}}};
         m_env = std::make_unique<lartest::EntornoPrueba>(op);
-        lartest::preparaExtension(*m_env, {{73, QStringLiteral("MARTA"), 1}});
+        lartest::preparaExtension(*m_env, {{73, u"MARTA"_s, 1}});
         lartest::usaPerfiles(m_env->entorno());
     }
 
@@ -44,28 +45,27 @@ private slots:
         TfConecta f(s);
         f.show();
         QVERIFY(QTest::qWaitForWindowExposed(&f));
-        f.vUsuario->setText(QStringLiteral("marta"));
-        f.vPass->setText(QStringLiteral("equivocada"));
+        f.vUsuario->setText(u"marta"_s);
+        f.vPass->setText(u"equivocada"_s);
         for (int intento = 0; intento < 3; ++intento) // no lock-out
             f.bOk->click();
         QCOMPARE(guion.cajas().size(), 3);
-        QCOMPARE(guion.cajas()[0].texto,
-                 QStringLiteral("El nombre de usuario o contraseña no es válido"));
-        QCOMPARE(guion.cajas()[0].titulo, QStringLiteral("Error de datos"));
+        QCOMPARE(guion.cajas()[0].texto, u"El nombre de usuario o contraseña no es válido"_s);
+        QCOMPARE(guion.cajas()[0].titulo, u"Error de datos"_s);
         QCOMPARE(guion.cajas()[0].icono(), int(mb::IconStop));
         QVERIFY(f.isVisible());
         QCOMPARE(f.result(), int(QDialog::Rejected));
-        QCOMPARE(f.vPass->text(), QStringLiteral("equivocada"));
+        QCOMPARE(f.vPass->text(), u"equivocada"_s);
         QVERIFY(!s.fbConfig().isConnected());
 
         guion.limpia();
-        f.vPass->setText(QStringLiteral("marta1"));
+        f.vPass->setText(u"marta1"_s);
         f.bOk->click();
         QCOMPARE(guion.textos(), QStringList());
         QCOMPARE(f.result(), int(QDialog::Accepted));
         QVERIFY(s.fbDatabase().isConnected());
         QVERIFY(s.fbMetadatos().isConnected());
-        QCOMPARE(f.EmpresaNombre, QStringLiteral("DEMO"));
+        QCOMPARE(f.EmpresaNombre, u"DEMO"_s);
         QVERIFY(f.EmpresaId > 0);
         // The password is stored nowhere.
         QFile usuario(m_env->entorno().xmlUsuario());
@@ -76,19 +76,18 @@ private slots:
     void servidorInalcanzableYAutorizacion()
     {
         Sesion s;
-        m_env->conectaSesion(
-            s, QStringLiteral("DEMO"), QStringLiteral("MARTA"), QStringLiteral("marta1"));
+        m_env->conectaSesion(s, u"DEMO"_s, u"MARTA"_s, u"marta1"_s);
         {
             // Any other engine error: its code and text.
             lartest::GuionMensajes guion;
             fb::Database nada;
-            nada.setDatabaseName(QStringLiteral("127.0.0.1/1:/no/existe.fdb"));
+            nada.setDatabaseName(u"127.0.0.1/1:/no/existe.fdb"_s);
             nada.setParams(m_env->parametros());
             QVERIFY(!Conectar(s, nada));
             QCOMPARE(guion.cajas().size(), 1);
-            QVERIFY(guion.cajas()[0].texto.startsWith(QStringLiteral("Error 3355")));
+            QVERIFY(guion.cajas()[0].texto.startsWith(u"Error 3355"_s));
             QVERIFY(guion.cajas()[0].texto.contains(u'\r'));
-            QCOMPARE(guion.cajas()[0].titulo, QStringLiteral("Error de datos"));
+            QCOMPARE(guion.cajas()[0].titulo, u"Error de datos"_s);
         }
         {
             // A failed login rolls back what fbUpdateTrans had pending.
@@ -98,21 +97,21 @@ private slots:
             int intentos = 0;
             bool focoEnUsuario = false;
             alAparecer<TfAcceso>([&](TfAcceso *f) {
-                f->vUser->setText(QStringLiteral("MARTA"));
-                f->vPass->setText(QStringLiteral("mala"));
+                f->vUser->setText(u"MARTA"_s);
+                f->vPass->setText(u"mala"_s);
                 f->bOk->click();
                 ++intentos;
                 focoEnUsuario = QApplication::focusWidget() == f->vUser && f->isVisible();
-                f->vPass->setText(QStringLiteral("marta1"));
+                f->vPass->setText(u"marta1"_s);
                 f->bOk->click();
             });
             QVERIFY(AutorizaUsuario(s, 73, 1, false));
             QCOMPARE(intentos, 1);
             QVERIFY(focoEnUsuario);
             QCOMPARE(guion.textos(),
-                     QStringList{QStringLiteral("El nombre de usuario o contraseña no es válido")});
+                     QStringList{u"El nombre de usuario o contraseña no es válido"_s});
             QVERIFY(!s.fbUpdateTrans().isActive());
-            QCOMPARE(UsuarioAutoriza(), QStringLiteral("MARTA"));
+            QCOMPARE(UsuarioAutoriza(), u"MARTA"_s);
         }
     }
 };

@@ -3,21 +3,14 @@
 // its environment under a home folder with accents.
 
 #include "ayudagui.h"
-
-#include "core/conecta.h"
-#include "core/fmain.h"
 #include "support/guionmensajes.h"
 #include "support/testenv.h"
 #include "support/testmain.h"
 
 #include <QDir>
-#include <QLineEdit>
 #include <QProcess>
-#include <QPushButton>
-#include <QTest>
 
-using namespace lar;
-using lartest::alAparecer;
+using namespace Qt::StringLiterals;
 
 class TstAcentos : public QObject
 {
@@ -38,47 +31,37 @@ private slots:
             QSKIP("The local Firebird server isn't running (scripts/fbserver)");
         lartest::OpcionesPrueba op;
         op.servidor = servidor;
-        op.carpeta = servidor ? QStringLiteral("Compañía Ñandú/señal")
-                              : QStringLiteral("Compañía Ñandú/año");
+        op.carpeta = servidor ? u"Compañía Ñandú/señal"_s : u"Compañía Ñandú/año"_s;
         const lartest::EntornoPrueba env(op);
-        QVERIFY(QFile::exists(env.carpeta() + QStringLiteral("/DEMO.fdb")));
+        QVERIFY(QFile::exists(env.carpeta() + u"/DEMO.fdb"_s));
         lartest::preparaExtension(env, {});
         lartest::usaPerfiles(env.entorno());
 
         lartest::GuionMensajes guion;
-        TfMain m;
-        m.sesion().terminaAplicacion = [] {
-        };
-        alAparecer<TfConecta>([](TfConecta *f) {
-            f->vUsuario->setText(QStringLiteral("SYSDBA"));
-            f->vPass->setText(lartest::serverPassword());
-            f->bOk->click();
-        });
-        m.show();
-        QTRY_COMPARE_WITH_TIMEOUT(
-            m.windowTitle(), QStringLiteral("Empresa de demostración - SYSDBA"), 20000);
+        lartest::Arranque a;
+        QVERIFY(lartest::entraAlMain(a.m, u"SYSDBA"_s, lartest::serverPassword()));
         QVERIFY(guion.cajas().isEmpty());
-        QCOMPARE(m.sesion().fbDatabase().databaseName(), env.rutaEmpresa());
-        QVERIFY(m.sesion().fbDatabase().databaseName().contains(QStringLiteral("Compañía Ñandú")));
+        QCOMPARE(a.m.sesion().fbDatabase().databaseName(), env.rutaEmpresa());
+        QVERIFY(env.rutaEmpresa().contains(u"Compañía Ñandú"_s));
     }
 
     // The set-up step of `make demo` (simulator and upgrade) with such a home.
     void demo()
     {
-        const QString datos = lartest::tempPath(QStringLiteral("José Peña/.local/share"));
+        const QString datos = lartest::tempPath(u"José Peña/.local/share"_s);
         QVERIFY(QDir().mkpath(datos));
         QProcess p;
         QProcessEnvironment entorno = QProcessEnvironment::systemEnvironment();
-        entorno.insert(QStringLiteral("XDG_DATA_HOME"), datos);
-        entorno.remove(QStringLiteral("LAR_FB_PASSWORD"));
+        entorno.insert(u"XDG_DATA_HOME"_s, datos);
+        entorno.remove(u"LAR_FB_PASSWORD"_s);
         p.setProcessEnvironment(entorno);
-        p.start(lartest::sourceDir() + QStringLiteral("/scripts/demo"),
-                {qEnvironmentVariable("LAR_BUILD_DIR"), QStringLiteral("--prepara")});
+        p.start(lartest::sourceDir() + u"/scripts/demo"_s,
+                {qEnvironmentVariable("LAR_BUILD_DIR"), u"--prepara"_s});
         QVERIFY(p.waitForFinished(300000));
         QVERIFY2(p.exitCode() == 0, p.readAllStandardError().constData());
-        const QString carpeta = datos + QStringLiteral("/PuntosLarvenos/demo");
-        QVERIFY(QFile::exists(carpeta + QStringLiteral("/.listo")));
-        QVERIFY(QFile::exists(carpeta + QStringLiteral("/DEMO.fdb")));
+        const QString carpeta = datos + u"/PuntosLarvenos/demo"_s;
+        QVERIFY(QFile::exists(carpeta + u"/.listo"_s));
+        QVERIFY(QFile::exists(carpeta + u"/DEMO.fdb"_s));
         QVERIFY(QString::fromUtf8(p.readAllStandardOutput()).contains(carpeta));
     }
 };

@@ -17,6 +17,7 @@
 
 #include <stdexcept>
 
+using namespace Qt::StringLiterals;
 using namespace lar;
 
 class TstEscritura : public QObject
@@ -41,19 +42,19 @@ private slots:
         m_e->conectaSesion(s);
         s.TransInicia();
         fb::Query &q = s.Query();
-        q.setSql(QStringLiteral("select rdb$relation_id from rdb$relations order by 1 rows 4"));
+        q.setSql(u"select rdb$relation_id from rdb$relations order by 1 rows 4"_s);
         int filas = 0;
         int anterior = -1;
         for (q.open(); !q.eof(); q.next()) {
             QVERIFY(q.field(0).toInt() > anterior);
             anterior = q.field(0).toInt();
             ++filas;
-            QVERIFY(GetNextID(s, QStringLiteral("PUNTOS"), 1) > 0);
+            QVERIFY(GetNextID(s, u"PUNTOS"_s, 1) > 0);
             QVERIFY(GetNextFolioDoc(s, true) > 0);
-            QVERIFY(ExisteTabla(s, QStringLiteral("LAR_PUNTOS")));
-            QVERIFY(ExisteCampo(s, QStringLiteral("LAR_PUNTOS"), QStringLiteral("FOLIO")));
-            QVERIFY(!ExisteProcedimiento(s, QStringLiteral("NO_EXISTE_%1").arg(filas)));
-            QCOMPARE(LeeRegistro(s, QStringLiteral("Escritura %1").arg(filas)), QString());
+            QVERIFY(ExisteTabla(s, u"LAR_PUNTOS"_s));
+            QVERIFY(ExisteCampo(s, u"LAR_PUNTOS"_s, u"FOLIO"_s));
+            QVERIFY(!ExisteProcedimiento(s, u"NO_EXISTE_%1"_s.arg(filas)));
+            QCOMPARE(LeeRegistro(s, u"Escritura %1"_s.arg(filas)), QString());
             QVERIFY(q.isOpen());
         }
         QCOMPARE(filas, 4);
@@ -63,7 +64,7 @@ private slots:
     void bloqueoControles()
     {
         MemTable t;
-        t.addField(QStringLiteral("id"), FieldType::Integer);
+        t.addField(u"id"_s, FieldType::Integer);
         t.open();
         QSignalSpy datos(&t, &MemTable::dataChanged);
         try {
@@ -88,9 +89,8 @@ private slots:
     void banderasDeMensajes()
     {
         lartest::GuionMensajes guion;
-        const mb::Respuesta r = MensajeSistema(QStringLiteral("¿Seguro?"),
-                                               QStringLiteral("Aviso"),
-                                               mb::YesNo | mb::IconQuestion | mb::DefButton2);
+        const mb::Respuesta r = MensajeSistema(
+            u"¿Seguro?"_s, u"Aviso"_s, mb::YesNo | mb::IconQuestion | mb::DefButton2);
         QCOMPARE(r, mb::IdNo); // the default button
         QCOMPARE(guion.cajas()[0].flags.toInt(), 292 | 4096);
     }

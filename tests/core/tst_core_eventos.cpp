@@ -3,9 +3,6 @@
 // answering and receives each one.
 
 #include "ayudagui.h"
-
-#include "core/conecta.h"
-#include "core/fmain.h"
 #include "fb/database.h"
 #include "fb/events.h"
 #include "fb/query.h"
@@ -14,16 +11,13 @@
 #include "support/testenv.h"
 #include "support/testmain.h"
 
-#include <QLineEdit>
-#include <QPushButton>
-#include <QTest>
 #include <QThread>
 
 #include <atomic>
 #include <memory>
 
+using namespace Qt::StringLiterals;
 using namespace lar;
-using lartest::alAparecer;
 
 namespace {
 
@@ -82,20 +76,12 @@ private slots:
         latido.start(20);
         vigia.start();
 
-        TfMain m;
-        m.sesion().terminaAplicacion = [] {
-        };
+        lartest::Arranque a;
+        TfMain &m = a.m;
         TfMain::RutinaReinicio() = {};
-        alAparecer<TfConecta>([](TfConecta *f) {
-            f->vUsuario->setText(QStringLiteral("SYSDBA"));
-            f->vPass->setText(lartest::serverPassword());
-            f->bOk->click();
-        });
-        m.show();
-        QTRY_COMPARE_WITH_TIMEOUT(
-            m.windowTitle(), QStringLiteral("Empresa de demostración - SYSDBA"), 20000);
+        QVERIFY(lartest::entraAlMain(m, u"SYSDBA"_s, lartest::serverPassword()));
         QVERIFY(m.sesion().fbDatabase().databaseName().startsWith(lartest::serverPrefix()));
-        auto *eventos = m.findChild<fb::EventListener *>(QStringLiteral("SIBfibEvent"));
+        auto *eventos = m.findChild<fb::EventListener *>(u"SIBfibEvent"_s);
         QVERIFY(eventos && eventos->isRegistered());
         QTRY_VERIFY_WITH_TIMEOUT(eventos->isListening(), 10000);
         int recibidos = 0;
@@ -112,7 +98,7 @@ private slots:
         fb::Transaction tr(&otra);
         fb::Query q(&otra, &tr);
         q.setParamCheck(false);
-        q.setSql(QStringLiteral("execute block as begin post_event 'VentaLAR'; end"));
+        q.setSql(u"execute block as begin post_event 'VentaLAR'; end"_s);
         for (int i = 1; i <= 5; ++i) {
             {
                 fb::TransactionGuard g(tr);

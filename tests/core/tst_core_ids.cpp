@@ -7,6 +7,7 @@
 #include "fb/query.h"
 #include "fb/transaction.h"
 #include "support/entornoprueba.h"
+#include "support/sqlprueba.h"
 #include "support/testenv.h"
 #include "support/testmain.h"
 
@@ -28,13 +29,8 @@ private:
 
     QStringList generadores()
     {
-        fb::Transaction tr(&m_s->fbDatabase());
-        fb::Query q(&m_s->fbDatabase(), &tr);
-        q.setSql(QStringLiteral("select trim(rdb$generator_name) from rdb$generators"));
-        QStringList out;
-        for (q.open(); !q.eof(); q.next())
-            out << q.field(0).toString();
-        return out;
+        return lartest::filasSql(m_s->fbDatabase(),
+                                 u"select rdb$generator_name from rdb$generators"_s);
     }
 
 private slots:
@@ -66,18 +62,18 @@ private slots:
         QFETCH(int, incremento);
         QFETCH(int, primero);
         QFETCH(int, segundo);
-        QVERIFY(!generadores().contains(QStringLiteral("GEN_LAR_") + nombre));
+        QVERIFY(!generadores().contains(u"GEN_LAR_"_s + nombre));
         QCOMPARE(lar::GetNextID(*m_s, nombre, incremento), primero);
-        QVERIFY(generadores().contains(QStringLiteral("GEN_LAR_") + nombre));
+        QVERIFY(generadores().contains(u"GEN_LAR_"_s + nombre));
         QCOMPARE(lar::GetNextID(*m_s, nombre, incremento), segundo);
     }
 
     // An existing generator: a peek spends nothing.
     void getNextIDExistente()
     {
-        const int a = lar::GetNextID(*m_s, QStringLiteral("PUNTOS"), 1);
-        QCOMPARE(lar::GetNextID(*m_s, QStringLiteral("PUNTOS"), 0), a + 1);
-        QCOMPARE(lar::GetNextID(*m_s, QStringLiteral("PUNTOS"), 1), a + 1);
+        const int a = lar::GetNextID(*m_s, u"PUNTOS"_s, 1);
+        QCOMPARE(lar::GetNextID(*m_s, u"PUNTOS"_s, 0), a + 1);
+        QCOMPARE(lar::GetNextID(*m_s, u"PUNTOS"_s, 1), a + 1);
         const int d = lar::GetNextFolioDoc(*m_s, true);
         QCOMPARE(lar::GetNextFolioDoc(*m_s, false), d);
         QCOMPARE(lar::GetNextFolioDoc(*m_s, true), d + 1);
@@ -92,9 +88,9 @@ private slots:
         q.setSql(QStringLiteral(
             "insert into lar_puntoslineas (linea_id, puntos, importe) values (77, 1, 1)"));
         q.execute();
-        QCOMPARE(lar::GetNextID(*m_s, QStringLiteral("PENDIENTE"), 1), 1);
+        QCOMPARE(lar::GetNextID(*m_s, u"PENDIENTE"_s, 1), 1);
         m_s->UpdateRollback();
-        q.setSql(QStringLiteral("select count(*) from lar_puntoslineas where linea_id = 77"));
+        q.setSql(u"select count(*) from lar_puntoslineas where linea_id = 77"_s);
         q.open();
         QCOMPARE(q.field(0).toInt(), 1);
         q.close();
@@ -103,23 +99,23 @@ private slots:
 
     void guardaLog()
     {
-        const QString datos = lartest::tempPath(QStringLiteral("bitacora"));
+        const QString datos = lartest::tempPath(u"bitacora"_s);
         QDir().mkpath(datos);
         qputenv("LARVENOS_DATOS", datos.toLocal8Bit());
-        lar::GuardaLog(QStringLiteral("Aviso enviado a Ana Núñez"));
-        lar::GuardaLog(QStringLiteral("segunda"));
-        QFile f(datos + QStringLiteral("/logs/LarPuntos.txt"));
+        lar::GuardaLog(u"Aviso enviado a Ana Núñez"_s);
+        lar::GuardaLog(u"segunda"_s);
+        QFile f(datos + u"/logs/LarPuntos.txt"_s);
         QVERIFY(f.open(QIODevice::ReadOnly));
         const QStringList lineas = QString::fromUtf8(f.readAll()).split(u'\n', Qt::SkipEmptyParts);
         QCOMPARE(lineas.size(), 2);
         static const QRegularExpression forma(
-            QStringLiteral("^\\d\\d/\\d\\d/\\d{4} (0[1-9]|1[0-2]):[0-5]\\d (AM|PM)  (.*)$"));
-        QCOMPARE(forma.match(lineas[0]).captured(3), QStringLiteral("Aviso enviado a Ana Núñez"));
-        QCOMPARE(forma.match(lineas[1]).captured(3), QStringLiteral("segunda"));
+            u"^\\d\\d/\\d\\d/\\d{4} (0[1-9]|1[0-2]):[0-5]\\d (AM|PM)  (.*)$"_s);
+        QCOMPARE(forma.match(lineas[0]).captured(3), u"Aviso enviado a Ana Núñez"_s);
+        QCOMPARE(forma.match(lineas[1]).captured(3), u"segunda"_s);
 
         // A folder that can't be made: the line is lost without a word.
         qputenv("LARVENOS_DATOS", QByteArray("/proc/no-existe"));
-        lar::GuardaLog(QStringLiteral("perdida"));
+        lar::GuardaLog(u"perdida"_s);
         qunsetenv("LARVENOS_DATOS");
     }
 
@@ -220,14 +216,14 @@ private slots:
         QFETCH(QString, texto);
         QFETCH(QString, separador);
         QFETCH(QStringList, piezas);
-        QStringList lista{QStringLiteral("previo")};
+        QStringList lista{u"previo"_s};
         lar::Divide(lista, texto, separador);
         QCOMPARE(lista, piezas);
     }
 
     void versionArchivo()
     {
-        static const QRegularExpression cuatro(QStringLiteral("^\\d+\\.\\d+\\.\\d+\\.\\d+$"));
+        static const QRegularExpression cuatro(u"^\\d+\\.\\d+\\.\\d+\\.\\d+$"_s);
         QVERIFY(cuatro.match(lar::VersionArchivo()).hasMatch());
     }
 };

@@ -12,6 +12,7 @@
 #include <QTabBar>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
 using namespace lar;
 
 namespace {
@@ -22,7 +23,7 @@ public:
     FormaPrueba()
     {
         for (int i = 0; i < 4; ++i) {
-            auto *b = new QPushButton(QStringLiteral("b%1").arg(i), this);
+            auto *b = new QPushButton(u"b%1"_s.arg(i), this);
             botones << b;
             connect(b, &QPushButton::clicked, this, [this, i] { clics << i; });
         }
@@ -98,14 +99,13 @@ private slots:
     {
         QWidget ventana;
         Ribbon r(&ventana);
-        QAction a(QStringLiteral("Canje de puntos"));
+        QAction a(u"Canje de puntos"_s);
         int disparos = 0;
         connect(&a, &QAction::triggered, this, [&] { ++disparos; });
-        RibbonTab *t1 = r.agregaTab(QStringLiteral("t1"), QStringLiteral("Catálogos"));
-        RibbonTab *t2 = r.agregaTab(QStringLiteral("t2"), QStringLiteral("Operación"));
-        t1->agregaGrupo(QStringLiteral("g1"), QStringLiteral("Artículos"));
-        RibbonBoton *b = t2->agregaGrupo(QStringLiteral("g2"), QStringLiteral("Operaciónes"))
-                             ->agregaBoton(QStringLiteral("bCanje"), &a);
+        RibbonTab *t1 = r.agregaTab(u"t1"_s, u"Catálogos"_s);
+        RibbonTab *t2 = r.agregaTab(u"t2"_s, u"Operación"_s);
+        t1->agregaGrupo(u"g1"_s, u"Artículos"_s);
+        RibbonBoton *b = t2->agregaGrupo(u"g2"_s, u"Operaciónes"_s)->agregaBoton(u"bCanje"_s, &a);
         r.setColapsado(true);
         ventana.resize(600, 200);
         ventana.show();
@@ -115,7 +115,7 @@ private slots:
         QTest::mouseClick(barra, Qt::LeftButton, {}, barra->tabRect(1).center());
         QVERIFY(r.desplegado());
         QCOMPARE(r.tabActiva(), t2);
-        QCOMPARE(b->text(), QStringLiteral("Canje de puntos"));
+        QCOMPARE(b->text(), u"Canje de puntos"_s);
         QTest::mouseClick(b, Qt::LeftButton);
         QCOMPARE(disparos, 1);
         QVERIFY(!r.desplegado()); // folds up after the entry runs

@@ -22,6 +22,7 @@
 
 #include <memory>
 
+using namespace Qt::StringLiterals;
 using namespace lar;
 using lartest::alAparecer;
 
@@ -36,8 +37,8 @@ public:
         setWindowTitle(titulo);
         Filtros = filtros;
         FiltroIndice = 0;
-        auto *uno = new QPushButton(QStringLiteral("Uno"), this);
-        auto *dos = new QPushButton(QStringLiteral("Dos"), this);
+        auto *uno = new QPushButton(u"Uno"_s, this);
+        auto *dos = new QPushButton(u"Dos"_s, this);
         uno->move(0, 0);
         dos->move(0, 40);
         SetTag(uno, -5);
@@ -56,8 +57,7 @@ class ModuloA : public ModuloPrueba
     Q_OBJECT
 public:
     ModuloA()
-        : ModuloPrueba(QStringLiteral("Compras por cliente"),
-                       {QStringLiteral("Todos"), QStringLiteral("Con compras")})
+        : ModuloPrueba(u"Compras por cliente"_s, {u"Todos"_s, u"Con compras"_s})
     {}
 };
 
@@ -66,10 +66,8 @@ class ModuloB : public ModuloPrueba
     Q_OBJECT
 public:
     ModuloB()
-        : ModuloPrueba(QStringLiteral("Artículos más vendidos"),
-                       {QStringLiteral("Por importe"),
-                        QStringLiteral("Por unidades"),
-                        QStringLiteral("Por puntos")})
+        : ModuloPrueba(u"Artículos más vendidos"_s,
+                       {u"Por importe"_s, u"Por unidades"_s, u"Por puntos"_s})
     {}
 };
 
@@ -98,20 +96,17 @@ private slots:
     void initTestCase()
     {
         lartest::OpcionesPrueba op;
-        op.usuarios = {{QStringLiteral("ROSA"), QStringLiteral("rosa"), u'T', {}},
-                       {QStringLiteral("JUAN"), QStringLiteral("juan"), u'T', {}}};
+        op.usuarios = {{u"ROSA"_s, u"rosa"_s, u'T', {}}, {u"JUAN"_s, u"juan"_s, u'T', {}}};
         m_env = std::make_unique<lartest::EntornoPrueba>(op);
         lartest::preparaExtension(*m_env,
-                                  {{73, QStringLiteral("ROSA"), 2}, // one of the two bits
-                                   {72, QStringLiteral("JUAN"), 4}});
+                                  {{73, u"ROSA"_s, 2}, // one of the two bits
+                                   {72, u"JUAN"_s, 4}});
 
-        RegistraModulo(
-            {76, QStringLiteral("ModuloA"), false, {}, [](TfMain &) { return new ModuloA; }, {}});
-        RegistraModulo(
-            {77, QStringLiteral("ModuloB"), false, {}, [](TfMain &) { return new ModuloB; }, {}});
+        RegistraModulo({76, u"ModuloA"_s, false, {}, [](TfMain &) { return new ModuloA; }, {}});
+        RegistraModulo({77, u"ModuloB"_s, false, {}, [](TfMain &) { return new ModuloB; }, {}});
         FilaModulo modal;
         modal.tag = 2;
-        modal.clase = QStringLiteral("TfModSeguridad");
+        modal.clase = u"TfModSeguridad"_s;
         modal.modal = true;
         modal.creaDialogo = [this](TfMain &) {
             auto *d = new QDialog;
@@ -126,7 +121,7 @@ private slots:
 
         // A session opened as the login leaves it, without the dialogs.
         m_main = std::make_unique<TfMain>();
-        m_env->conectaSesion(m().sesion(), QStringLiteral("DEMO"), QStringLiteral("JUAN"));
+        m_env->conectaSesion(m().sesion(), u"DEMO"_s, u"JUAN"_s);
         m().sesion().Permisos.fill(0);
         m().sesion().Permisos[0] = 1;
         m().sesion().Permisos[76] = 2; // no "Consulta" bit: still opens
@@ -156,7 +151,7 @@ private slots:
         QCOMPARE(a->Acceso, 2u);
         QCOMPARE(a->parentWidget(), m().fPanelFondo);
         QCOMPARE(a->geometry(), m().fPanelFondo->rect());
-        QCOMPARE(m().Modulo->text(), QStringLiteral("Compras por cliente"));
+        QCOMPARE(m().Modulo->text(), u"Compras por cliente"_s);
         QVERIFY(m().bClose->isVisible());
         QCOMPARE(elementos(m().vFiltro), a->Filtros);
         m().vFiltro->setCurrentIndex(1);
@@ -166,7 +161,7 @@ private slots:
         m().accArtmas->trigger();
         auto *b = qobject_cast<ModuloB *>(m().fFormaActual.data());
         QVERIFY(b);
-        QCOMPARE(m().Modulo->text(), QStringLiteral("Artículos más vendidos"));
+        QCOMPARE(m().Modulo->text(), u"Artículos más vendidos"_s);
         QCOMPARE(elementos(m().vFiltro), b->Filtros);
         QCOMPARE(m().vFiltro->currentIndex(), 0);
         QCOMPARE(m().vFiltro->x(), m().Modulo->x() + m().Modulo->width() + 15);
@@ -176,8 +171,7 @@ private slots:
         m().accCompCte->trigger();
         QCOMPARE(m().fFormaActual.data(), a);
         QCOMPARE(elementos(m().vFiltro), a->Filtros);
-        QCOMPARE(FormasAbiertasLista().nombres,
-                 (QStringList{QStringLiteral("ModuloA"), QStringLiteral("ModuloB")}));
+        QCOMPARE(FormasAbiertasLista().nombres, (QStringList{u"ModuloA"_s, u"ModuloB"_s}));
         m().accArtmas->trigger();
         QCOMPARE(m().fFormaActual.data(), b);
 
@@ -186,10 +180,10 @@ private slots:
         QTest::mouseClick(m().bClose, Qt::LeftButton);
         QTRY_VERIFY(!cerrada);
         QTRY_COMPARE(m().fFormaActual.data(), a);
-        QCOMPARE(m().Modulo->text(), QStringLiteral("Compras por cliente"));
+        QCOMPARE(m().Modulo->text(), u"Compras por cliente"_s);
         QCOMPARE(elementos(m().vFiltro), a->Filtros);
         QCOMPARE(m().vFiltro->currentIndex(), 1);
-        QCOMPARE(FormasAbiertasLista().nombres, QStringList{QStringLiteral("ModuloA")});
+        QCOMPARE(FormasAbiertasLista().nombres, QStringList{u"ModuloA"_s});
 
         // The last one closed: empty header, no close button.
         QPointer<ModuloA> ultima(a);
@@ -224,8 +218,7 @@ private slots:
         lartest::GuionMensajes guion;
         m().sesion().Permisos[77] = 0;
         m().accArtmas->trigger();
-        QCOMPARE(guion.textos(),
-                 QStringList{QStringLiteral("No tiene permisos para acceder a esta ventana")});
+        QCOMPARE(guion.textos(), QStringList{u"No tiene permisos para acceder a esta ventana"_s});
         QVERIFY(m().fFormaActual.isNull());
         m().sesion().Permisos[77] = 1;
         // A tag without a screen opens nothing and says nothing.
@@ -236,14 +229,14 @@ private slots:
         QVERIFY(m().fFormaActual.isNull());
         // Its ribbon entry, though, tells the user instead of doing nothing.
         m().sesion().Permisos[74] = 1;
-        auto *historial = m().findChild<QToolButton *>(QStringLiteral("bConsultaHistorial"));
+        auto *historial = m().findChild<QToolButton *>(u"bConsultaHistorial"_s);
         QVERIFY(historial);
         historial->click();
         QCOMPARE(guion.textos(),
                  QStringList{QStringLiteral(
                      "La pantalla \u201CHistorial puntos\u201D aún no está disponible en "
                      "esta versión de Puntos Larvenos.")});
-        QCOMPARE(guion.cajas()[0].titulo, QStringLiteral("Aviso del sistema"));
+        QCOMPARE(guion.cajas()[0].titulo, u"Aviso del sistema"_s);
         QCOMPARE(guion.cajas()[0].icono(), int(mb::IconInformation));
         QVERIFY(m().fFormaActual.isNull());
         m().sesion().Permisos[74] = 0;
@@ -264,11 +257,10 @@ private slots:
         Sesion &s = m().sesion();
         // Registered so that the dispatch reaches the checks; they stop it first.
         for (int tag : {73, 75, 79})
-            RegistraModulo(
-                {tag, QStringLiteral("Nada"), true, [](TfMain &) { return new QDialog; }, {}, {}});
-        GuardaRegistro(s, QStringLiteral("Concepto Salida Puntos"), QStringLiteral("abc"));
+            RegistraModulo({tag, u"Nada"_s, true, [](TfMain &) { return new QDialog; }, {}, {}});
+        GuardaRegistro(s, u"Concepto Salida Puntos"_s, u"abc"_s);
         m().AbreVentana(73, {});
-        GuardaRegistro(s, QStringLiteral("Concepto Salida Puntos"), QStringLiteral("999999"));
+        GuardaRegistro(s, u"Concepto Salida Puntos"_s, u"999999"_s);
         m().AbreVentana(73, {}); // a concept without series
         m().AbreVentana(75, {});
         QCOMPARE(guion.textos(),
@@ -278,11 +270,11 @@ private slots:
                                              "concepto de salida de inventarios en Microsip."),
                               QStringLiteral("Es necesario realizar la configuración del sistema "
                                              "para poder asignar o quitar puntos")}));
-        QCOMPARE(guion.cajas()[2].titulo, QStringLiteral("Realizar configuración"));
+        QCOMPARE(guion.cajas()[2].titulo, u"Realizar configuración"_s);
         guion.limpia();
-        GuardaRegistro(s, QStringLiteral("Folio Puntos"), QStringLiteral("1"));
-        GuardaRegistro(s, QStringLiteral("Lista por clientes"), QStringLiteral("1"));
-        GuardaRegistro(s, QStringLiteral("Lista por empleados"), QString());
+        GuardaRegistro(s, u"Folio Puntos"_s, u"1"_s);
+        GuardaRegistro(s, u"Lista por clientes"_s, u"1"_s);
+        GuardaRegistro(s, u"Lista por empleados"_s, QString());
         m().AbreVentana(79, {});
         QCOMPARE(guion.textos(),
                  QStringList{QStringLiteral(
@@ -295,18 +287,18 @@ private slots:
     {
         Sesion &s = m().sesion();
         s.Permisos[73] = 1; // holds "Consulta", lacks "Nuevo"
-        QVERIFY(TienePermiso(s, 73, 1, QStringLiteral("consultar.")));
+        QVERIFY(TienePermiso(s, 73, 1, u"consultar."_s));
         {
             // Declined: no second login.
             lartest::GuionMensajes guion;
             guion.responde({mb::IdNo});
-            QVERIFY(!TienePermiso(s, 73, 1 | 2, QStringLiteral("hacer un nuevo canje de puntos.")));
+            QVERIFY(!TienePermiso(s, 73, 1 | 2, u"hacer un nuevo canje de puntos."_s));
             QCOMPARE(guion.cajas().size(), 1);
             const CajaMensaje &c = guion.cajas()[0];
             QCOMPARE(c.texto,
                      QStringLiteral("No tiene permisos para hacer un nuevo canje de "
                                     "puntos.\r¿Desea que otro usuario lo autorice?"));
-            QCOMPARE(c.titulo, QStringLiteral("Permisos"));
+            QCOMPARE(c.titulo, u"Permisos"_s);
             QCOMPARE(c.botones(), int(mb::YesNo));
             QCOMPARE(c.predeterminado(), 2);
         }
@@ -316,17 +308,16 @@ private slots:
             guion.responde({mb::IdYes});
             UsuarioAutoriza().clear();
             alAparecer<TfAcceso>([](TfAcceso *f) {
-                QTest::keyClicks(f->vUser, QStringLiteral("rosa"));
-                f->vPass->setText(QStringLiteral("rosa"));
+                QTest::keyClicks(f->vUser, u"rosa"_s);
+                f->vPass->setText(u"rosa"_s);
                 f->bOk->click();
             });
-            QVERIFY(TienePermiso(s, 73, 1 | 2, QStringLiteral("hacer un nuevo canje de puntos.")));
-            QCOMPARE(UsuarioAutoriza(), QStringLiteral("ROSA"));
+            QVERIFY(TienePermiso(s, 73, 1 | 2, u"hacer un nuevo canje de puntos."_s));
+            QCOMPARE(UsuarioAutoriza(), u"ROSA"_s);
         }
         {
             // JUAN's bit is in another module; ROSA has no row for module 10.
-            const QList<QPair<QString, int>> casos{{QStringLiteral("JUAN"), 73},
-                                                   {QStringLiteral("ROSA"), 10}};
+            const QList<QPair<QString, int>> casos{{u"JUAN"_s, 73}, {u"ROSA"_s, 10}};
             for (const auto &[quien, modulo] : casos) {
                 lartest::GuionMensajes guion;
                 alAparecer<TfAcceso>([quien](TfAcceso *f) {
@@ -334,8 +325,7 @@ private slots:
                     f->bOk->click();
                 });
                 QVERIFY(!AutorizaUsuario(s, modulo, 4 | 2 | 1, false));
-                QCOMPARE(guion.textos().value(0),
-                         QStringLiteral("El usuario seleccionado no tiene acceso"));
+                QCOMPARE(guion.textos().value(0), u"El usuario seleccionado no tiene acceso"_s);
             }
         }
         {

@@ -15,6 +15,7 @@
 #include <QPushButton>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
 using namespace lar;
 
 namespace {
@@ -93,12 +94,27 @@ class TstPerfiles : public QObject
 
     QString m_comun, m_local;
 
-    void preparaCarpetas(const QString &nombre)
+    // Profile folders of their own, with the common and the user's file when given.
+    void preparaCarpetas(const QString &nombre,
+                         const QByteArray &comun = {},
+                         const QByteArray &usuario = {})
     {
-        m_comun = lartest::tempPath(nombre + QStringLiteral("/comun"));
-        m_local = lartest::tempPath(nombre + QStringLiteral("/local"));
+        m_comun = lartest::tempPath(nombre + u"/comun"_s);
+        m_local = lartest::tempPath(nombre + u"/local"_s);
         qputenv("LARVENOS_COMMON_APPDATA", m_comun.toUtf8());
         qputenv("LARVENOS_LOCAL_APPDATA", m_local.toUtf8());
+        if (!comun.isEmpty())
+            escribe(m_comun + u"/Microsip/ProgramData.xml"_s, comun);
+        if (!usuario.isEmpty())
+            escribe(m_local + u"/Microsip/ProgramData.xml"_s, usuario);
+    }
+
+    // The login dialog, shown on those folders.
+    static std::unique_ptr<TfConecta> dialogo(Sesion &s)
+    {
+        auto f = std::make_unique<TfConecta>(s);
+        f->show();
+        return QTest::qWaitForWindowExposed(f.get()) ? std::move(f) : nullptr;
     }
 
 private slots:
@@ -108,10 +124,10 @@ private slots:
         QVERIFY(doc.setContent(kComun));
         const QList<Conexion> lista = LeeConexionesXml(doc);
         QCOMPARE(lista.size(), 3); // SinDatos has no Directorio_de_datos
-        QCOMPARE(lista[0].nombre, QStringLiteral("Local"));
-        QCOMPARE(lista[0].path, QStringLiteral("/datos/msip/"));
-        QCOMPARE(lista[1].path, QStringLiteral("caja1:C:\\Microsip datos\\"));
-        QCOMPARE(lista[2].path, QStringLiteral("\\\\SRV\\datos\\"));
+        QCOMPARE(lista[0].nombre, u"Local"_s);
+        QCOMPARE(lista[0].path, u"/datos/msip/"_s);
+        QCOMPARE(lista[1].path, u"caja1:C:\\Microsip datos\\"_s);
+        QCOMPARE(lista[2].path, u"\\\\SRV\\datos\\"_s);
         // A document with another root or no Conexiones lists nothing.
         QVERIFY(doc.setContent(QByteArrayLiteral("<Otro><LocalMachine/></Otro>")));
         QVERIFY(LeeConexionesXml(doc).isEmpty());
@@ -119,23 +135,22 @@ private slots:
 
     void nodoDelUsuarioConAcentos()
     {
-        QCOMPARE(NombreNodoUsuario(QStringLiteral("José Martín")), QStringLiteral("Jos_ Mart_n"));
-        QCOMPARE(NombreNodoUsuario(QStringLiteral("Ángel")),
-                 QStringLiteral("Ángel")); // upper case kept
+        QCOMPARE(NombreNodoUsuario(u"José Martín"_s), u"Jos_ Mart_n"_s);
+        QCOMPARE(NombreNodoUsuario(u"Ángel"_s),
+                 u"Ángel"_s); // upper case kept
         QDomDocument doc;
-        QVERIFY(doc.setContent(
-            usuarioXml(QStringLiteral("Jos_"), QStringLiteral("PEPE"), QStringLiteral("Local"))));
-        const QDomElement barra = NodoBarraXml(doc, QStringLiteral("José"));
+        QVERIFY(doc.setContent(usuarioXml(u"Jos_"_s, u"PEPE"_s, u"Local"_s)));
+        const QDomElement barra = NodoBarraXml(doc, u"José"_s);
         QVERIFY(!barra.isNull());
-        QCOMPARE(TextoNodo(barra, QStringLiteral("Usuario")), QStringLiteral("PEPE"));
+        QCOMPARE(TextoNodo(barra, u"Usuario"_s), u"PEPE"_s);
         // Names are matched as written: another user has no node.
-        QVERIFY(NodoBarraXml(doc, QStringLiteral("jose")).isNull());
+        QVERIFY(NodoBarraXml(doc, u"jose"_s).isNull());
     }
 
     void guardaConSangriaDeDos()
     {
-        preparaCarpetas(QStringLiteral("guarda"));
-        const QString ruta = m_local + QStringLiteral("/Microsip/ProgramData.xml");
+        preparaCarpetas(u"guarda"_s);
+        const QString ruta = m_local + u"/Microsip/ProgramData.xml"_s;
         escribe(
             ruta,
             "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<ProgramData><CurrentUser><ana><Software>"
@@ -143,18 +158,17 @@ private slots:
             "</Software></ana></CurrentUser><Otro>queda</Otro></ProgramData>\n");
         QDomDocument doc;
         CargaXml(doc, ruta);
-        QDomElement barra = NodoBarraXml(doc, QStringLiteral("ana"));
-        FijaNodo(barra, QStringLiteral("Usuario"), QStringLiteral("PEPE"));
-        FijaNodo(barra, QStringLiteral("Conexi_n"), QStringLiteral("Local")); // added
+        QDomElement barra = NodoBarraXml(doc, u"ana"_s);
+        FijaNodo(barra, u"Usuario"_s, u"PEPE"_s);
+        FijaNodo(barra, u"Conexi_n"_s, u"Local"_s); // added
         GuardaXml(doc, ruta);
         const QString texto = QString::fromUtf8(lee(ruta));
-        QVERIFY(texto.contains(QStringLiteral("\n  <CurrentUser>\n    <ana>")));
-        QVERIFY(texto.contains(QStringLiteral("<Usuario>PEPE</Usuario>")));
-        QVERIFY(texto.contains(QStringLiteral("<Conexi_n>Local</Conexi_n>")));
-        QVERIFY(texto.contains(QStringLiteral("<Otro>queda</Otro>")));
-        QVERIFY(!texto.contains(QStringLiteral("VIEJO")));
-        QVERIFY_THROWS_EXCEPTION(std::runtime_error,
-                                 CargaXml(doc, ruta + QStringLiteral(".falta")));
+        QVERIFY(texto.contains(u"\n  <CurrentUser>\n    <ana>"_s));
+        QVERIFY(texto.contains(u"<Usuario>PEPE</Usuario>"_s));
+        QVERIFY(texto.contains(u"<Conexi_n>Local</Conexi_n>"_s));
+        QVERIFY(texto.contains(u"<Otro>queda</Otro>"_s));
+        QVERIFY(!texto.contains(u"VIEJO"_s));
+        QVERIFY_THROWS_EXCEPTION(std::runtime_error, CargaXml(doc, ruta + u".falta"_s));
     }
 
     void dialogoLeeLosPerfiles_data()
@@ -171,93 +185,81 @@ private slots:
     {
         QFETCH(QString, ultima);
         QFETCH(QString, esperada);
-        preparaCarpetas(QStringLiteral("dialogo-") + ultima);
         qputenv("USER", "ana");
         qunsetenv("USERNAME");
-        escribe(m_comun + QStringLiteral("/Microsip/ProgramData.xml"), kComun);
-        escribe(m_local + QStringLiteral("/Microsip/ProgramData.xml"),
-                usuarioXml(QStringLiteral("ana"), QStringLiteral("PEPE"), ultima));
+        preparaCarpetas(u"dialogo-"_s + ultima, kComun, usuarioXml(u"ana"_s, u"PEPE"_s, ultima));
         lartest::GuionMensajes guion;
         Sesion s;
-        TfConecta f(s);
-        f.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&f));
-        QVERIFY(f.UsaXml);
-        QCOMPARE(f.vConexiones->count(), 3);
-        QCOMPARE(f.vConexiones->currentText(), esperada);
-        QCOMPARE(f.vUsuario->text(), QStringLiteral("PEPE"));
-        QCOMPARE(f.windowTitle(), QStringLiteral("Larvenos Punto de Venta"));
+        const auto f = dialogo(s);
+        QVERIFY(f);
+        QVERIFY(f->UsaXml);
+        QCOMPARE(f->vConexiones->count(), 3);
+        QCOMPARE(f->vConexiones->currentText(), esperada);
+        QCOMPARE(f->vUsuario->text(), u"PEPE"_s);
         QVERIFY(guion.cajas().isEmpty());
         // With a user, the password has the focus; bOk waits for it.
-        QCOMPARE(QApplication::focusWidget(), f.vPass);
-        QVERIFY(!f.bOk->isEnabled());
-        QTest::keyClicks(f.vPass, QStringLiteral("clave"));
-        QVERIFY(f.bOk->isEnabled());
-        f.vUsuario->setText(QStringLiteral("   "));
-        QVERIFY(!f.bOk->isEnabled());
-        f.vUsuario->setText(QStringLiteral("PEPE"));
-        QVERIFY(f.bOk->isEnabled());
+        QCOMPARE(QApplication::focusWidget(), f->vPass);
+        QVERIFY(!f->bOk->isEnabled());
+        QTest::keyClicks(f->vPass, u"clave"_s);
+        QVERIFY(f->bOk->isEnabled());
+        f->vUsuario->setText(u"   "_s);
+        QVERIFY(!f->bOk->isEnabled());
+        f->vUsuario->setText(u"PEPE"_s);
+        QVERIFY(f->bOk->isEnabled());
     }
 
     void enterSoloAvanza()
     {
-        preparaCarpetas(QStringLiteral("enter"));
-        escribe(m_comun + QStringLiteral("/Microsip/ProgramData.xml"), kComun);
-        escribe(m_local + QStringLiteral("/Microsip/ProgramData.xml"),
-                usuarioXml(QStringLiteral("otro"), QStringLiteral("X"), QStringLiteral("Local")));
+        preparaCarpetas(u"enter"_s, kComun, usuarioXml(u"otro"_s, u"X"_s, u"Local"_s));
         lartest::GuionMensajes guion;
         Sesion s;
-        TfConecta f(s);
-        f.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&f));
+        const auto f = dialogo(s);
+        QVERIFY(f);
         // No node for this user: nothing read, the user name gets the focus.
-        QCOMPARE(f.vUsuario->text(), QString());
-        QCOMPARE(QApplication::focusWidget(), f.vUsuario);
-        QTest::keyClicks(f.vUsuario, QStringLiteral("pepe"));
-        QTest::keyClick(f.vUsuario, Qt::Key_Return);
-        QCOMPARE(QApplication::focusWidget(), f.vConexiones);
-        QTest::keyClick(f.vConexiones, Qt::Key_Return);
-        QCOMPARE(QApplication::focusWidget(), f.vPass);
-        QTest::keyClick(f.vPass, Qt::Key_Return); // bOk disabled: the focus stays
-        QCOMPARE(QApplication::focusWidget(), f.vPass);
-        QTest::keyClicks(f.vPass, QStringLiteral("x"));
-        QTest::keyClick(f.vPass, Qt::Key_Return);
-        QCOMPARE(QApplication::focusWidget(), f.bOk);
-        QVERIFY(f.isVisible()); // Enter never accepted by itself
+        QCOMPARE(f->vUsuario->text(), QString());
+        QCOMPARE(QApplication::focusWidget(), f->vUsuario);
+        QTest::keyClicks(f->vUsuario, u"pepe"_s);
+        QTest::keyClick(f->vUsuario, Qt::Key_Return);
+        QCOMPARE(QApplication::focusWidget(), f->vConexiones);
+        QTest::keyClick(f->vConexiones, Qt::Key_Return);
+        QCOMPARE(QApplication::focusWidget(), f->vPass);
+        QTest::keyClick(f->vPass, Qt::Key_Return); // bOk disabled: the focus stays
+        QCOMPARE(QApplication::focusWidget(), f->vPass);
+        QTest::keyClicks(f->vPass, u"x"_s);
+        QTest::keyClick(f->vPass, Qt::Key_Return);
+        QCOMPARE(QApplication::focusWidget(), f->bOk);
+        QVERIFY(f->isVisible()); // Enter never accepted by itself
         QVERIFY(guion.cajas().isEmpty());
     }
 
     void xmlIlegibleAvisaYSigue()
     {
-        preparaCarpetas(QStringLiteral("roto"));
-        escribe(m_comun + QStringLiteral("/Microsip/ProgramData.xml"), "<ProgramData><roto>");
+        preparaCarpetas(u"roto"_s, "<ProgramData><roto>");
         lartest::GuionMensajes guion;
         Sesion s;
-        TfConecta f(s);
-        f.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&f));
+        const auto f = dialogo(s);
+        QVERIFY(f);
         QCOMPARE(guion.cajas().size(), 1);
-        QVERIFY(guion.cajas()[0].texto.startsWith(
-            QStringLiteral("No fue posible cargar la configuración XML\r")));
-        QCOMPARE(guion.cajas()[0].titulo, QStringLiteral("Aviso del sistema"));
-        QCOMPARE(f.vConexiones->count(), 0);
-        QTest::keyClicks(f.vUsuario, QStringLiteral("pepe"));
-        QTest::keyClicks(f.vPass, QStringLiteral("x"));
-        QVERIFY(!f.bOk->isEnabled());
+        QVERIFY(
+            guion.cajas()[0].texto.startsWith(u"No fue posible cargar la configuración XML\r"_s));
+        QCOMPARE(guion.cajas()[0].titulo, u"Aviso del sistema"_s);
+        QCOMPARE(f->vConexiones->count(), 0);
+        QTest::keyClicks(f->vUsuario, u"pepe"_s);
+        QTest::keyClicks(f->vPass, u"x"_s);
+        QVERIFY(!f->bOk->isEnabled());
     }
 
     void sinArchivoComunNoHayXml()
     {
-        preparaCarpetas(QStringLiteral("sinxml"));
+        preparaCarpetas(u"sinxml"_s);
         lartest::GuionMensajes guion;
         Sesion s;
-        TfConecta f(s);
-        f.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&f));
-        QVERIFY(!f.UsaXml);
+        const auto f = dialogo(s);
+        QVERIFY(f);
+        QVERIFY(!f->UsaXml);
         QVERIFY(guion.cajas().isEmpty());
 #ifndef Q_OS_WIN
-        QCOMPARE(f.vConexiones->count(), 0);
+        QCOMPARE(f->vConexiones->count(), 0);
 #endif
     }
 };

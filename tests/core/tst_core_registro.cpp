@@ -5,11 +5,10 @@
 #include "core/registro.h"
 #include "core/sesion.h"
 #include "db/actualizadb.h"
-#include "fb/database.h"
 #include "fb/query.h"
-#include "fb/transaction.h"
 #include "support/entornoprueba.h"
 #include "support/guionmensajes.h"
+#include "support/sqlprueba.h"
 #include "support/testenv.h"
 #include "support/testmain.h"
 #include "toolkit/memgrid.h"
@@ -19,6 +18,8 @@
 #include <QTest>
 
 using namespace Qt::StringLiterals;
+using lartest::ejecutaSql;
+using lartest::filasSql;
 
 class TestRegistro : public QObject
 {
@@ -36,37 +37,10 @@ private:
         return *m_s;
     }
 
-    // Runs a statement outside the session's transactions.
-    static void ejecuta(fb::Database &db, const QString &sql, const QVariantList &params = {})
-    {
-        fb::Transaction tr(&db);
-        fb::Query q(&db, &tr);
-        q.setSql(sql);
-        for (int i = 0; i < params.size(); ++i)
-            q.bind(i, params[i]);
-        q.execute();
-        tr.commit();
-    }
-
-    static QStringList filas(fb::Database &db, const QString &sql)
-    {
-        fb::Transaction tr(&db);
-        fb::Query q(&db, &tr);
-        q.setSql(sql);
-        QStringList out;
-        for (q.open(); !q.eof(); q.next()) {
-            QStringList c;
-            for (int i = 0; i < q.fieldCount(); ++i)
-                c << (q.field(i).isNull() ? QStringLiteral("<null>") : q.field(i).toTrimmed());
-            out << c.join(u'|');
-        }
-        return out;
-    }
-
     void ponVersion(const QString &v)
     {
         QString valor = v;
-        lar::Registro(*m_s, {}, {}, {}, false, valor, QStringLiteral("PuntosLar_DB"));
+        lar::Registro(*m_s, {}, {}, {}, false, valor, u"PuntosLar_DB"_s);
     }
 
 private slots:
@@ -79,35 +53,35 @@ private slots:
     void init()
     {
         nuevaSesion();
-        ejecuta(m_s->fbDatabase(), QStringLiteral("delete from lar_registro"));
+        ejecutaSql(m_s->fbDatabase(), u"delete from lar_registro"_s);
     }
 
     void cleanupTestCase() { m_s.reset(); }
 
     void primeraLecturaCreaLaRuta()
     {
-        QString v = QStringLiteral("basura");
+        QString v = u"basura"_s;
         const int id = lar::Registro(*m_s, {}, u"PuntosLar"_s, u"Puntos"_s, true, v, u"Clave"_s);
         QVERIFY(v.isEmpty());
         // Created in path order, each under the one before; the value empty, not NULL.
         const QString arbol = QStringLiteral(
             "select r.nombre, r.tipo, coalesce(p.nombre, '-'), r.valor from lar_registro r left "
             "join lar_registro p on p.registro_id = r.padre_id order by r.registro_id");
-        const QStringList rows = filas(m_s->fbDatabase(), arbol);
+        const QStringList rows = filasSql(m_s->fbDatabase(), arbol);
         QCOMPARE(
             rows,
             QStringList(
                 {u"PuntosLar|F|-|<null>"_s, u"Puntos|F|PuntosLar|<null>"_s, u"Clave|V|Puntos|"_s}));
-        QCOMPARE(QString::number(m_s->RegistroCache.value(QStringLiteral("PuntosLar*Puntos*"))),
-                 filas(m_s->fbDatabase(),
-                       u"select registro_id from lar_registro where nombre='Puntos'"_s)[0]);
+        QCOMPARE(QString::number(m_s->RegistroCache.value(u"PuntosLar*Puntos*"_s)),
+                 filasSql(m_s->fbDatabase(),
+                          u"select registro_id from lar_registro where nombre='Puntos'"_s)[0]);
 
         // A new session finds the same rows and adds none.
         lar::Sesion &s2 = nuevaSesion();
         QCOMPARE(lar::Registro(s2, {}, u"PuntosLar"_s, u"Puntos"_s, true, v, u"Clave"_s), id);
-        QCOMPARE(filas(s2.fbDatabase(), arbol), rows);
-        lar::GuardaRegistro(s2, QStringLiteral("Clave"), QStringLiteral("Sí, 5"));
-        QCOMPARE(lar::LeeRegistro(s2, QStringLiteral("Clave")), QStringLiteral("Sí, 5"));
+        QCOMPARE(filasSql(s2.fbDatabase(), arbol), rows);
+        lar::GuardaRegistro(s2, u"Clave"_s, u"Sí, 5"_s);
+        QCOMPARE(lar::LeeRegistro(s2, u"Clave"_s), u"Sí, 5"_s);
     }
 
     // Settings reads (which create keys) and writes are committed on the tree's own
@@ -121,10 +95,10 @@ private slots:
         q.setSql(QStringLiteral("insert into lar_permisos (modulo, usuario, acceso) values (5, "
                                 "'PENDIENTE', 1)"));
         q.execute();
-        QCOMPARE(lar::LeeRegistro(s, QStringLiteral("Nueva")), QString());
-        lar::GuardaRegistro(s, QStringLiteral("Otra"), QStringLiteral("x"));
+        QCOMPARE(lar::LeeRegistro(s, u"Nueva"_s), QString());
+        lar::GuardaRegistro(s, u"Otra"_s, u"x"_s);
         QString version;
-        lar::Registro(s, {}, {}, {}, true, version, QStringLiteral("PuntosLar_DB"));
+        lar::Registro(s, {}, {}, {}, true, version, u"PuntosLar_DB"_s);
         QVERIFY(s.fbUpdateTrans().isActive());
 
         fb::Database otra;
@@ -132,29 +106,29 @@ private slots:
         const QString claves = QStringLiteral(
             "select nombre, valor from lar_registro where nombre in ('Nueva', 'Otra', "
             "'PuntosLar_DB') order by nombre");
-        const QStringList esperadas{
-            QStringLiteral("Nueva|"), QStringLiteral("Otra|x"), QStringLiteral("PuntosLar_DB|")};
-        QCOMPARE(filas(otra, claves), esperadas);
+        const QStringList esperadas{u"Nueva|"_s, u"Otra|x"_s, u"PuntosLar_DB|"_s};
+        QCOMPARE(filasSql(otra, claves), esperadas);
         const QString pendiente
-            = QStringLiteral("select count(*) from lar_permisos where usuario = 'PENDIENTE'");
-        QCOMPARE(filas(otra, pendiente), QStringList{QStringLiteral("0")});
+            = u"select count(*) from lar_permisos where usuario = 'PENDIENTE'"_s;
+        QCOMPARE(filasSql(otra, pendiente), QStringList{u"0"_s});
 
         s.UpdateRollback();
-        QCOMPARE(filas(otra, pendiente), QStringList{QStringLiteral("0")});
-        QCOMPARE(filas(otra, claves), esperadas);
+        QCOMPARE(filasSql(otra, pendiente), QStringList{u"0"_s});
+        QCOMPARE(filasSql(otra, claves), esperadas);
     }
 
     // Folder ids stay cached for the whole session, even when the rows go away.
     void cacheDeCarpetas()
     {
-        lar::GuardaRegistro(*m_s, QStringLiteral("Clave"), QStringLiteral("7"));
-        ejecuta(m_s->fbDatabase(), QStringLiteral("delete from lar_registro where tipo = 'F'"));
-        QCOMPARE(lar::LeeRegistro(*m_s, QStringLiteral("Clave")), QStringLiteral("7"));
-        QVERIFY(filas(m_s->fbDatabase(), u"select 1 from lar_registro where tipo='F'"_s).isEmpty());
+        lar::GuardaRegistro(*m_s, u"Clave"_s, u"7"_s);
+        ejecutaSql(m_s->fbDatabase(), u"delete from lar_registro where tipo = 'F'"_s);
+        QCOMPARE(lar::LeeRegistro(*m_s, u"Clave"_s), u"7"_s);
+        QVERIFY(
+            filasSql(m_s->fbDatabase(), u"select 1 from lar_registro where tipo='F'"_s).isEmpty());
 
         nuevaSesion();
-        QCOMPARE(lar::LeeRegistro(*m_s, QStringLiteral("Clave")), QString());
-        QCOMPARE(filas(m_s->fbDatabase(), u"select count(*) from lar_registro where tipo='F'"_s),
+        QCOMPARE(lar::LeeRegistro(*m_s, u"Clave"_s), QString());
+        QCOMPARE(filasSql(m_s->fbDatabase(), u"select count(*) from lar_registro where tipo='F'"_s),
                  QStringList{u"2"_s});
     }
 
@@ -162,22 +136,23 @@ private slots:
     // and a write over an existing row overwrites its TIPO.
     void valorEnCarpetasYTipo()
     {
-        QCOMPARE(lar::LeeRegistro(*m_s, QStringLiteral("Clave")), QString());
+        QCOMPARE(lar::LeeRegistro(*m_s, u"Clave"_s), QString());
         nuevaSesion();
-        lar::GuardaRegistro(*m_s, QStringLiteral("Clave"), QStringLiteral("abc"));
-        lar::GuardaRegistro(*m_s, QStringLiteral("Clave"), QStringLiteral("def"));
+        lar::GuardaRegistro(*m_s, u"Clave"_s, u"abc"_s);
+        lar::GuardaRegistro(*m_s, u"Clave"_s, u"def"_s);
         QCOMPARE(
-            filas(m_s->fbDatabase(),
-                  u"select nombre, valor from lar_registro where tipo='F' order by registro_id"_s),
+            filasSql(
+                m_s->fbDatabase(),
+                u"select nombre, valor from lar_registro where tipo='F' order by registro_id"_s),
             QStringList({u"PuntosLar|abc"_s, u"Puntos|abc"_s}));
-        QCOMPARE(lar::LeeRegistro(*m_s, QStringLiteral("Clave")), QStringLiteral("def"));
+        QCOMPARE(lar::LeeRegistro(*m_s, u"Clave"_s), u"def"_s);
 
-        QString uno = QStringLiteral("1");
-        lar::Registro(*m_s, {}, {}, {}, false, uno, QStringLiteral("PuntosLar"));
-        QCOMPARE(filas(m_s->fbDatabase(),
-                       u"select tipo, valor from lar_registro where nombre='PuntosLar'"_s),
+        QString uno = u"1"_s;
+        lar::Registro(*m_s, {}, {}, {}, false, uno, u"PuntosLar"_s);
+        QCOMPARE(filasSql(m_s->fbDatabase(),
+                          u"select tipo, valor from lar_registro where nombre='PuntosLar'"_s),
                  QStringList{u"V|1"_s});
-        QVERIFY(!m_s->RegistroCache.contains(QStringLiteral("**")));
+        QVERIFY(!m_s->RegistroCache.contains(u"**"_s));
     }
 
     // A path of three folders: each level under the one before, and the cache keeps
@@ -195,10 +170,10 @@ private slots:
             lar::Registro(*m_s, c3, u"PuntosLar"_s, u"Puntos"_s, false, v, u"Clave"_s);
         }
         QCOMPARE(
-            filas(m_s->fbDatabase(),
-                  u"select p.nombre || '/' || h.nombre, r.valor from lar_registro r join "
-                  "lar_registro h on h.registro_id = r.padre_id join lar_registro p on "
-                  "p.registro_id = h.padre_id where r.nombre = 'Clave' order by 2"_s),
+            filasSql(m_s->fbDatabase(),
+                     u"select p.nombre || '/' || h.nombre, r.valor from lar_registro r join "
+                     "lar_registro h on h.registro_id = r.padre_id join lar_registro p on "
+                     "p.registro_id = h.padre_id where r.nombre = 'Clave' order by 2"_s),
             QStringList(
                 {u"PuntosLar/Puntos|dos"_s, u"Puntos/Otra|tres Otra"_s, u"Puntos/Sub|tres Sub"_s}));
         for (int vez = 0; vez < 2; ++vez) {
@@ -208,10 +183,10 @@ private slots:
                 QCOMPARE(v, valor(c3));
             }
             QCOMPARE(QString::number(m_s->RegistroCache.value(u"PuntosLar*Puntos*Sub"_s)),
-                     filas(m_s->fbDatabase(),
-                           u"select h.registro_id from lar_registro h join lar_registro p on "
-                           "p.registro_id = h.padre_id where h.nombre = 'Sub' and p.nombre = "
-                           "'Puntos'"_s)
+                     filasSql(m_s->fbDatabase(),
+                              u"select h.registro_id from lar_registro h join lar_registro p on "
+                              "p.registro_id = h.padre_id where h.nombre = 'Sub' and p.nombre = "
+                              "'Puntos'"_s)
                          .value(0));
             nuevaSesion();
         }
@@ -223,8 +198,7 @@ private slots:
         QTest::addColumn<bool>("silencioso");
         QTest::addColumn<bool>("esperado");
         QTest::addColumn<QString>("mensaje");
-        const QString viejo
-            = QStringLiteral("Es necesario actualizar la base de datos para continuar");
+        const QString viejo = u"Es necesario actualizar la base de datos para continuar"_s;
         const QString nuevo = QStringLiteral(
             "La base de datos no es compatible, debe actualizar el sistema Larvenos");
         QTest::newRow("igual") << "000040" << false << true << QString();
@@ -257,13 +231,13 @@ private slots:
         QCOMPARE(lar::RevisaDB(*m_s, silencioso), esperado);
         QCOMPARE(guion.textos(), mensaje.isEmpty() ? QStringList() : QStringList{mensaje});
         for (const lar::CajaMensaje &c : guion.cajas())
-            QCOMPARE(c.titulo, QStringLiteral("Aviso del sistema"));
+            QCOMPARE(c.titulo, u"Aviso del sistema"_s);
         QVERIFY(!terminada);
         // The read of a missing key leaves it, empty.
-        QCOMPARE(filas(m_s->fbDatabase(),
-                       u"select valor from lar_registro where nombre='PuntosLar_DB'"_s),
+        QCOMPARE(filasSql(m_s->fbDatabase(),
+                          u"select valor from lar_registro where nombre='PuntosLar_DB'"_s),
                  QStringList{valor == u"-" ? QString() : valor.trimmed()});
-        QCOMPARE(m_s->VersionMicrosip, QStringLiteral("7.22.1"));
+        QCOMPARE(m_s->VersionMicrosip, u"7.22.1"_s);
     }
 
     void verificaDBSinEsquema()
@@ -295,10 +269,8 @@ private slots:
         QFETCH(QString, versionSis);
         QFETCH(bool, aceptada);
         QFETCH(QString, texto);
-        ponVersion(QStringLiteral("000040"));
-        ejecuta(m_s->fbMetadatos(),
-                QStringLiteral("update versiones_sis set version_sis = ?"),
-                {versionSis});
+        ponVersion(u"000040"_s);
+        ejecutaSql(m_s->fbMetadatos(), u"update versiones_sis set version_sis = ?"_s, {versionSis});
         lartest::GuionMensajes guion;
         int terminada = 0;
         m_s->terminaAplicacion = [&] {
@@ -314,27 +286,25 @@ private slots:
                      : QStringList{u"Puntos Larvenos 2026 no es compatible con la versión de "_s
                                    u"Microsip "_s
                                    + texto});
-        ejecuta(m_s->fbMetadatos(),
-                QStringLiteral("update versiones_sis set version_sis = '72201'"));
+        ejecutaSql(m_s->fbMetadatos(), u"update versiones_sis set version_sis = '72201'"_s);
     }
 
     void existenObjetos()
     {
         lar::Sesion &s = *m_s;
-        QVERIFY(lar::ExisteTabla(s, QStringLiteral(" lar_ registro\r\n")));
-        QVERIFY(!lar::ExisteTabla(s, QStringLiteral("LAR_NADA")));
-        QVERIFY(lar::ExisteCampo(s, QStringLiteral("LAR_REGISTRO"), QStringLiteral("VALOR")));
-        QVERIFY(!lar::ExisteCampo(s, QStringLiteral("lar_registro"), QStringLiteral("valor")));
-        QVERIFY(lar::ExisteProcedimiento(s, QStringLiteral("lar_calc_artalm1 ")));
+        QVERIFY(lar::ExisteTabla(s, u" lar_ registro\r\n"_s));
+        QVERIFY(!lar::ExisteTabla(s, u"LAR_NADA"_s));
+        QVERIFY(lar::ExisteCampo(s, u"LAR_REGISTRO"_s, u"VALOR"_s));
+        QVERIFY(!lar::ExisteCampo(s, u"lar_registro"_s, u"valor"_s));
+        QVERIFY(lar::ExisteProcedimiento(s, u"lar_calc_artalm1 "_s));
 
         // The answer is kept for the session, also a negative one.
-        QVERIFY(!lar::ExisteProcedimiento(s, QStringLiteral("LAR_NUEVO")));
-        ejecuta(
-            s.fbDatabase(),
-            QStringLiteral("create procedure LAR_NUEVO returns (n integer) as begin n = 1; end"));
-        QVERIFY(!lar::ExisteProcedimiento(s, QStringLiteral("LAR_NUEVO")));
-        QVERIFY(lar::ExisteProcedimiento(nuevaSesion(), QStringLiteral("LAR_NUEVO")));
-        ejecuta(m_s->fbDatabase(), QStringLiteral("drop procedure LAR_NUEVO"));
+        QVERIFY(!lar::ExisteProcedimiento(s, u"LAR_NUEVO"_s));
+        ejecutaSql(s.fbDatabase(),
+                   u"create procedure LAR_NUEVO returns (n integer) as begin n = 1; end"_s);
+        QVERIFY(!lar::ExisteProcedimiento(s, u"LAR_NUEVO"_s));
+        QVERIFY(lar::ExisteProcedimiento(nuevaSesion(), u"LAR_NUEVO"_s));
+        ejecutaSql(m_s->fbDatabase(), u"drop procedure LAR_NUEVO"_s);
     }
 
     void registroMicrosip()
@@ -351,27 +321,24 @@ private slots:
         QCOMPARE(lar::RegistroMicrosip(s, u"Empresa"_s, microsip, u"V"_s, false, u"9"_s), empresa);
         s.ConfigCommit();
         // What TfConecta reads back as the user's last company.
-        QCOMPARE(filas(s.fbConfig(),
-                       u"select valor from registry where nombre='Empresa' and padre_id= (select "_s
-                       u"elemento_id from registry where nombre='Microsip' and padre_id= (select "_s
-                       u"elemento_id from registry where nombre='PEPE' and padre_id=0))"_s),
-                 QStringList{u"7"_s});
+        QCOMPARE(
+            filasSql(s.fbConfig(),
+                     u"select valor from registry where nombre='Empresa' and padre_id= (select "_s
+                     u"elemento_id from registry where nombre='Microsip' and padre_id= (select "_s
+                     u"elemento_id from registry where nombre='PEPE' and padre_id=0))"_s),
+            QStringList{u"7"_s});
     }
 
     void cargaCatalogo()
     {
         lar::Sesion &s = *m_s;
-        const QString largo = QStringLiteral("Bodega de materiales de construcción pesada");
-        for (const QString &n :
-             {QStringLiteral("Zona sur"), QStringLiteral("Almacén central"), largo})
-            ejecuta(s.fbDatabase(),
-                    QStringLiteral("insert into almacenes (almacen_id, nombre) values (-1, ?)"),
-                    {n});
+        const QString largo = u"Bodega de materiales de construcción pesada"_s;
+        for (const QString &n : {u"Zona sur"_s, u"Almacén central"_s, largo})
+            ejecutaSql(s.fbDatabase(),
+                       u"insert into almacenes (almacen_id, nombre) values (-1, ?)"_s,
+                       {n});
         const auto catalogo = [&s] {
-            return lar::CargaCatalogo(s,
-                                      QStringLiteral("ALMACENES"),
-                                      QStringLiteral("ALMACEN_ID"),
-                                      QStringLiteral("NOMBRE"));
+            return lar::CargaCatalogo(s, u"ALMACENES"_s, u"ALMACEN_ID"_s, u"NOMBRE"_s);
         };
         lar::LookupCombo combo;
         for (int vez = 0; vez < 2; ++vez) {
@@ -380,14 +347,14 @@ private slots:
         }
         QCOMPARE(combo.findChildren<lar::MemTable *>().size(), 1);
         QCOMPARE(combo.currentIndex(), 0);
-        QCOMPARE(combo.itemText(0), QStringLiteral("Almacén central"));
+        QCOMPARE(combo.itemText(0), u"Almacén central"_s);
         QCOMPARE(combo.itemText(1), largo.left(30));
-        QCOMPARE(combo.itemText(2), QStringLiteral("Zona sur"));
+        QCOMPARE(combo.itemText(2), u"Zona sur"_s);
         combo.setCurrentIndex(2);
         QCOMPARE(
-            filas(s.fbDatabase(), u"select almacen_id from almacenes where nombre='Zona sur'"_s),
+            filasSql(s.fbDatabase(), u"select almacen_id from almacenes where nombre='Zona sur'"_s),
             QStringList{combo.keyValue().toString()});
-        ejecuta(s.fbDatabase(), QStringLiteral("delete from almacenes"));
+        ejecutaSql(s.fbDatabase(), u"delete from almacenes"_s);
         lar::LlenaCatalogo(&combo, catalogo());
         QCOMPARE(combo.count(), 0);
         QCOMPARE(combo.currentIndex(), -1);
@@ -395,10 +362,10 @@ private slots:
 
     void rutaIni()
     {
-        const QString dir = lartest::tempPath(QStringLiteral("datos/LarvenosPV"));
+        const QString dir = lartest::tempPath(u"datos/LarvenosPV"_s);
         qputenv("LARVENOS_DATOS", dir.toLocal8Bit());
-        QCOMPARE(lar::RutaIni(*m_s), dir + QStringLiteral("/Puntos.ini"));
-        QCOMPARE(m_s->IniPuntos, dir + QStringLiteral("/Puntos.ini"));
+        QCOMPARE(lar::RutaIni(*m_s), dir + u"/Puntos.ini"_s);
+        QCOMPARE(m_s->IniPuntos, dir + u"/Puntos.ini"_s);
         QVERIFY(QDir(dir).exists());
         qunsetenv("LARVENOS_DATOS");
     }

@@ -3,58 +3,33 @@
 // last, deleted without rewriting what users hold; titles with apostrophes.
 
 #include "../core/ayudagui.h"
-
-#include "core/conecta.h"
-#include "core/fmain.h"
 #include "security/datosseguridad.h"
 #include "security/modulos.h"
 #include "security/sisdiseno.h"
 #include "shared/flista.h"
 #include "shared/listas.h"
 #include "support/guionmensajes.h"
+#include "support/sqlprueba.h"
 #include "support/testmain.h"
 #include "toolkit/memtable.h"
 #include "toolkit/ribbon.h"
 
 #include <QAction>
-#include <QLineEdit>
 #include <QMenu>
-#include <QPushButton>
-#include <QTest>
 #include <QToolButton>
-#include <QTreeWidget>
 
 #include <memory>
 
+using namespace Qt::StringLiterals;
 using namespace lar;
 using lartest::alAparecer;
+using lartest::nodo;
 
 namespace {
 
-constexpr quint32 kAdministrador = 1048575;
-
-// Each row of a select as "a|b|c".
 QStringList filas(Sesion &s, const QString &sql)
 {
-    fb::Query q(&s.fbDatabase(), &s.fbViewTrans());
-    q.setTrimChars(true);
-    q.setSql(sql);
-    QStringList r;
-    for (q.open(); !q.eof(); q.next()) {
-        QStringList campos;
-        for (int i = 0; i < q.fieldCount(); ++i)
-            campos << q.field(i).toTrimmed();
-        r << campos.join(u'|');
-    }
-    q.close();
-    s.fbViewTrans().commit();
-    return r;
-}
-
-QTreeWidgetItem *nodo(QTreeWidget *t, const QString &texto)
-{
-    const QList<QTreeWidgetItem *> l = t->findItems(texto, Qt::MatchExactly | Qt::MatchRecursive);
-    return l.isEmpty() ? nullptr : l.first();
+    return lartest::filasSql(s.fbDatabase(), sql);
 }
 
 // bNew's popup: checks what it offers and takes one entry.
@@ -86,7 +61,7 @@ void nombraOpcion(QToolButton *boton, const QString &nombre, QString *previo = n
     alAparecer<TfCheckButton>([=](TfCheckButton *d) {
         if (previo)
             *previo = d->vValor->text();
-        d->vValor->setText(QStringLiteral("   "));
+        d->vValor->setText(u"   "_s);
         d->BitBtn1->click();
         if (!d->isVisible())
             return;
@@ -94,11 +69,6 @@ void nombraOpcion(QToolButton *boton, const QString &nombre, QString *previo = n
         d->BitBtn1->click();
     });
     boton->click();
-}
-
-bool eligeFila(MemTable &t, const QString &campo, const QVariant &valor)
-{
-    return t.locate(campo, valor);
 }
 
 } // namespace
@@ -109,24 +79,24 @@ class TstDiseno : public QObject
 
     std::unique_ptr<lartest::EntornoPrueba> m_env;
 
-    void administrador(Sesion &s, const QString &empresa = QStringLiteral("DEMO"))
+    void administrador(Sesion &s, const QString &empresa = u"DEMO"_s)
     {
         m_env->conectaSesion(s, empresa);
-        s.Permisos.fill(kAdministrador);
+        s.Permisos.fill(lartest::kAdministrador);
     }
 
 private slots:
     void initTestCase()
     {
         lartest::OpcionesPrueba op;
-        op.empresas = {QStringLiteral("DEMO"), QStringLiteral("VACIA")};
+        op.empresas = {u"DEMO"_s, u"VACIA"_s};
         m_env = std::make_unique<lartest::EntornoPrueba>(op);
-        lartest::preparaExtension(*m_env, {{60, QStringLiteral("LUIS"), 5}});
-        lartest::preparaExtension(*m_env, {}, QStringLiteral("VACIA"));
+        lartest::preparaExtension(*m_env, {{60, u"LUIS"_s, 5}});
+        lartest::preparaExtension(*m_env, {}, u"VACIA"_s);
         Sesion s;
-        m_env->conectaSesion(s, QStringLiteral("VACIA"));
+        m_env->conectaSesion(s, u"VACIA"_s);
         fb::Query q(&s.fbDatabase(), &s.fbUpdateTrans());
-        q.setSql(QStringLiteral("delete from lar_menusistema"));
+        q.setSql(u"delete from lar_menusistema"_s);
         q.execute();
         s.UpdateCommit();
         lartest::usaPerfiles(m_env->entorno());
@@ -136,11 +106,10 @@ private slots:
     {
         lartest::GuionMensajes guion;
         Sesion s;
-        administrador(s, QStringLiteral("VACIA"));
+        administrador(s, u"VACIA"_s);
         Tfsis_diseno f(s);
         f.show();
         QVERIFY(QTest::qWaitForWindowExposed(&f));
-        QCOMPARE(f.windowTitle(), QStringLiteral("Diseño de la seguridad"));
         QCOMPARE(f.Lista->topLevelItemCount(), 0);
         QVERIFY(f.bNew->isEnabled());
         QVERIFY(!f.bEdit->isEnabled());
@@ -153,68 +122,66 @@ private slots:
         nuevo(f, true, &agregar);
         QVERIFY(!agregar);
         QVERIFY(f.Nuevo);
-        QCOMPARE(f.Edit1->text(), QStringLiteral("1"));
+        QCOMPARE(f.Edit1->text(), u"1"_s);
         QVERIFY(f.bSave->isEnabled());
         QVERIFY(!f.bNew->isEnabled());
         QVERIFY(!f.Edit2->isReadOnly());
         f.bSave->click();
-        QCOMPARE(guion.textos(),
-                 QStringList{QStringLiteral("Debe escribir un título para el menú")});
-        QCOMPARE(guion.cajas()[0].titulo, QStringLiteral("Aviso del sistema"));
+        QCOMPARE(guion.textos(), QStringList{u"Debe escribir un título para el menú"_s});
+        QCOMPARE(guion.cajas()[0].titulo, u"Aviso del sistema"_s);
         QVERIFY(f.Nuevo);
         guion.limpia();
-        f.Edit2->setText(QStringLiteral("Caja's"));
+        f.Edit2->setText(u"Caja's"_s);
         f.bSave->click();
         QCOMPARE(guion.textos(), QStringList());
         QVERIFY(!f.Nuevo);
-        QCOMPARE(f.Lista->currentItem()->text(0), QStringLiteral("Caja's"));
-        QCOMPARE(filas(s, QStringLiteral("select clave, titulo, depende from lar_menusistema")),
-                 QStringList{QStringLiteral("1|Caja's|0")});
+        QCOMPARE(f.Lista->currentItem()->text(0), u"Caja's"_s);
+        QCOMPARE(filas(s, u"select clave, titulo, depende from lar_menusistema"_s),
+                 QStringList{u"1|Caja's|0"_s});
 
         // A child of the chosen menu takes the next number.
         nuevo(f, false, &agregar);
         QVERIFY(agregar);
-        QCOMPARE(f.Edit1->text(), QStringLiteral("2"));
-        f.Edit2->setText(QStringLiteral("Cortes"));
+        QCOMPARE(f.Edit1->text(), u"2"_s);
+        f.Edit2->setText(u"Cortes"_s);
         f.bSave->click();
-        QCOMPARE(f.Lista->currentItem()->parent(), nodo(f.Lista, QStringLiteral("Caja's")));
+        QCOMPARE(f.Lista->currentItem()->parent(), nodo(f.Lista, u"Caja's"_s));
 
         // Cancel leaves the title as stored.
-        f.Lista->setCurrentItem(nodo(f.Lista, QStringLiteral("Caja's")));
+        f.Lista->setCurrentItem(nodo(f.Lista, u"Caja's"_s));
         f.bEdit->click();
         QVERIFY(!f.Lista->isEnabled());
-        f.Edit2->setText(QStringLiteral("Otra"));
+        f.Edit2->setText(u"Otra"_s);
         f.bCancel->click();
-        QCOMPARE(f.Edit2->text(), QStringLiteral("Caja's"));
+        QCOMPARE(f.Edit2->text(), u"Caja's"_s);
         QVERIFY(f.Edit2->isReadOnly());
         f.bEdit->click();
-        f.Edit2->setText(QStringLiteral("Caja d'Ana"));
+        f.Edit2->setText(u"Caja d'Ana"_s);
         f.bSave->click();
         QCOMPARE(guion.textos(), QStringList());
-        QCOMPARE(f.Lista->currentItem()->text(0), QStringLiteral("Caja d'Ana"));
+        QCOMPARE(f.Lista->currentItem()->text(0), u"Caja d'Ana"_s);
         QCOMPARE(filas(s,
                        QStringLiteral(
                            "select clave, titulo, depende from lar_menusistema order by clave")),
-                 (QStringList{QStringLiteral("1|Caja d'Ana|0"), QStringLiteral("2|Cortes|1")}));
+                 (QStringList{u"1|Caja d'Ana|0"_s, u"2|Cortes|1"_s}));
 
         // Deleting a menu with children takes the children; the menu stays for a second delete.
         guion.responde({mb::IdYes});
         f.bDel->click();
         QCOMPARE(guion.cajas().size(), 1);
-        QCOMPARE(guion.cajas()[0].texto, QStringLiteral("¿Desea borrar \"Caja d'Ana\"?"));
-        QCOMPARE(guion.cajas()[0].titulo, QStringLiteral("Borrar"));
+        QCOMPARE(guion.cajas()[0].texto, u"¿Desea borrar \"Caja d'Ana\"?"_s);
+        QCOMPARE(guion.cajas()[0].titulo, u"Borrar"_s);
         QCOMPARE(guion.cajas()[0].botones(), int(mb::YesNo));
         QCOMPARE(guion.cajas()[0].predeterminado(), 2);
-        QCOMPARE(filas(s, QStringLiteral("select clave from lar_menusistema")),
-                 QStringList{QStringLiteral("1")});
-        QVERIFY(!nodo(f.Lista, QStringLiteral("Cortes")));
+        QCOMPARE(filas(s, u"select clave from lar_menusistema"_s), QStringList{u"1"_s});
+        QVERIFY(!nodo(f.Lista, u"Cortes"_s));
         guion.limpia();
         f.bDel->click(); // answered No by default
         QCOMPARE(f.Lista->topLevelItemCount(), 1);
         guion.responde({mb::IdYes});
         f.bDel->click();
         QCOMPARE(f.Lista->topLevelItemCount(), 0);
-        QVERIFY(filas(s, QStringLiteral("select clave from lar_menusistema")).isEmpty());
+        QVERIFY(filas(s, u"select clave from lar_menusistema"_s).isEmpty());
         QVERIFY(!f.bEdit->isEnabled());
     }
 
@@ -228,50 +195,46 @@ private slots:
         QVERIFY(QTest::qWaitForWindowExposed(&f));
         // The seeded menus keep their numbers: a new one skips them.
         QCOMPARE(f.Lista->topLevelItemCount(), 4);
-        f.Lista->setCurrentItem(nodo(f.Lista, QStringLiteral("Catálogos")));
-        QCOMPARE(f.Edit1->text(), QStringLiteral("5"));
+        f.Lista->setCurrentItem(nodo(f.Lista, u"Catálogos"_s));
+        QCOMPARE(f.Edit1->text(), u"5"_s);
         QCOMPARE(f.btnQuery->recordCount(), 1);
         QCOMPARE(f.qTags->recordCount(), 3);
         QVERIFY(f.bDelServ->isEnabled());
 
         // A module already under the menu: the key refuses it.
-        eligeModulo(f, 1, QStringLiteral("Art"));
+        eligeModulo(f, 1, u"Art"_s);
         QCOMPARE(guion.cajas().size(), 1);
-        QVERIFY(guion.cajas()[0].texto.startsWith(
-            QStringLiteral("No fue posible guardar el módulo: ")));
+        QVERIFY(guion.cajas()[0].texto.startsWith(u"No fue posible guardar el módulo: "_s));
         QVERIFY(guion.cajas()[0].texto.size() > 40); // with the engine's words
         QCOMPARE(f.btnQuery->recordCount(), 1);
         guion.limpia();
 
         // A module without rights: the first one takes LUGAR 1, the next ones follow.
-        eligeModulo(f, 0, QStringLiteral("60"));
+        eligeModulo(f, 0, u"60"_s);
         QCOMPARE(guion.textos(), QStringList());
         QCOMPARE(filas(s,
                        QStringLiteral("select tag, coalesce(sistema, '-') from lar_menubotones "
                                       "where clave = 5 order by tag")),
-                 (QStringList{QStringLiteral("60|-"), QStringLiteral("72|LVN")}));
-        QVERIFY(eligeFila(*f.btnQuery, QStringLiteral("tag"), 60));
+                 (QStringList{u"60|-"_s, u"72|LVN"_s}));
+        QVERIFY(f.btnQuery->locate(u"tag"_s, 60));
         QVERIFY(f.qTags->isEmpty());
         QVERIFY(f.BitBtn1->isEnabled());
         QVERIFY(!f.BitBtn2->isEnabled());
-        nombraOpcion(f.BitBtn1, QStringLiteral("  Ver d'Ana  "));
-        QCOMPARE(guion.textos(),
-                 QStringList{QStringLiteral("Debe escribir el nombre de la opción")});
+        nombraOpcion(f.BitBtn1, u"  Ver d'Ana  "_s);
+        QCOMPARE(guion.textos(), QStringList{u"Debe escribir el nombre de la opción"_s});
         guion.limpia();
-        nombraOpcion(f.BitBtn1, QStringLiteral("Editar"));
-        nombraOpcion(f.BitBtn1, QStringLiteral("Borrar"));
+        nombraOpcion(f.BitBtn1, u"Editar"_s);
+        nombraOpcion(f.BitBtn1, u"Borrar"_s);
         QCOMPARE(
             filas(s,
                   QStringLiteral(
                       "select lugar, titulo from lar_menubotondef where tag = 60 order by lugar")),
-            (QStringList{QStringLiteral("1|Ver d'Ana"),
-                         QStringLiteral("2|Editar"),
-                         QStringLiteral("3|Borrar")}));
+            (QStringList{u"1|Ver d'Ana"_s, u"2|Editar"_s, u"3|Borrar"_s}));
         QCOMPARE(f.qTags->recordCount(), 3);
 
         // Cancelling the name does nothing.
         alAparecer<TfCheckButton>([](TfCheckButton *d) {
-            d->vValor->setText(QStringLiteral("Nada"));
+            d->vValor->setText(u"Nada"_s);
             d->BitBtn2->click();
         });
         f.BitBtn1->click();
@@ -280,54 +243,52 @@ private slots:
         // Deleting a right, without a question: the later ones move one bit down and
         // what users hold isn't rewritten.
         guion.limpia();
-        QVERIFY(eligeFila(*f.qTags, QStringLiteral("lugar"), 2));
+        QVERIFY(f.qTags->locate(u"lugar"_s, 2));
         f.BitBtn2->click();
         QVERIFY(guion.cajas().isEmpty());
         QCOMPARE(filas(s,
                        QStringLiteral(
                            "select lugar from lar_menubotondef where tag = 60 order by lugar")),
-                 (QStringList{QStringLiteral("1"), QStringLiteral("3")}));
+                 (QStringList{u"1"_s, u"3"_s}));
         QCOMPARE(
             filas(s,
                   QStringLiteral(
                       "select acceso from lar_permisos where modulo = 60 and usuario = 'LUIS'")),
-            QStringList{QStringLiteral("5")});
-        QCOMPARE(DatosSeguridad(s).derechos(60),
-                 (QStringList{QStringLiteral("Ver d'Ana"), QStringLiteral("Borrar")}));
+            QStringList{u"5"_s});
+        QCOMPARE(DatosSeguridad(s).derechos(60), (QStringList{u"Ver d'Ana"_s, u"Borrar"_s}));
 
         // Renaming keeps the place.
-        QVERIFY(eligeFila(*f.qTags, QStringLiteral("lugar"), 3));
+        QVERIFY(f.qTags->locate(u"lugar"_s, 3));
         QString previo;
-        nombraOpcion(f.BitBtn3, QStringLiteral("Quitar"), &previo);
-        QCOMPARE(previo, QStringLiteral("Borrar"));
+        nombraOpcion(f.BitBtn3, u"Quitar"_s, &previo);
+        QCOMPARE(previo, u"Borrar"_s);
         QCOMPARE(
             filas(s,
                   QStringLiteral(
                       "select lugar, titulo from lar_menubotondef where tag = 60 order by lugar")),
-            (QStringList{QStringLiteral("1|Ver d'Ana"), QStringLiteral("3|Quitar")}));
+            (QStringList{u"1|Ver d'Ana"_s, u"3|Quitar"_s}));
 
         // Removing the module from the menu, after the question.
         guion.limpia();
         guion.responde({mb::IdYes});
-        QVERIFY(eligeFila(*f.btnQuery, QStringLiteral("tag"), 60));
+        QVERIFY(f.btnQuery->locate(u"tag"_s, 60));
         f.bDelServ->click();
-        QCOMPARE(guion.textos(),
-                 QStringList{QStringLiteral("¿Desea borrar el módulo de la lista?")});
-        QCOMPARE(filas(s, QStringLiteral("select tag from lar_menubotones where clave = 5")),
-                 QStringList{QStringLiteral("72")});
+        QCOMPARE(guion.textos(), QStringList{u"¿Desea borrar el módulo de la lista?"_s});
+        QCOMPARE(filas(s, u"select tag from lar_menubotones where clave = 5"_s),
+                 QStringList{u"72"_s});
         QCOMPARE(f.btnQuery->recordCount(), 1);
 
         // A new menu under "Catálogos" skips the numbers the seed took.
         nuevo(f, false);
         const int clave = f.Edit1->text().toInt();
         QVERIFY(!QList<int>({2, 4, 5, 8}).contains(clave));
-        f.Edit2->setText(QStringLiteral("Promociones"));
+        f.Edit2->setText(u"Promociones"_s);
         f.bSave->click();
         QCOMPARE(guion.cajas().size(), 1);
         QCOMPARE(filas(s,
                        QStringLiteral(
                            "select depende from lar_menusistema where titulo = 'Promociones'")),
-                 QStringList{QStringLiteral("5")});
+                 QStringList{u"5"_s});
     }
 
     void teclaDelAdministrador()
@@ -338,16 +299,9 @@ private slots:
         lartest::usaPerfiles(env.entorno());
         RegistraModulosSeguridad();
         lartest::GuionMensajes guion;
-        TfMain m;
-        m.sesion().terminaAplicacion = [] {
-        };
-        alAparecer<TfConecta>([](TfConecta *c) {
-            c->vUsuario->setText(QStringLiteral("SYSDBA"));
-            c->vPass->setText(QStringLiteral("x"));
-            c->bOk->click();
-        });
-        m.show();
-        QTRY_VERIFY_WITH_TIMEOUT(m.windowTitle().endsWith(QStringLiteral(" - SYSDBA")), 20000);
+        lartest::Arranque a;
+        TfMain &m = a.m;
+        QVERIFY(lartest::entraAlMain(m, u"SYSDBA"_s, u"x"_s));
         QVERIFY(m.bDisenoSeguridad->isHidden());
         QVERIFY(m.aSisPermisosDes->isEnabled());
         bool abierta = false;
