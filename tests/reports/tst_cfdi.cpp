@@ -2,25 +2,26 @@
 // called from JavaScript through the report engine: original strings checked
 // against values worked out by hand, the values of each function, the QR read back
 // with zxing's reader, and the payment method of a document of the stand-in.
+#include "ayudareportes.h"
 #include "core/sesion.h"
-#include "fb/query.h"
 #include "reports/cfdi.h"
 #include "reports/formas.h"
 #include "reports/funcionesreporte.h"
 #include "scriptprueba.h"
 #include "support/entornoprueba.h"
+#include "support/sqlprueba.h"
 #include "support/testenv.h"
 #include "support/testmain.h"
 #include "toolkit/reporte/pintor.h"
 #include "toolkit/reporte/reporte.h"
 
 #include <QImage>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QTest>
 
 #include <ZXing/ReadBarcode.h>
 
+using namespace Qt::StringLiterals;
 using namespace lar;
 
 namespace {
@@ -32,7 +33,7 @@ QString doc(const char *version)
 
 QString atributo(const QString &xml, const QString &nombre)
 {
-    const QRegularExpression re(QStringLiteral("\\s%1=\"([^\"]*)\"").arg(nombre));
+    const QRegularExpression re(u"\\s%1=\"([^\"]*)\""_s.arg(nombre));
     return re.match(xml).captured(1);
 }
 
@@ -54,7 +55,7 @@ QString leeQR(const QImage &imagen)
                                  int(hoja.bytesPerLine()));
     const ZXing::Result r
         = ZXing::ReadBarcode(vista, ZXing::DecodeHints().setFormats(ZXing::BarcodeFormat::QRCode));
-    return r.isValid() ? QString::fromStdWString(r.text()) : QStringLiteral("<sin código>");
+    return r.isValid() ? QString::fromStdWString(r.text()) : u"<sin código>"_s;
 }
 
 } // namespace
@@ -75,7 +76,14 @@ private:
                                         .arg(expresion),
                                     {},
                                     &m_s->fbDatabase(),
-                                    {{QStringLiteral("XML"), xml}});
+                                    {{u"XML"_s, xml}});
+    }
+
+    // The sales documents with a stamped XML.
+    QStringList timbradas()
+    {
+        return lartest::filasSql(m_s->fbDatabase(),
+                                 u"select docto_id from usos_folios_fiscales order by docto_id"_s);
     }
 
 private slots:
@@ -95,12 +103,12 @@ private slots:
     {
         QTest::addColumn<QString>("valor");
         QTest::addColumn<QString>("limpio");
-        QTest::newRow("barra") << QStringLiteral("A|B") << QStringLiteral("AB");
-        QTest::newRow("salto") << QStringLiteral("LAS\r\n  FLORES") << QStringLiteral("LAS FLORES");
-        QTest::newRow("tab y bordes") << QStringLiteral(" \tA \t B\n") << QStringLiteral("A B");
-        QTest::newRow("blancos") << QStringLiteral("    ") << QString();
-        QTest::newRow("barra sola") << QStringLiteral(" | ") << QString();
-        QTest::newRow("uno") << QStringLiteral("x") << QStringLiteral("x");
+        QTest::newRow("barra") << u"A|B"_s << u"AB"_s;
+        QTest::newRow("salto") << u"LAS\r\n  FLORES"_s << u"LAS FLORES"_s;
+        QTest::newRow("tab y bordes") << u" \tA \t B\n"_s << u"A B"_s;
+        QTest::newRow("blancos") << u"    "_s << QString();
+        QTest::newRow("barra sola") << u" | "_s << QString();
+        QTest::newRow("uno") << u"x"_s << u"x"_s;
     }
 
     void limpiaValor()
@@ -108,10 +116,9 @@ private slots:
         QFETCH(QString, valor);
         QFETCH(QString, limpio);
         QCOMPARE(cfdi::LimpiaValor(valor), limpio);
-        QString destino = QStringLiteral("||");
+        QString destino = u"||"_s;
         cfdi::AgregaCampo(valor, destino);
-        QCOMPARE(destino,
-                 limpio.isEmpty() ? QStringLiteral("||") : QStringLiteral("||") + limpio + u'|');
+        QCOMPARE(destino, limpio.isEmpty() ? u"||"_s : u"||"_s + limpio + u'|');
     }
 
     // The 3.2 string on each version, and the stamp's, worked out by hand.
@@ -136,29 +143,24 @@ private slots:
             "2|PIEZA|TAL-100|TALADRO AB 1/2\" INDUSTRIAL|300.00|600.00|"
             "1|SERVICIO|INSTALACION|400.00|400.00|16 24 3297 6001234|2016-04-01|MANZANILLO|"
             "123456|");
-        const QString timbre32
-            = QStringLiteral("||6F3C1A2B-8D4E-4F5A-9B6C-7D8E9F0A1B2C|2016-05-10T11:33:02||");
-        const QString normal
-            = comprobante.arg(QStringLiteral("CULIACAN, SINALOA"))
-              + partes.arg(QStringLiteral("PEDRO GOMEZ MEDINA"), QStringLiteral("NAVOLATO|"));
-        QTest::newRow("3.2") << d32
-                             << normal + conceptos
-                                    + QStringLiteral("0.00|IVA|16.00|160.00|160.00||")
+        const QString timbre32 = u"||6F3C1A2B-8D4E-4F5A-9B6C-7D8E9F0A1B2C|2016-05-10T11:33:02||"_s;
+        const QString normal = comprobante.arg(u"CULIACAN, SINALOA"_s)
+                               + partes.arg(u"PEDRO GOMEZ MEDINA"_s, u"NAVOLATO|"_s);
+        QTest::newRow("3.2") << d32 << normal + conceptos + u"0.00|IVA|16.00|160.00|160.00||"_s
                              << timbre32;
-        QTest::newRow("3.3") << d33 << QStringLiteral("||1|MXN|80000||")
+        QTest::newRow("3.3") << d33 << u"||1|MXN|80000||"_s
                              << QStringLiteral("||1.1|A1B2C3D4-E5F6-4711-8899-AABBCCDDEEFF|"
                                                "2019-08-21T17:05:40|%1|00001000000403258748||")
-                                    .arg(atributo(d33, QStringLiteral("SelloCFD")));
-        QTest::newRow("4.0") << d40 << QStringLiteral("||MXN|80000||")
+                                    .arg(atributo(d33, u"SelloCFD"_s));
+        QTest::newRow("4.0") << d40 << u"||MXN|80000||"_s
                              << QStringLiteral("||1.1|5E2D1C0B-3A49-4B8C-9D7E-6F5A4B3C2D1E|"
                                                "2024-03-15T10:21:05|%1|00001000000504465028||")
-                                    .arg(atributo(d40, QStringLiteral("SelloCFD")));
+                                    .arg(atributo(d40, u"SelloCFD"_s));
 
         const qsizetype c0 = d32.indexOf(u"<cfdi:Conceptos>");
         const qsizetype c1 = d32.indexOf(u"</cfdi:Conceptos>") + 17;
-        QTest::newRow("sin conceptos")
-            << QString(d32).remove(c0, c1 - c0)
-            << normal + QStringLiteral("0.00|IVA|16.00|160.00|160.00||") << timbre32;
+        QTest::newRow("sin conceptos") << QString(d32).remove(c0, c1 - c0)
+                                       << normal + u"0.00|IVA|16.00|160.00|160.00||"_s << timbre32;
 
         // Retentions and transfers: rows, then their totals; a missing group only
         // leaves its rows out. Values of section 1 and of a node of a section are
@@ -171,19 +173,16 @@ private slots:
             QStringLiteral(
                 "<cfdi:Retenciones><cfdi:Retencion impuesto=\"ISR\" importe=\"100.00\"/>"
                 "<cfdi:Retencion impuesto=\"IVA\" importe=\"106.67\"/></cfdi:Retenciones>"));
-        otro.replace(QStringLiteral("totalImpuestosRetenidos=\"0.00\""),
-                     QStringLiteral("totalImpuestosRetenidos=\"206.67\""));
-        otro.replace(QStringLiteral("LugarExpedicion=\"CULIACAN, SINALOA\""),
-                     QStringLiteral("LugarExpedicion=\"PEÃ‘A BLANCA\""));
-        otro.replace(QStringLiteral("municipio=\"NAVOLATO\""),
-                     QStringLiteral("municipio=\"NAVOLATÓ\""));
-        otro.replace(QStringLiteral("nombre=\"PEDRO GOMEZ MEDINA\""),
-                     QStringLiteral("nombre=\"PEDRO GÓMEZ MEDINA\""));
+        otro.replace(u"totalImpuestosRetenidos=\"0.00\""_s,
+                     u"totalImpuestosRetenidos=\"206.67\""_s);
+        otro.replace(u"LugarExpedicion=\"CULIACAN, SINALOA\""_s,
+                     u"LugarExpedicion=\"PEÃ‘A BLANCA\""_s);
+        otro.replace(u"municipio=\"NAVOLATO\""_s, u"municipio=\"NAVOLATÓ\""_s);
+        otro.replace(u"nombre=\"PEDRO GOMEZ MEDINA\""_s, u"nombre=\"PEDRO GÓMEZ MEDINA\""_s);
         QTest::newRow("retenciones y acentos")
             << otro
-            << comprobante.arg(QStringLiteral("PEÑA BLANCA"))
-                   + partes.arg(QStringLiteral("PEDRO GÓMEZ MEDINA"), QString()) + conceptos
-                   + QStringLiteral("ISR|100.00|IVA|106.67|206.67|160.00||")
+            << comprobante.arg(u"PEÑA BLANCA"_s) + partes.arg(u"PEDRO GÓMEZ MEDINA"_s, QString())
+                   + conceptos + u"ISR|100.00|IVA|106.67|206.67|160.00||"_s
             << timbre32;
     }
 
@@ -192,11 +191,10 @@ private slots:
         QFETCH(QString, xml);
         QFETCH(QString, cadena);
         QFETCH(QString, timbre);
-        QCOMPARE(lee(xml, QStringLiteral("CfdGetCadenaOriginal()")), cadena);
-        QCOMPARE(lee(xml, QStringLiteral("CfdGetCadenaOriginalTimbre()")), timbre);
+        QCOMPARE(lee(xml, u"CfdGetCadenaOriginal()"_s), cadena);
+        QCOMPARE(lee(xml, u"CfdGetCadenaOriginalTimbre()"_s), timbre);
         // Rebuilt by each call, not appended to.
-        QCOMPARE(lee(xml, QStringLiteral("CfdGetCadenaOriginal() == CfdGetCadenaOriginal()")),
-                 QStringLiteral("true"));
+        QCOMPARE(lee(xml, u"CfdGetCadenaOriginal() == CfdGetCadenaOriginal()"_s), u"true"_s);
     }
 
     void fallas()
@@ -205,26 +203,24 @@ private slots:
         const qsizetype i0 = d32.indexOf(u"<cfdi:Impuestos");
         const qsizetype i1 = d32.indexOf(u"</cfdi:Impuestos>") + 17;
         const QString sinImpuestos
-            = lee(QString(d32).remove(i0, i1 - i0), QStringLiteral("CfdGetCadenaOriginal()"));
+            = lee(QString(d32).remove(i0, i1 - i0), u"CfdGetCadenaOriginal()"_s);
         QVERIFY2(sinImpuestos.startsWith(u"ERROR: ") && sinImpuestos.contains(u"cfdi:Impuestos"),
                  qPrintable(sinImpuestos));
 
-        const QString raiz = lee(QString(d32).replace(QStringLiteral("cfdi:Comprobante"),
-                                                      QStringLiteral("cfdi:Retenciones")),
-                                 QStringLiteral("CfdGetSello()"));
+        const QString raiz = lee(QString(d32).replace(u"cfdi:Comprobante"_s, u"cfdi:Retenciones"_s),
+                                 u"CfdGetSello()"_s);
         QVERIFY2(raiz.endsWith(u"El XML no es un tipo de cfdi válido"), qPrintable(raiz));
         // Names keep their prefix: another prefix is another element.
         const QString prefijo
-            = lee(QString(d32).replace(QStringLiteral("cfdi:"), QStringLiteral("cfd:")),
-                  QStringLiteral("CfdGetCfdGetVersion()"));
+            = lee(QString(d32).replace(u"cfdi:"_s, u"cfd:"_s), u"CfdGetCfdGetVersion()"_s);
         QVERIFY2(prefijo.endsWith(u"El XML no es un tipo de cfdi válido"), qPrintable(prefijo));
 
-        const QString mal = lee(d32.left(400), QStringLiteral("CfdGetSello()"));
+        const QString mal = lee(d32.left(400), u"CfdGetSello()"_s);
         QVERIFY2(mal.startsWith(u"ERROR: ") && mal.contains(u"XML no se pudo leer"),
                  qPrintable(mal));
 
         cfdi::Libera();
-        const QString sin = lartest::correScript(QStringLiteral("CfdGetSello()"));
+        const QString sin = lartest::correScript(u"CfdGetSello()"_s);
         QVERIFY2(sin.startsWith(u"ERROR: "), qPrintable(sin));
     }
 
@@ -232,35 +228,32 @@ private slots:
     void valores()
     {
         const QString d32 = doc("3.2"), d33 = doc("3.3"), d40 = doc("4.0");
-        QCOMPARE(lee(d32, QStringLiteral("CfdGetCfdGetVersion()")), QStringLiteral("3.2"));
-        QCOMPARE(lee(d33, QStringLiteral("'[' + CfdGetCfdGetVersion() + ']'")),
-                 QStringLiteral("[]"));
-        QCOMPARE(lee(d33, QStringLiteral("CfdGetFormaDePago() + '/' + CfdGetNumParcialidad()")),
-                 QStringLiteral("04/04"));
-        QCOMPARE(lee(d33, QStringLiteral("CfdGetMetodoDePago()")), QStringLiteral("PUE"));
-        QCOMPARE(lee(QString(d33).replace(QStringLiteral("MetodoPago=\"PUE\""),
-                                          QStringLiteral("MetodoPago=\"PUE\" NumCtaPago=\"1234\"")),
-                     QStringLiteral("CfdGetMetodoDePago() + ' ' + CfdGetNumCtaPago()")),
-                 QStringLiteral("PUE/1234 1234"));
+        QCOMPARE(lee(d32, u"CfdGetCfdGetVersion()"_s), u"3.2"_s);
+        QCOMPARE(lee(d33, u"'[' + CfdGetCfdGetVersion() + ']'"_s), u"[]"_s);
+        QCOMPARE(lee(d33, u"CfdGetFormaDePago() + '/' + CfdGetNumParcialidad()"_s), u"04/04"_s);
+        QCOMPARE(lee(d33, u"CfdGetMetodoDePago()"_s), u"PUE"_s);
+        QCOMPARE(lee(QString(d33).replace(u"MetodoPago=\"PUE\""_s,
+                                          u"MetodoPago=\"PUE\" NumCtaPago=\"1234\""_s),
+                     u"CfdGetMetodoDePago() + ' ' + CfdGetNumCtaPago()"_s),
+                 u"PUE/1234 1234"_s);
         QCOMPARE(lee(d40,
                      QStringLiteral("[CfdGetLugarExpedicion(), CfdGetSerieCert(), "
                                     "CfdGetSerieCertSat(), CfdGetSello() == '%1', "
                                     "CfdGetSelloSat() == '%2'].join(';')")
-                         .arg(atributo(d40, QStringLiteral("Sello")),
-                              atributo(d40, QStringLiteral("SelloSAT")))),
-                 QStringLiteral("80000;30001000000500003416;00001000000504465028;true;true"));
+                         .arg(atributo(d40, u"Sello"_s), atributo(d40, u"SelloSAT"_s))),
+                 u"80000;30001000000500003416;00001000000504465028;true;true"_s);
         QCOMPARE(
             lee(d40,
                 QStringLiteral("[CfdGetFechaHora().getMonth() + 1, CfdGetFechaHora().getHours(), "
                                "CfdGetFechaHoraTimbrado().getSeconds()].join(';')")),
-            QStringLiteral("3;10;5"));
-        const QString fecha32 = lee(d32, QStringLiteral("CfdGetFechaHora()"));
+            u"3;10;5"_s);
+        const QString fecha32 = lee(d32, u"CfdGetFechaHora()"_s);
         QVERIFY2(fecha32.startsWith(u"ERROR: "), qPrintable(fecha32));
 
         // Var arguments of the complements, and the address procedures.
         QString donat = d40;
         donat.replace(
-            QStringLiteral("</cfdi:Complemento>"),
+            u"</cfdi:Complemento>"_s,
             QStringLiteral("<donat:Donatarias xmlns:donat=\"http://www.sat.gob.mx/donat\" "
                            "version=\"1.1\" noAutorizacion=\"0123\" "
                            "fechaAutorizacion=\"2015-02-01T00:00:00\" leyenda=\"Este "
@@ -270,12 +263,11 @@ private slots:
             " CfdGetComplementoDonat(n, f, l);"
             " return [n.value, typeof f.value == 'string' ? f.value : f.value.getFullYear(),"
             " l.value].join(';'); })()");
-        QCOMPARE(lee(donat, leeDonat),
-                 QStringLiteral("0123;2015;Este comprobante ampara un donativo"));
-        QCOMPARE(lee(d40, leeDonat), QStringLiteral(";igual;"));
+        QCOMPARE(lee(donat, leeDonat), u"0123;2015;Este comprobante ampara un donativo"_s);
+        QCOMPARE(lee(d40, leeDonat), u";igual;"_s);
 
         QString parcial = d33;
-        parcial.replace(QStringLiteral("MetodoPago=\"PUE\""),
+        parcial.replace(u"MetodoPago=\"PUE\""_s,
                         QStringLiteral("MetodoPago=\"PUE\" FolioFiscalOrig=\"ABCD-1\" "
                                        "SerieFolioFiscalOrig=\"FA\" "
                                        "FechaFolioFiscalOrig=\"2019-07-01T09:00:00\" "
@@ -285,7 +277,7 @@ private slots:
                                     " CfdGetDatosCobroParcialidad(a, b, c, d);"
                                     " return [a.value, b.value, c.value.getDate(), d.value * 2]"
                                     ".join(';'); })()")),
-                 QStringLiteral("ABCD-1;FA;1;5001"));
+                 u"ABCD-1;FA;1;5001"_s);
     }
 
     void qr()
@@ -306,7 +298,7 @@ private slots:
         QCOMPARE(qGray(imagen.pixel(112, 112)), 255);
 
         // Through a script, as a picture element's data.
-        const QString png = lee(d40, QStringLiteral("CfdGetQRCode(null)"));
+        const QString png = lee(d40, u"CfdGetQRCode(null)"_s);
         QImage deScript;
         QVERIFY(deScript.loadFromData(QByteArray::fromBase64(png.toLatin1()), "PNG"));
         QCOMPARE(leeQR(deScript), texto);
@@ -314,11 +306,11 @@ private slots:
         // A 3.2 document has none of the upper-case names: no total, the designed
         // failure; with a Total the ids stay empty.
         const QString d32 = doc("3.2");
-        const QString falla = lee(d32, QStringLiteral("CfdGetQRCode(null)"));
+        const QString falla = lee(d32, u"CfdGetQRCode(null)"_s);
         QVERIFY2(falla.startsWith(u"ERROR: ") && falla.contains(u"valor numérico"),
                  qPrintable(falla));
-        cfdi::CfdLoadFromString(QString(d32).replace(QStringLiteral("total=\"1160.00\""),
-                                                     QStringLiteral("Total=\"1160.00\"")));
+        cfdi::CfdLoadFromString(
+            QString(d32).replace(u"total=\"1160.00\""_s, u"Total=\"1160.00\""_s));
         const QString vacio = QStringLiteral(
             "?re=&rr=&tt=0000001160.000000&id=6F3C1A2B-8D4E-4F5A-9B6C-7D8E9F0A1B2C");
         QCOMPARE(cfdi::TextoQR(), vacio);
@@ -328,34 +320,23 @@ private slots:
     // Sales documents' XML from USOS_FOLIOS_FISCALES, others' from CFD_RECIBIDOS.
     void metodoDePagoDeDocto()
     {
-        QList<int> ventas;
-        int entrada = 0;
-        {
-            fb::Transaction tr(&m_s->fbDatabase());
-            fb::Query q(&m_s->fbDatabase(), &tr);
-            q.setSql(QStringLiteral("select docto_id from usos_folios_fiscales order by docto_id"));
-            for (q.open(); !q.eof(); q.next())
-                ventas << q.field(0).toInt();
-            q.close();
-            q.setSql(QStringLiteral("select docto_id from cfd_recibidos"));
-            q.open();
-            entrada = q.field(0).toInt();
-            q.close();
-            tr.commit();
-        }
+        const QStringList ventas = timbradas();
         QCOMPARE(ventas.size(), 3);
+        const QString entrada
+            = lartest::filasSql(m_s->fbDatabase(), u"select docto_id from cfd_recibidos"_s)
+                  .value(0);
         const QString script
             = QStringLiteral("(function() { var m = CfdGetMetodoDePagoFromDocto(%1, '%2', 'X');"
                              " return m + ';' + CfdGetCadenaOriginalTimbre(); })()");
         QCOMPARE(lartest::correScript(script.arg(ventas[0]).arg(u"VE"), {}, &m_s->fbDatabase()),
-                 QStringLiteral("01;||6F3C1A2B-8D4E-4F5A-9B6C-7D8E9F0A1B2C|2016-05-10T11:33:02||"));
+                 u"01;||6F3C1A2B-8D4E-4F5A-9B6C-7D8E9F0A1B2C|2016-05-10T11:33:02||"_s);
         // The 3.3 document spells it MetodoPago: the 3.2 name gives nothing.
         QCOMPARE(lartest::correScript(script.arg(ventas[1]).arg(u"PV"), {}, &m_s->fbDatabase())
                      .section(u';', 0, 0),
                  QString());
         QCOMPARE(lartest::correScript(script.arg(entrada).arg(u"CM"), {}, &m_s->fbDatabase())
                      .section(u';', 0, 0),
-                 QStringLiteral("01"));
+                 u"01"_s);
         const QString ninguno
             = lartest::correScript(script.arg(entrada).arg(u"VE"), {}, &m_s->fbDatabase());
         QVERIFY2(ninguno.endsWith(u"No se encontro documento XML."), qPrintable(ninguno));
@@ -366,32 +347,17 @@ private slots:
     void facturaImpresa()
     {
         const int formas = InstalaFormasMuestra(m_s->fbConfig());
-        QList<int> ventas;
-        int sinCfdi = 0;
-        {
-            fb::Transaction tr(&m_s->fbDatabase());
-            fb::Query q(&m_s->fbDatabase(), &tr);
-            q.setSql(QStringLiteral("select docto_id from usos_folios_fiscales order by docto_id"));
-            for (q.open(); !q.eof(); q.next())
-                ventas << q.field(0).toInt();
-            q.close();
-            q.setSql(QStringLiteral("select first 1 docto_ve_id from doctos_ve where docto_ve_id "
-                                    "not in (select docto_id from usos_folios_fiscales)"));
-            q.open();
-            sinCfdi = q.field(0).toInt();
-            q.close();
-            tr.commit();
-        }
+        const QStringList ventas = timbradas();
         QCOMPARE(ventas.size(), 3);
+        const int sinCfdi = lartest::filaSql(m_s->fbDatabase(),
+                                             u"select first 1 docto_ve_id from doctos_ve where "
+                                             u"docto_ve_id not in (select docto_id from "
+                                             u"usos_folios_fiscales)"_s)
+                                .value(0)
+                                .toInt();
         auto imprime = [&](int docto, reporte::Reporte &r) {
             QString error;
-            QVERIFY2(CargaPlantilla(*m_s,
-                                    r,
-                                    formas,
-                                    QStringLiteral("Factura CFDI"),
-                                    docto,
-                                    QStringLiteral("Factura"),
-                                    &error)
+            QVERIFY2(CargaPlantilla(*m_s, r, formas, u"Factura CFDI"_s, docto, u"Factura"_s, &error)
                          && r.genera(&error),
                      qPrintable(error));
         };
@@ -417,42 +383,36 @@ private slots:
 
         // 4.0: both strings in pieces, the QR read back, and the PDF's text.
         reporte::Reporte r40;
-        imprime(ventas[2], r40);
+        imprime(ventas[2].toInt(), r40);
         cfdi::CfdLoadFromString(doc("4.0"));
-        QCOMPARE(texto(r40.documento(), QStringLiteral("cadena")), cfdi::CfdGetCadenaOriginal());
-        QCOMPARE(texto(r40.documento(), QStringLiteral("timbre")),
-                 cfdi::CfdGetCadenaOriginalTimbre());
-        QCOMPARE(texto(r40.documento(), QStringLiteral("uuid")),
-                 QStringLiteral("Folio fiscal: 5E2D1C0B-3A49-4B8C-9D7E-6F5A4B3C2D1E"));
-        QCOMPARE(texto(r40.documento(), QStringLiteral("metodo")),
-                 QStringLiteral("Método de pago: PUE"));
+        QCOMPARE(texto(r40.documento(), u"cadena"_s), cfdi::CfdGetCadenaOriginal());
+        QCOMPARE(texto(r40.documento(), u"timbre"_s), cfdi::CfdGetCadenaOriginalTimbre());
+        QCOMPARE(texto(r40.documento(), u"uuid"_s),
+                 u"Folio fiscal: 5E2D1C0B-3A49-4B8C-9D7E-6F5A4B3C2D1E"_s);
+        QCOMPARE(texto(r40.documento(), u"metodo"_s), u"Método de pago: PUE"_s);
         QCOMPARE(leeQR(imagen(r40.documento())), cfdi::TextoQR());
-        QVERIFY(texto(r40.documento(), QStringLiteral("articulo")).size() > 0);
-        const QString pdf = lartest::tempDir() + QStringLiteral("/factura.pdf");
+        QVERIFY(texto(r40.documento(), u"articulo"_s).size() > 0);
+        const QString pdf = lartest::tempDir() + u"/factura.pdf"_s;
         QString error;
         QVERIFY2(reporte::escribePdf(r40.documento(), pdf, &error), qPrintable(error));
-        QProcess p;
-        p.start(QStringLiteral("pdftotext"), {pdf, QStringLiteral("-")});
-        QVERIFY(p.waitForFinished());
-        const QString enPdf = QString::fromUtf8(p.readAllStandardOutput());
+        const QString enPdf = lartest::textoPdf(pdf);
         QVERIFY2(enPdf.contains(u"5E2D1C0B-3A49-4B8C-9D7E-6F5A4B3C2D1E"), qPrintable(enPdf));
         QVERIFY(enPdf.contains(u"||MXN|80000||"));
 
         // 3.2: its method of payment by the 3.2 name, its long string, no QR.
         reporte::Reporte r32;
-        imprime(ventas[0], r32);
+        imprime(ventas[0].toInt(), r32);
         cfdi::CfdLoadFromString(doc("3.2"));
-        QCOMPARE(texto(r32.documento(), QStringLiteral("cadena")), cfdi::CfdGetCadenaOriginal());
-        QCOMPARE(texto(r32.documento(), QStringLiteral("metodo")),
-                 QStringLiteral("Método de pago: 01"));
+        QCOMPARE(texto(r32.documento(), u"cadena"_s), cfdi::CfdGetCadenaOriginal());
+        QCOMPARE(texto(r32.documento(), u"metodo"_s), u"Método de pago: 01"_s);
         QVERIFY(imagen(r32.documento()).isNull());
 
         // A document without a CFDI prints without that part.
         reporte::Reporte r;
         imprime(sinCfdi, r);
-        QCOMPARE(texto(r.documento(), QStringLiteral("sinCfdi")),
-                 QStringLiteral("Documento sin comprobante fiscal digital."));
-        QCOMPARE(texto(r.documento(), QStringLiteral("uuid")), QString());
+        QCOMPARE(texto(r.documento(), u"sinCfdi"_s),
+                 u"Documento sin comprobante fiscal digital."_s);
+        QCOMPARE(texto(r.documento(), u"uuid"_s), QString());
     }
 };
 

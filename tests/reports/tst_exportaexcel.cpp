@@ -1,6 +1,7 @@
 // The export of a report grid to Excel, driven through the real save dialog; the
 // files are read back by python3-xlrd and the shell's openings recorded.
 
+#include "ayudareportes.h"
 #include "reports/exportaexcel.h"
 #include "support/guionmensajes.h"
 #include "support/guionshell.h"
@@ -9,43 +10,14 @@
 #include "toolkit/memgrid.h"
 #include "toolkit/memtable.h"
 
-#include <QFileDialog>
 #include <QHeaderView>
 #include <QJsonArray>
-#include <QLineEdit>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QTimer>
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-// Answers the next modal save dialog with a name, or cancels it.
-void eligeEnDialogo(const QString &nombre,
-                    QStringList *filtros = nullptr,
-                    QString *extension = nullptr)
-{
-    QTimer::singleShot(0, [=] {
-        auto *d = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
-        QVERIFY(d);
-        if (filtros)
-            *filtros = d->nameFilters();
-        if (extension)
-            *extension = d->defaultSuffix();
-        if (nombre.isEmpty()) {
-            d->reject();
-            return;
-        }
-        // Typed as a user does: the previous export's file may still be selected.
-        auto *nombreEdit = d->findChild<QLineEdit *>(u"fileNameEdit"_s);
-        QVERIFY(nombreEdit);
-        nombreEdit->setText(nombre);
-        QMetaObject::invokeMethod(d, "accept"); // protected: as the Save button does
-    });
-}
-
-} // namespace
+using lartest::eligeEnDialogo;
 
 class TestExportaExcel : public QObject
 {
@@ -176,21 +148,15 @@ private slots:
         QTest::addColumn<QString>("elegido");
         QTest::addColumn<QString>("escrito");
         QTest::addColumn<QString>("abierto");
-        QTest::newRow("sin extensión: la pone el diálogo") << "ventas"
-                                                           << "ventas.xls"
-                                                           << "ventas.xls";
-        QTest::newRow(".xls") << "ventas.xls"
-                              << "ventas.xls"
-                              << "ventas.xls";
-        QTest::newRow(".xlsx: se abre lo que no se escribió") << "ventas.xlsx"
-                                                              << "ventasx.xls"
-                                                              << "ventas.xlsx";
-        QTest::newRow(".xls en medio") << "mar.xls.2026.txt"
-                                       << "mar.2026.txt.xls"
-                                       << "mar.xls.2026.txt";
-        QTest::newRow("otra extensión") << "ventas.txt"
-                                        << "ventas.txt.xls"
-                                        << "ventas.txt.xls";
+        const QList<std::tuple<const char *, const char *, const char *>> casos
+            = {{"ventas", "ventas.xls", "ventas.xls"}, // the dialog adds it
+               {"ventas.xls", "ventas.xls", "ventas.xls"},
+               {"ventas.xlsx", "ventasx.xls", "ventas.xlsx"}, // opens what wasn't written
+               {"mar.xls.2026.txt", "mar.2026.txt.xls", "mar.xls.2026.txt"},
+               {"ventas.txt", "ventas.txt.xls", "ventas.txt.xls"}};
+        for (const auto &[elegido, escrito, abierto] : casos)
+            QTest::newRow(elegido) << QString::fromUtf8(elegido) << QString::fromUtf8(escrito)
+                                   << QString::fromUtf8(abierto);
     }
 
     void nombres()

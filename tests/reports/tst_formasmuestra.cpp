@@ -1,19 +1,19 @@
 // The sample print forms, run against a seeded stand-in company: each one loads
 // from the report store, reads its document and lays out what a shop expects to see.
+#include "ayudareportes.h"
 #include "core/sesion.h"
-#include "fb/query.h"
-#include "fb/transaction.h"
 #include "reports/formas.h"
 #include "support/entornoprueba.h"
+#include "support/sqlprueba.h"
 #include "support/testenv.h"
 #include "support/testmain.h"
 #include "toolkit/displayformat.h"
 #include "toolkit/reporte/pintor.h"
 #include "toolkit/reporte/reporte.h"
 
-#include <QProcess>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
 using namespace lar;
 
 class TestFormasMuestra : public QObject
@@ -29,26 +29,9 @@ private:
 
     void ejecuta(const QString &sql, const QVariantList &params = {})
     {
-        fb::Transaction tr(&m_s->fbDatabase());
-        fb::Query q(&m_s->fbDatabase(), &tr);
-        q.setSql(sql);
-        for (int i = 0; i < params.size(); ++i)
-            q.bind(i, params[i]);
-        q.execute();
-        tr.commit();
+        lartest::ejecutaSql(m_s->fbDatabase(), sql, params);
     }
-    QVariant valor(const QString &sql)
-    {
-        fb::Transaction tr(&m_s->fbDatabase());
-        fb::Query q(&m_s->fbDatabase(), &tr);
-        q.setSql(sql);
-        q.setTrimChars(true);
-        q.open();
-        const QVariant v = q.eof() ? QVariant() : q.field(0).toVariant();
-        q.close();
-        tr.commit();
-        return v;
-    }
+    QVariant valor(const QString &sql) { return lartest::filaSql(m_s->fbDatabase(), sql).value(0); }
     QStringList genera(const QString &forma, int docto, reporte::Reporte &r)
     {
         QString error;
@@ -63,13 +46,7 @@ private:
     }
     static QString del(const reporte::Documento &d, const QString &elemento)
     {
-        for (const reporte::Hoja &h : d.hojas) {
-            for (const reporte::Primitiva &p : h.primitivas) {
-                if (p.elemento == elemento)
-                    return p.texto;
-            }
-        }
-        return QStringLiteral("<ninguno>");
+        return lartest::textosDe(d, elemento).value(0, u"<ninguno>"_s);
     }
 
 private slots:
@@ -88,12 +65,12 @@ private slots:
         QCOMPARE(InstalaFormasMuestra(m_s->fbConfig()), m_formas);
         QCOMPARE(LeeFormas(m_s->fbConfig(), m_formas), FormasMuestra());
         QCOMPARE(ListaFormas(*m_s, m_formas),
-                 (QStringList{QStringLiteral("Boleto de rifa"),
-                              QStringLiteral("Factura CFDI"),
-                              QStringLiteral("REP_ARTICULOS"),
-                              QStringLiteral("REP_COMPRA_CLIENTE"),
-                              QStringLiteral("Vale de actividad"),
-                              QStringLiteral("Vale de canje")}));
+                 (QStringList{u"Boleto de rifa"_s,
+                              u"Factura CFDI"_s,
+                              u"REP_ARTICULOS"_s,
+                              u"REP_COMPRA_CLIENTE"_s,
+                              u"Vale de actividad"_s,
+                              u"Vale de canje"_s}));
 
         // The customer with the most point-of-sale purchases.
         m_cliente
@@ -101,16 +78,15 @@ private slots:
                         "select first 1 cliente_id from doctos_pv where cliente_id is not null "
                         "group by cliente_id order by count(*) desc"))
                   .toInt();
-        m_nombreCliente = valor(QStringLiteral("select nombre from clientes where cliente_id = %1")
-                                    .arg(m_cliente))
-                              .toString();
+        m_nombreCliente
+            = valor(u"select nombre from clientes where cliente_id = %1"_s.arg(m_cliente))
+                  .toString();
         QVERIFY(m_cliente > 0);
 
         // A redemption of two articles (the stock issue and its ledger rows), after
         // 2,000 points earned.
         const QList<int> articulos{
-            valor(QStringLiteral("select first 1 articulo_id from articulos order by articulo_id"))
-                .toInt(),
+            valor(u"select first 1 articulo_id from articulos order by articulo_id"_s).toInt(),
             valor(QStringLiteral(
                       "select first 1 skip 1 articulo_id from articulos order by articulo_id"))
                 .toInt()};
@@ -126,7 +102,7 @@ private slots:
                         "insert into doctos_in_det (docto_in_id, clave_articulo, articulo_id, "
                         "tipo_movto, unidades, metodo_costeo) values (900001, ?, ?, 'S', ?, "
                         "'C')"),
-                    {QStringLiteral("ART-%1").arg(partida), a, partida == 1 ? 2 : 1});
+                    {u"ART-%1"_s.arg(partida), a, partida == 1 ? 2 : 1});
             ejecuta(QStringLiteral(
                         "insert into lar_puntos (lar_puntos_id, cliente_id, docto_id, articulo_id, "
                         "tipo_docto, folio, naturaleza, unidades, valor_puntos, sistema, partida) "
@@ -156,41 +132,37 @@ private slots:
     void valeDeCanje()
     {
         reporte::Reporte r;
-        QStringList t = genera(QStringLiteral("Vale de canje"), 900001, r);
+        QStringList t = genera(u"Vale de canje"_s, 900001, r);
         const reporte::Documento &d = r.documento();
         QCOMPARE(d.hojas.size(), 1);
-        QCOMPARE(t.first(), QStringLiteral("Empresa de demostración"));
-        QVERIFY(t.contains(
-            QStringLiteral("Av. Juárez 118, Col. Centro, Guadalajara, Jal. C.P. 44100")));
-        QVERIFY(t.contains(QStringLiteral("RFC EDE010101AB1, Tel. 33 3614 2280")));
-        QCOMPARE(del(d, QStringLiteral("folio")), QStringLiteral("CP0000123"));
-        QCOMPARE(del(d, QStringLiteral("fecha")), QStringLiteral("05/03/2026"));
-        QCOMPARE(del(d, QStringLiteral("cliente")), m_nombreCliente);
-        QCOMPARE(del(d, QStringLiteral("total")), QStringLiteral("750"));
+        QCOMPARE(t.first(), u"Empresa de demostración"_s);
+        QVERIFY(t.contains(u"Av. Juárez 118, Col. Centro, Guadalajara, Jal. C.P. 44100"_s));
+        QVERIFY(t.contains(u"RFC EDE010101AB1, Tel. 33 3614 2280"_s));
+        QCOMPARE(del(d, u"folio"_s), u"CP0000123"_s);
+        QCOMPARE(del(d, u"fecha"_s), u"05/03/2026"_s);
+        QCOMPARE(del(d, u"cliente"_s), m_nombreCliente);
+        QCOMPARE(del(d, u"total"_s), u"750"_s);
         // 2,000 earned + 30 by activity - 750 redeemed.
-        QCOMPARE(del(d, QStringLiteral("saldo")), QStringLiteral("1,280"));
-        QVERIFY(t.contains(QStringLiteral("Firma del cliente")));
-        QVERIFY(t.contains(QStringLiteral("ART-1")));
-        QVERIFY(!t.contains(QStringLiteral("CANCELADO")));
+        QCOMPARE(del(d, u"saldo"_s), u"1,280"_s);
+        QVERIFY(t.contains(u"Firma del cliente"_s));
+        QVERIFY(t.contains(u"ART-1"_s));
+        QVERIFY(!t.contains(u"CANCELADO"_s));
 
-        ejecuta(QStringLiteral("update doctos_in set cancelado = 'S' where docto_in_id = 900001"));
-        ejecuta(QStringLiteral("update lar_puntos set tipo_docto = 'X' where docto_id = 900001"));
-        t = genera(QStringLiteral("Vale de canje"), 900001, r);
-        QVERIFY(t.contains(QStringLiteral("CANCELADO")));
-        QCOMPARE(del(r.documento(), QStringLiteral("total")), QStringLiteral("750"));
-        ejecuta(QStringLiteral("update doctos_in set cancelado = 'N' where docto_in_id = 900001"));
-        ejecuta(QStringLiteral("update lar_puntos set tipo_docto = 'C' where docto_id = 900001"));
+        ejecuta(u"update doctos_in set cancelado = 'S' where docto_in_id = 900001"_s);
+        ejecuta(u"update lar_puntos set tipo_docto = 'X' where docto_id = 900001"_s);
+        t = genera(u"Vale de canje"_s, 900001, r);
+        QVERIFY(t.contains(u"CANCELADO"_s));
+        QCOMPARE(del(r.documento(), u"total"_s), u"750"_s);
+        ejecuta(u"update doctos_in set cancelado = 'N' where docto_in_id = 900001"_s);
+        ejecuta(u"update lar_puntos set tipo_docto = 'C' where docto_id = 900001"_s);
 
-        const QString pdf = lartest::tempPath(QStringLiteral("vale.pdf"));
+        const QString pdf = lartest::tempPath(u"vale.pdf"_s);
         QString error;
         QVERIFY2(reporte::escribePdf(r.documento(), pdf, &error), qPrintable(error));
-        QProcess p;
-        p.start(QStringLiteral("pdftotext"), {QStringLiteral("-layout"), pdf, QStringLiteral("-")});
-        QVERIFY(p.waitForFinished(30000));
-        const QString texto = QString::fromUtf8(p.readAllStandardOutput());
-        for (const QString &s : {QStringLiteral("VALE DE CANJE DE PUNTOS"),
-                                 QStringLiteral("CP0000123"),
-                                 QStringLiteral("Total de puntos canjeados:"),
+        const QString texto = lartest::textoPdf(pdf);
+        for (const QString &s : {u"VALE DE CANJE DE PUNTOS"_s,
+                                 u"CP0000123"_s,
+                                 u"Total de puntos canjeados:"_s,
                                  m_nombreCliente})
             QVERIFY2(texto.contains(s), qPrintable(s));
     }
@@ -198,18 +170,18 @@ private slots:
     void boletoYActividad()
     {
         reporte::Reporte r;
-        QStringList t = genera(QStringLiteral("Boleto de rifa"), 900001, r);
+        QStringList t = genera(u"Boleto de rifa"_s, 900001, r);
         QCOMPARE(r.documento().hojas.size(), 1);
         QCOMPARE(r.documento().hojas[0].tamano, QSizeF(215.9, 139.7));
-        QVERIFY(t.contains(QStringLiteral("BOLETO PARA SORTEO")));
-        QCOMPARE(t.count(QStringLiteral("CP0000123")), 2);
-        QCOMPARE(del(r.documento(), QStringLiteral("cliente")), m_nombreCliente);
+        QVERIFY(t.contains(u"BOLETO PARA SORTEO"_s));
+        QCOMPARE(t.count(u"CP0000123"_s), 2);
+        QCOMPARE(del(r.documento(), u"cliente"_s), m_nombreCliente);
 
-        t = genera(QStringLiteral("Vale de actividad"), 777, r);
-        QVERIFY(t.contains(QStringLiteral("COMPROBANTE DE PUNTOS POR ACTIVIDAD")));
-        QCOMPARE(del(r.documento(), QStringLiteral("folio")), QStringLiteral("E000045"));
-        QCOMPARE(del(r.documento(), QStringLiteral("total")), QStringLiteral("30"));
-        QCOMPARE(del(r.documento(), QStringLiteral("saldo")), QStringLiteral("1,280"));
+        t = genera(u"Vale de actividad"_s, 777, r);
+        QVERIFY(t.contains(u"COMPROBANTE DE PUNTOS POR ACTIVIDAD"_s));
+        QCOMPARE(del(r.documento(), u"folio"_s), u"E000045"_s);
+        QCOMPARE(del(r.documento(), u"total"_s), u"30"_s);
+        QCOMPARE(del(r.documento(), u"saldo"_s), u"1,280"_s);
     }
 
     // The two reports: totals of the groups add up to the report's, and agree with
@@ -217,47 +189,34 @@ private slots:
     void reportes()
     {
         reporte::Reporte r;
-        genera(QStringLiteral("REP_COMPRA_CLIENTE"), m_cliente, r);
+        genera(u"REP_COMPRA_CLIENTE"_s, m_cliente, r);
         const reporte::Documento &d = r.documento();
         QVERIFY(!d.hojas.isEmpty());
-        QCOMPARE(del(d, QStringLiteral("cliente")), m_nombreCliente);
+        QCOMPARE(del(d, u"cliente"_s), m_nombreCliente);
         double meses = 0;
-        QStringList nombresMes;
-        for (const reporte::Hoja &h : d.hojas) {
-            for (const reporte::Primitiva &p : h.primitivas) {
-                if (p.elemento == u"importeMes")
-                    meses += QString(p.texto).remove(u',').toDouble();
-                if (p.elemento == u"mes")
-                    nombresMes << p.texto;
-            }
-        }
-        QVERIFY(!nombresMes.isEmpty());
+        for (QString t : lartest::textosDe(d, u"importeMes"_s))
+            meses += t.remove(u',').toDouble();
+        QVERIFY(!lartest::textosDe(d, u"mes"_s).isEmpty());
         const QVariant total
             = valor(QStringLiteral(
                         "select cast(sum(importe_neto + total_impuestos) as double precision) from "
                         "doctos_pv where cliente_id = %1 "
                         "and tipo_docto = 'V' and estatus <> 'C' and fecha >= current_date - 120")
                         .arg(m_cliente));
-        const QString esperado = formatFloat(QStringLiteral("#,0.00;-#,0.00"), total.toDouble());
-        QCOMPARE(del(d, QStringLiteral("importeTotal")), esperado);
-        QCOMPARE(formatFloat(QStringLiteral("#,0.00;-#,0.00"), meses), esperado);
+        const QString esperado = formatFloat(u"#,0.00;-#,0.00"_s, total.toDouble());
+        QCOMPARE(del(d, u"importeTotal"_s), esperado);
+        QCOMPARE(formatFloat(u"#,0.00;-#,0.00"_s, meses), esperado);
 
-        genera(QStringLiteral("REP_ARTICULOS"), 0, r);
+        genera(u"REP_ARTICULOS"_s, 0, r);
         const reporte::Documento &a = r.documento();
         QVERIFY(!a.hojas.isEmpty());
-        int filas = 0;
+        const qsizetype filas = lartest::textosDe(a, u"articulo"_s).size();
         double lineas = 0;
-        for (const reporte::Hoja &h : a.hojas) {
-            for (const reporte::Primitiva &p : h.primitivas) {
-                filas += p.elemento == u"articulo";
-                if (p.elemento == u"importeLinea")
-                    lineas += QString(p.texto).remove(u',').toDouble();
-            }
-        }
+        for (QString t : lartest::textosDe(a, u"importeLinea"_s))
+            lineas += t.remove(u',').toDouble();
         QVERIFY(filas > 0);
-        QCOMPARE(del(a, QStringLiteral("articulos")), QStringLiteral("%1 artículos").arg(filas));
-        QCOMPARE(formatFloat(QStringLiteral("#,0.00;-#,0.00"), lineas),
-                 del(a, QStringLiteral("importeTotal")));
+        QCOMPARE(del(a, u"articulos"_s), u"%1 artículos"_s.arg(filas));
+        QCOMPARE(formatFloat(u"#,0.00;-#,0.00"_s, lineas), del(a, u"importeTotal"_s));
     }
 };
 

@@ -14,6 +14,7 @@
 #include <QFile>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
 using namespace lar;
 using lartest::correScript;
 
@@ -34,7 +35,7 @@ private:
 private slots:
     void initTestCase()
     {
-        m_datos = lartest::tempDir() + QStringLiteral("/datos/");
+        m_datos = lartest::tempDir() + u"/datos/"_s;
         QDir().mkpath(m_datos);
         qputenv("LARVENOS_DATOS", m_datos.toUtf8());
         m_e = std::make_unique<lartest::EntornoPrueba>();
@@ -46,9 +47,9 @@ private slots:
     void cleanupTestCase()
     {
         QuitaFuncionesReporte();
-        QVERIFY(!reporte::FuncionesScript::busca(QStringLiteral("RoundMin")));
-        QVERIFY(!reporte::FuncionesScript::busca(QStringLiteral("CfdGetQRCode")));
-        QCOMPARE(correScript(QStringLiteral("Chr(65)")).left(6), QStringLiteral("ERROR:"));
+        QVERIFY(!reporte::FuncionesScript::busca(u"RoundMin"_s));
+        QVERIFY(!reporte::FuncionesScript::busca(u"CfdGetQRCode"_s));
+        QCOMPARE(correScript(u"Chr(65)"_s).left(6), u"ERROR:"_s);
     }
 
     // The designed order by group, the odd signatures as they stand, the categories.
@@ -56,33 +57,27 @@ private slots:
     {
         const QStringList n = NombresFuncionesReporte();
         QCOMPARE(n.size(), 44);
-        QCOMPARE(n.mid(0, 4),
-                 (QStringList{QStringLiteral("Chr"),
-                              QStringLiteral("GetBancoDestinoSAT"),
-                              QStringLiteral("GetMetodoPagoSAT"),
-                              QStringLiteral("CfdLoadFromString")}));
-        QCOMPARE(n.indexOf(QStringLiteral("CfdGetQRCode")), 23);
-        QCOMPARE(n.mid(24, 3),
-                 (QStringList{QStringLiteral("CurrToStr"),
-                              QStringLiteral("GetParam"),
-                              QStringLiteral("SetQuery")}));
-        QCOMPARE(n.indexOf(QStringLiteral("CloseQuery")), 36);
-        QCOMPARE(n.last(), QStringLiteral("FormatString"));
+        QCOMPARE(
+            n.mid(0, 4),
+            (QStringList{
+                u"Chr"_s, u"GetBancoDestinoSAT"_s, u"GetMetodoPagoSAT"_s, u"CfdLoadFromString"_s}));
+        QCOMPARE(n.indexOf(u"CfdGetQRCode"_s), 23);
+        QCOMPARE(n.mid(24, 3), (QStringList{u"CurrToStr"_s, u"GetParam"_s, u"SetQuery"_s}));
+        QCOMPARE(n.indexOf(u"CloseQuery"_s), 36);
+        QCOMPARE(n.last(), u"FormatString"_s);
 
         auto firma = [](const char16_t *nombre) {
             return reporte::FuncionesScript::busca(QString::fromUtf16(nombre))->firma;
         };
-        QCOMPARE(firma(u"CurrToStr"), QStringLiteral("function Chr(Value: Currency): String;"));
-        QCOMPARE(firma(u"CloseQuery"), QStringLiteral(" procedure ClosseQuery;"));
+        QCOMPARE(firma(u"CurrToStr"), u"function Chr(Value: Currency): String;"_s);
+        QCOMPARE(firma(u"CloseQuery"), u" procedure ClosseQuery;"_s);
         QCOMPARE(firma(u"DesglTextoImpteLetra"),
                  QStringLiteral("function DesgTextoImpte(TextoImpteLetra: string; var "
                                 "LeyendaMoneda,LeyendaAlFinal:string):Boolean;"));
         QCOMPARE(firma(u"CfdGetNumParcialidad"), firma(u"CfdGetFormaDePago"));
-        QCOMPARE(reporte::FuncionesScript::busca(QStringLiteral("GetParam"))->categoria,
-                 QStringLiteral("CatalogosExtMsp"));
-        QCOMPARE(reporte::FuncionesScript::busca(QStringLiteral("CfdGetQRCode"))->categoria,
-                 QStringLiteral("CfdMsg"));
-        QCOMPARE(reporte::FuncionesScript::busca(QStringLiteral("GetParam"))->argumentosVar(),
+        QCOMPARE(reporte::FuncionesScript::busca(u"GetParam"_s)->categoria, u"CatalogosExtMsp"_s);
+        QCOMPARE(reporte::FuncionesScript::busca(u"CfdGetQRCode"_s)->categoria, u"CfdMsg"_s);
+        QCOMPARE(reporte::FuncionesScript::busca(u"GetParam"_s)->argumentosVar(),
                  (QList<int>{2, 3}));
     }
 
@@ -157,7 +152,7 @@ private slots:
     void catalogos()
     {
         QFile::remove(ArchivoCatalogoBancosSAT());
-        QVERIFY(corre(QStringLiteral("GetBancoDestinoSAT('002')")).contains(u"catálogo"));
+        QVERIFY(corre(u"GetBancoDestinoSAT('002')"_s).contains(u"catálogo"));
 
         QFile b(ArchivoCatalogoBancosSAT());
         QVERIFY(b.open(QIODevice::WriteOnly));
@@ -169,17 +164,12 @@ private slots:
         m.write("PUE|Pago en una sola exhibici\xc3\xb3n\nPPD|Pago en parcialidades o diferido|x\n");
         m.close();
 
-        QCOMPARE(corre(QStringLiteral("GetBancoDestinoSAT('002')")), QStringLiteral("BANAMEX"));
-        QCOMPARE(corre(QStringLiteral("GetBancoDestinoSAT('012')")),
-                 QStringLiteral("BBVA BANCOMER"));
-        QCOMPARE(corre(QStringLiteral("'[' + GetBancoDestinoSAT('02') + ']'")),
-                 QStringLiteral("[]"));
-        QCOMPARE(corre(QStringLiteral("GetMetodoPagoSAT('PUE')")),
-                 QStringLiteral("Pago en una sola exhibición"));
-        QCOMPARE(corre(QStringLiteral("GetMetodoPagoSAT('PPD')")),
-                 QStringLiteral("Pago en parcialidades o diferido|x"));
-        QCOMPARE(corre(QStringLiteral("'[' + GetMetodoPagoSAT('pue') + ']'")),
-                 QStringLiteral("[]"));
+        QCOMPARE(corre(u"GetBancoDestinoSAT('002')"_s), u"BANAMEX"_s);
+        QCOMPARE(corre(u"GetBancoDestinoSAT('012')"_s), u"BBVA BANCOMER"_s);
+        QCOMPARE(corre(u"'[' + GetBancoDestinoSAT('02') + ']'"_s), u"[]"_s);
+        QCOMPARE(corre(u"GetMetodoPagoSAT('PUE')"_s), u"Pago en una sola exhibición"_s);
+        QCOMPARE(corre(u"GetMetodoPagoSAT('PPD')"_s), u"Pago en parcialidades o diferido|x"_s);
+        QCOMPARE(corre(u"'[' + GetMetodoPagoSAT('pue') + ']'"_s), u"[]"_s);
     }
 
     // The query functions read a real statement's rows from their memory copy.
@@ -210,13 +200,12 @@ private slots:
                   "  return t.join('/');\n"
                   "}\n")
                   .arg(sql);
-        QCOMPARE(corre(QStringLiteral("lee()"), script),
-                 QStringLiteral("1;uno;12.345;2024;[]/2;dós;-0.5;2025;[v]/true/uno"));
+        QCOMPARE(corre(u"lee()"_s, script), u"1;uno;12.345;2024;[]/2;dós;-0.5;2025;[v]/true/uno"_s);
 
         QCOMPARE(corre(QStringLiteral("(function() { SetQuery('select 1 as N from rdb$database "
                                       "where 1 = 0'); OpenQuery(); var e = Eof(); "
                                       "CloseQuery(); return String(e); })()")),
-                 QStringLiteral("true"));
+                 u"true"_s);
         // Misuse stops the report with a message instead of reading stale data.
         const QString doble = corre(QStringLiteral(
             "(function() { SetQuery('select 1 as N from rdb$database'); OpenQuery(); "

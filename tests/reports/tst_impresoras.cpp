@@ -2,10 +2,10 @@
 // QPrinter arrives with its text, and the queue's description and status texts
 // follow what the scheduler says of it.
 
+#include "ayudareportes.h"
 #include "reports/impresoras.h"
 #include "support/testmain.h"
 
-#include <QDir>
 #include <QPainter>
 #include <QPrinter>
 #include <QPrinterInfo>
@@ -17,18 +17,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const QString Cola = u"LarPrueba"_s;
-const char *const SinCups = "CUPS_SERVER no está definido: falta la cola privada de scripts/cupsd "
-                            "(scripts/run-tests la arranca)";
-
-// The lines of a job's .info file: job, user, title, copies, options.
-QStringList datosTrabajo(const QString &info)
-{
-    QFile f(info);
-    if (!f.open(QIODevice::ReadOnly))
-        return {};
-    return QString::fromUtf8(f.readAll()).split(u'\n');
-}
-
 } // namespace
 
 class TestImpresoras : public QObject
@@ -38,11 +26,11 @@ class TestImpresoras : public QObject
 private:
     QString m_trabajos;
 
-    // Prints a page with the text and waits for the job titled `documento` to
-    // arrive and end; returns the path of its data, empty if it didn't come.
+    // Prints a page with the text and waits for its job to arrive and end; the
+    // path of its data, empty if it didn't come with the title `documento`.
     QString imprime(const QString &documento, const QString &texto, int copias = 1)
     {
-        const QStringList antes = QDir(m_trabajos).entryList({u"*.info"_s}, QDir::Files);
+        const QMap<int, QStringList> antes = lartest::trabajosCola();
         QPrinter p(QPrinter::HighResolution);
         p.setPrinterName(Cola);
         p.setDocName(documento);
@@ -51,31 +39,13 @@ private:
             QPainter pintor;
             if (!pintor.begin(&p))
                 return {};
-            QFont f(u"DejaVu Sans"_s, 14);
-            pintor.setFont(f);
+            pintor.setFont(QFont(u"DejaVu Sans"_s, 14));
             pintor.drawText(QRectF(0, 0, p.width(), p.height() / 4), texto);
         }
-        QString datos;
-        auto llego = [&] {
-            for (const QFileInfo &fi :
-                 QDir(m_trabajos).entryInfoList({u"*.info"_s}, QDir::Files, QDir::Time)) {
-                if (!antes.contains(fi.fileName())
-                    && datosTrabajo(fi.filePath()).value(2) == documento) {
-                    datos = fi.path() + u'/' + fi.completeBaseName();
-                    return true;
-                }
-            }
-            return false;
-        };
-        // Then until the job is done, so the queue is idle again.
-        auto terminado = [] {
-            QProcess p;
-            p.start(u"lpstat"_s, {u"-o"_s, Cola});
-            return p.waitForFinished() && p.readAllStandardOutput().trimmed().isEmpty();
-        };
-        if (!QTest::qWaitFor(llego, 30000) || !QTest::qWaitFor(terminado, 30000))
+        const QList<int> nuevos = lartest::esperaTrabajos(antes, 1);
+        if (nuevos.size() != 1 || lartest::trabajosCola().value(nuevos[0]).value(2) != documento)
             return {};
-        return datos;
+        return lartest::datosTrabajo(nuevos[0]);
     }
 
     static bool cups(const QString &programa, const QStringList &args)
@@ -98,21 +68,16 @@ private slots:
     void trabajoPdf()
     {
         if (m_trabajos.isEmpty())
-            QSKIP(SinCups);
+            QSKIP(lartest::kSinCups);
         const QString texto = u"Canje A-000042 Zoila Pérez: 1,500 puntos"_s;
         const QString datos = imprime(u"Venta A-000042"_s, texto, 2);
         QVERIFY(!datos.isEmpty());
-        const QStringList info = datosTrabajo(datos + u".info"_s);
-        QCOMPARE(info.value(3), u"2"_s);
+        QCOMPARE(lartest::trabajosCola().last().value(3), u"2"_s);
         QFile f(datos);
         QVERIFY(f.open(QIODevice::ReadOnly));
         QVERIFY(f.read(5) == "%PDF-");
 
-        QProcess pdf;
-        pdf.start(u"pdftotext"_s, {u"-layout"_s, datos, u"-"_s});
-        QVERIFY2(pdf.waitForFinished(60000) && pdf.exitCode() == 0,
-                 "pdftotext (poppler-utils) no pudo leer el trabajo");
-        const QString leido = QString::fromUtf8(pdf.readAllStandardOutput()).simplified();
+        const QString leido = lartest::textoPdf(datos).simplified();
         QVERIFY2(leido.contains(texto), qPrintable(leido));
     }
 
@@ -120,7 +85,7 @@ private slots:
     void descripcion()
     {
         if (m_trabajos.isEmpty())
-            QSKIP(SinCups);
+            QSKIP(lartest::kSinCups);
         const lar::DatosImpresora d = lar::DescribeImpresora(Cola);
         QCOMPARE(d.nombre, Cola);
         QCOMPARE(d.controlador, u"Local Raw Printer"_s);
@@ -138,7 +103,7 @@ private slots:
     void estados()
     {
         if (m_trabajos.isEmpty())
-            QSKIP(SinCups);
+            QSKIP(lartest::kSinCups);
         QVERIFY(!imprime(u"estado: none"_s, u"x"_s).isEmpty()); // whatever an earlier run left
         QCOMPARE(lar::DescribeImpresora(Cola).textoEstado, u"Inactiva"_s);
         QCOMPARE(lar::DescribeImpresora(Cola).estado, 0u);

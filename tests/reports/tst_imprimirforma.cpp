@@ -1,5 +1,6 @@
 // The forms store, the print dialog and the preview, offscreen on a stand-in
 // Microsip with the extension installed.
+#include "ayudareportes.h"
 #include "core/ayudagui.h"
 #include "core/registro.h"
 #include "core/sesion.h"
@@ -21,18 +22,21 @@
 
 #include <QCheckBox>
 #include <QComboBox>
-#include <QDir>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPrinterInfo>
-#include <QProcess>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTabWidget>
 #include <QTest>
 #include <QToolButton>
 
+using namespace Qt::StringLiterals;
 using namespace lar;
+using lartest::datosTrabajo;
+using lartest::esperaTrabajos;
+using lartest::textoPdf;
+using lartest::trabajosCola;
 
 namespace {
 
@@ -53,36 +57,11 @@ QByteArray listado(const QString &titulo)
         .toUtf8();
 }
 
-const char *const SinCups = "CUPS_SERVER no está definido: falta la cola privada de scripts/cupsd";
-
-QString textoPdf(const QString &ruta)
-{
-    QProcess p;
-    p.start(QStringLiteral("pdftotext"), {QStringLiteral("-layout"), ruta, QStringLiteral("-")});
-    p.waitForFinished(60000);
-    return QString::fromUtf8(p.readAllStandardOutput());
-}
-
-// The jobs of the private queue, as "id" -> the lines of their .info file (job,
-// user, title, copies, options).
-QMap<int, QStringList> trabajos(const QString &carpeta)
-{
-    QMap<int, QStringList> t;
-    for (const QFileInfo &fi :
-         QDir(carpeta).entryInfoList({QStringLiteral("*.info")}, QDir::Files)) {
-        QFile f(fi.filePath());
-        if (f.open(QIODevice::ReadOnly))
-            t.insert(fi.completeBaseName().section(u'-', 1).toInt(),
-                     QString::fromUtf8(f.readAll()).split(u'\n'));
-    }
-    return t;
-}
-
 QString primeraCelda(const QString &xls)
 {
     const void *h = nullptr;
     if (freexl_open(QFile::encodeName(xls).constData(), &h) != FREEXL_OK)
-        return QStringLiteral("<no se abre>");
+        return u"<no se abre>"_s;
     freexl_select_active_worksheet(h, 0);
     FreeXL_CellValue v{};
     freexl_get_cell_value(h, 0, 0, &v);
@@ -106,54 +85,20 @@ private:
     std::unique_ptr<TfImprimirForma> dialogo(int folder, int docto = 7, int copias = 0)
     {
         auto d = std::make_unique<TfImprimirForma>(*m_s);
-        d->Carpeta = QStringLiteral("LarvenosPV");
-        d->Subcarpeta = QStringLiteral("Puntos");
-        d->Documento = QStringLiteral("Venta A42");
+        d->Carpeta = u"LarvenosPV"_s;
+        d->Subcarpeta = u"Puntos"_s;
+        d->Documento = u"Venta A42"_s;
         d->DoctoId = docto;
         d->FolderId = folder;
         d->Copias = copias;
         d->show();
         return d;
     }
-    static QLineEdit *forma(TfImprimirForma &d)
-    {
-        return d.findChild<QLineEdit *>(QStringLiteral("vForma"));
-    }
-    // Waits for n jobs after those in `antes` and for the queue to be idle; their
-    // ids in order.
-    QList<int> esperaTrabajos(const QMap<int, QStringList> &antes, int n)
-    {
-        const QString carpeta = qEnvironmentVariable("LAR_CUPS_TRABAJOS");
-        QList<int> nuevos;
-        auto llegaron = [&] {
-            nuevos.clear();
-            const QMap<int, QStringList> ahora = trabajos(carpeta);
-            for (auto it = ahora.cbegin(); it != ahora.cend(); ++it) {
-                if (!antes.contains(it.key()))
-                    nuevos << it.key();
-            }
-            return nuevos.size() >= n;
-        };
-        auto inactiva = [] {
-            QProcess p;
-            p.start(QStringLiteral("lpstat"), {QStringLiteral("-o")});
-            return p.waitForFinished() && p.readAllStandardOutput().trimmed().isEmpty();
-        };
-        // The caller checks how many came.
-        if (QTest::qWaitFor(llegaron, 30000) && !QTest::qWaitFor(inactiva, 30000))
-            qWarning("La cola de impresión no terminó sus trabajos");
-        llegaron();
-        return nuevos;
-    }
-    static QString datosDe(int trabajo)
-    {
-        return qEnvironmentVariable("LAR_CUPS_TRABAJOS")
-               + QStringLiteral("/trabajo-%1").arg(trabajo);
-    }
+    static QLineEdit *forma(TfImprimirForma &d) { return d.findChild<QLineEdit *>(u"vForma"_s); }
     static bool habilitados(TfImprimirForma &d)
     {
-        return d.findChild<QPushButton *>(QStringLiteral("bPrint"))->isEnabled()
-               && d.findChild<QPushButton *>(QStringLiteral("bPreview"))->isEnabled();
+        return d.findChild<QPushButton *>(u"bPrint"_s)->isEnabled()
+               && d.findChild<QPushButton *>(u"bPreview"_s)->isEnabled();
     }
 
 private slots:
@@ -170,57 +115,37 @@ private slots:
     void almacenDeFormas()
     {
         QCOMPARE(FolderFormas(*m_s), 0);
-        const int raiz = AseguraFolder(*m_s, QStringLiteral("LarvenosPV"), 0);
+        const int raiz = AseguraFolder(*m_s, u"LarvenosPV"_s, 0);
         QVERIFY(raiz > 0);
-        QCOMPARE(AseguraFolder(*m_s, QStringLiteral("LarvenosPV"), 0), raiz);
-        const int puntos = AseguraFolder(*m_s, QStringLiteral("Puntos"), raiz);
+        QCOMPARE(AseguraFolder(*m_s, u"LarvenosPV"_s, 0), raiz);
+        const int puntos = AseguraFolder(*m_s, u"Puntos"_s, raiz);
         // A "Formas" elsewhere in the tree isn't the one.
-        AseguraFolder(
-            *m_s, QStringLiteral("Formas"), AseguraFolder(*m_s, QStringLiteral("Traspasos"), raiz));
+        AseguraFolder(*m_s, u"Formas"_s, AseguraFolder(*m_s, u"Traspasos"_s, raiz));
         QCOMPARE(FolderFormas(*m_s), 0);
-        m_formas = AseguraFolder(*m_s, QStringLiteral("Formas"), puntos);
+        m_formas = AseguraFolder(*m_s, u"Formas"_s, puntos);
         QCOMPARE(FolderFormas(*m_s), m_formas);
 
-        GuardaForma(m_s->fbConfig(),
-                    m_formas,
-                    QStringLiteral("Vale"),
-                    listado(QStringLiteral("Vale de canje")));
-        GuardaForma(
-            m_s->fbConfig(), m_formas, QStringLiteral("Boleto"), listado(QStringLiteral("Boleto")));
-        GuardaForma(m_s->fbConfig(),
-                    m_formas,
-                    QStringLiteral("Actividad"),
-                    listado(QStringLiteral("Ñandú")));
-        GuardaForma(m_s->fbConfig(),
-                    m_formas,
-                    QStringLiteral("Vale"),
-                    listado(QStringLiteral("Vale de canje")));
+        GuardaForma(m_s->fbConfig(), m_formas, u"Vale"_s, listado(u"Vale de canje"_s));
+        GuardaForma(m_s->fbConfig(), m_formas, u"Boleto"_s, listado(u"Boleto"_s));
+        GuardaForma(m_s->fbConfig(), m_formas, u"Actividad"_s, listado(u"Ñandú"_s));
+        GuardaForma(m_s->fbConfig(), m_formas, u"Vale"_s, listado(u"Vale de canje"_s));
         QCOMPARE(ListaFormas(*m_s, m_formas),
-                 (QStringList{QStringLiteral("Actividad"),
-                              QStringLiteral("Boleto"),
-                              QStringLiteral("Vale")}));
+                 (QStringList{u"Actividad"_s, u"Boleto"_s, u"Vale"_s}));
         QVERIFY(ListaFormas(*m_s, 0).isEmpty());
 
         reporte::Reporte r;
         QString error;
-        QVERIFY(!CargaPlantilla(*m_s, r, m_formas, QStringLiteral("vale"), 1, {}, &error));
-        QCOMPARE(error, QStringLiteral("No existe la forma \"vale\"."));
-        QVERIFY2(CargaPlantilla(*m_s,
-                                r,
-                                m_formas,
-                                QStringLiteral("Actividad"),
-                                31,
-                                QStringLiteral("Venta "),
-                                &error),
+        QVERIFY(!CargaPlantilla(*m_s, r, m_formas, u"vale"_s, 1, {}, &error));
+        QCOMPARE(error, u"No existe la forma \"vale\"."_s);
+        QVERIFY2(CargaPlantilla(*m_s, r, m_formas, u"Actividad"_s, 31, u"Venta "_s, &error),
                  qPrintable(error));
-        QCOMPARE(r.nombreDocumento(), QStringLiteral("Venta "));
+        QCOMPARE(r.nombreDocumento(), u"Venta "_s);
         QCOMPARE(r.plantilla().vistas[0].principal.sql,
-                 QStringLiteral("select cast(31 as integer) as ID from rdb$database"));
-        QVERIFY(r.plantilla().vistas[1].principal.sql.endsWith(QStringLiteral("where 31 = 31")));
+                 u"select cast(31 as integer) as ID from rdb$database"_s);
+        QVERIFY(r.plantilla().vistas[1].principal.sql.endsWith(u"where 31 = 31"_s));
         QVERIFY2(r.genera(&error), qPrintable(error));
         QCOMPARE(r.documento().hojas.size(), 3);
-        QCOMPARE(r.documento().hojas[0].textos().mid(0, 2),
-                 (QStringList{QStringLiteral("Ñandú"), QStringLiteral("31")}));
+        QCOMPARE(r.documento().hojas[0].textos().mid(0, 2), (QStringList{u"Ñandú"_s, u"31"_s}));
     }
 
     // Every parameter gets the same digits, by plain text search: a shorter name
@@ -229,30 +154,25 @@ private slots:
     {
         reporte::Plantilla p;
         reporte::Vista v;
-        v.nombre = QStringLiteral("V");
+        v.nombre = u"V"_s;
         v.consultas << reporte::TextoSql{
-            QStringLiteral("C"),
-            QStringLiteral("select * from t where a = :DOCTO and b = :DOCTO_ID and c = :DOCTO")};
-        v.consultas << reporte::TextoSql{
-            QStringLiteral("D"),
-            QStringLiteral("select * from t where b = :DOCTO_ID and a = :DOCTO")};
-        v.principal = reporte::TextoSql{
-            QStringLiteral("V"),
-            QStringLiteral("select ':X' from t where f = :FECHA and s = :CLAVE")};
+            u"C"_s, u"select * from t where a = :DOCTO and b = :DOCTO_ID and c = :DOCTO"_s};
+        v.consultas << reporte::TextoSql{u"D"_s,
+                                         u"select * from t where b = :DOCTO_ID and a = :DOCTO"_s};
+        v.principal
+            = reporte::TextoSql{u"V"_s, u"select ':X' from t where f = :FECHA and s = :CLAVE"_s};
         p.vistas << v;
         reporte::Vista sin;
-        sin.nombre = QStringLiteral("Sin");
-        sin.principal.sql = QStringLiteral("select 1 from rdb$database");
+        sin.nombre = u"Sin"_s;
+        sin.principal.sql = u"select 1 from rdb$database"_s;
         p.vistas << sin;
         ReemplazaParametros(p, 0);
         QCOMPARE(p.vistas[0].consultas[0].sql,
-                 QStringLiteral("select * from t where a = 0 and b = 0_ID and c = 0"));
-        QCOMPARE(p.vistas[0].consultas[1].sql,
-                 QStringLiteral("select * from t where b = 0 and a = 0"));
+                 u"select * from t where a = 0 and b = 0_ID and c = 0"_s);
+        QCOMPARE(p.vistas[0].consultas[1].sql, u"select * from t where b = 0 and a = 0"_s);
         // A date or text parameter gets digits as well; a literal stays.
-        QCOMPARE(p.vistas[0].principal.sql,
-                 QStringLiteral("select ':X' from t where f = 0 and s = 0"));
-        QCOMPARE(p.vistas[1].principal.sql, QStringLiteral("select 1 from rdb$database"));
+        QCOMPARE(p.vistas[0].principal.sql, u"select ':X' from t where f = 0 and s = 0"_s);
+        QCOMPARE(p.vistas[1].principal.sql, u"select 1 from rdb$database"_s);
     }
 
     // The remembered form is selected; a renamed one leaves the prompt, with print
@@ -260,57 +180,46 @@ private slots:
     void formaRecordadaYPestanaFormas()
     {
         QVERIFY(m_formas > 0);
-        RecuerdaForma(
-            *m_s, QStringLiteral("LarvenosPV"), QStringLiteral("Puntos"), QStringLiteral("Vale"));
+        RecuerdaForma(*m_s, u"LarvenosPV"_s, u"Puntos"_s, u"Vale"_s);
         {
             auto d = dialogo(m_formas);
-            QCOMPARE(forma(*d)->text(), QStringLiteral("Vale"));
+            QCOMPARE(forma(*d)->text(), u"Vale"_s);
             QVERIFY(habilitados(*d));
-            QCOMPARE(d->windowTitle(), QStringLiteral("Imprimir"));
             LAR_VERIFICA_ACCESIBLE(d.get());
         }
         // The memory is per user, folder and subfolder.
-        QString otro = QStringLiteral("Boleto");
-        Registro(*m_s,
-                 QStringLiteral("Ventas"),
-                 m_s->UsuarioActual,
-                 QStringLiteral("Puntos"),
-                 false,
-                 otro,
-                 QStringLiteral("Forma"));
+        QString otro = u"Boleto"_s;
+        Registro(*m_s, u"Ventas"_s, m_s->UsuarioActual, u"Puntos"_s, false, otro, u"Forma"_s);
         {
             auto ventas = std::make_unique<TfImprimirForma>(*m_s);
-            ventas->Carpeta = QStringLiteral("Puntos");
-            ventas->Subcarpeta = QStringLiteral("Ventas");
+            ventas->Carpeta = u"Puntos"_s;
+            ventas->Subcarpeta = u"Ventas"_s;
             ventas->FolderId = m_formas;
             ventas->show();
-            QCOMPARE(forma(*ventas)->text(), QStringLiteral("Boleto"));
+            QCOMPARE(forma(*ventas)->text(), u"Boleto"_s);
         }
-        RecuerdaForma(*m_s,
-                      QStringLiteral("LarvenosPV"),
-                      QStringLiteral("Puntos"),
-                      QStringLiteral("Vale viejo"));
+        RecuerdaForma(*m_s, u"LarvenosPV"_s, u"Puntos"_s, u"Vale viejo"_s);
         auto d = dialogo(m_formas);
         QLineEdit *v = forma(*d);
         QCOMPARE(v->text(), TfImprimirForma::indicacion());
         QCOMPARE(v->palette().color(QPalette::Text), QColor(Qt::gray));
         QVERIFY(!habilitados(*d));
 
-        auto *tabs = d->findChild<QTabWidget *>(QStringLiteral("pcPaginas"));
+        auto *tabs = d->findChild<QTabWidget *>(u"pcPaginas"_s);
         QCOMPARE(tabs->currentIndex(), 0);
         QTest::mouseClick(v, Qt::LeftButton);
-        QCOMPARE(tabs->tabText(tabs->currentIndex()), QStringLiteral("Forma"));
+        QCOMPARE(tabs->tabText(tabs->currentIndex()), u"Forma"_s);
         // Going there took the current row's name.
-        QCOMPARE(v->text(), QStringLiteral("Actividad"));
+        QCOMPARE(v->text(), u"Actividad"_s);
         QVERIFY(habilitados(*d));
         QVERIFY(v->palette().color(QPalette::Text) != QColor(Qt::gray));
-        auto *grid = d->findChild<MemGrid *>(QStringLiteral("cxGridFormas"));
+        auto *grid = d->findChild<MemGrid *>(u"cxGridFormas"_s);
         grid->setCurrentIndex(grid->model()->index(2, 0));
-        QCOMPARE(v->text(), QStringLiteral("Vale"));
+        QCOMPARE(v->text(), u"Vale"_s);
         // Row changes on the other tab don't copy.
         tabs->setCurrentIndex(0);
         grid->setCurrentIndex(grid->model()->index(1, 0));
-        QCOMPARE(v->text(), QStringLiteral("Vale"));
+        QCOMPARE(v->text(), u"Vale"_s);
         QTest::mouseClick(v, Qt::LeftButton);
         QCOMPARE(tabs->currentIndex(), 0);
 
@@ -327,8 +236,7 @@ private slots:
     // closing it without printing leaves the dialog open, and remembers the form.
     void vistaPrevia()
     {
-        RecuerdaForma(
-            *m_s, QStringLiteral("LarvenosPV"), QStringLiteral("Puntos"), QStringLiteral("Vale"));
+        RecuerdaForma(*m_s, u"LarvenosPV"_s, u"Puntos"_s, u"Vale"_s);
         auto d = dialogo(m_formas, 55);
         QStringList vistos;
         bool revisado = false;
@@ -337,9 +245,9 @@ private slots:
             auto boton = [&](const char16_t *n) {
                 return p->findChild<QToolButton *>(QString::fromUtf16(n));
             };
-            auto *pagina = p->findChild<QLineEdit *>(QStringLiteral("mskPreviewPage"));
-            auto *zoom = p->findChild<QLineEdit *>(QStringLiteral("mskPreviewPercentage"));
-            auto *estado = p->findChild<QLabel *>(QStringLiteral("stbStatusBar"));
+            auto *pagina = p->findChild<QLineEdit *>(u"mskPreviewPage"_s);
+            auto *zoom = p->findChild<QLineEdit *>(u"mskPreviewPercentage"_s);
+            auto *estado = p->findChild<QLabel *>(u"stbStatusBar"_s);
             reporte::VisorReporte *visor = p->visor();
             vistos << p->windowTitle() << pagina->text() << estado->text();
             QTest::mouseClick(boton(u"spbPreviewNext"), Qt::LeftButton);
@@ -351,26 +259,25 @@ private slots:
             vistos << pagina->text();
             QTest::mouseClick(boton(u"spbPreviewFirst"), Qt::LeftButton);
             vistos << pagina->text();
-            pagina->setText(QStringLiteral("3"));
+            pagina->setText(u"3"_s);
             QTest::keyClick(pagina, Qt::Key_Return);
             vistos << QString::number(visor->pagina());
             // The page is a picture: assistive technology reads its number and texts.
             QAccessibleInterface *leida = QAccessible::queryAccessibleInterface(visor);
             QCOMPARE(leida->role(), QAccessible::Document);
-            QVERIFY2(
-                leida->text(QAccessible::Description).startsWith(QStringLiteral("Página 3 de ")),
-                qPrintable(leida->text(QAccessible::Description)));
-            pagina->setText(QStringLiteral("9"));
+            QVERIFY2(leida->text(QAccessible::Description).startsWith(u"Página 3 de "_s),
+                     qPrintable(leida->text(QAccessible::Description)));
+            pagina->setText(u"9"_s);
             QTest::keyClick(pagina, Qt::Key_Return);
             vistos << pagina->text();
 
             QVERIFY(boton(u"spbPreview100Percent")->isChecked());
             vistos << zoom->text();
-            zoom->setText(QStringLiteral("50"));
+            zoom->setText(u"50"_s);
             QTest::keyClick(zoom, Qt::Key_Return);
             vistos << zoom->text() << QString::number(visor->imagenActual().width());
             QVERIFY(!boton(u"spbPreview100Percent")->isChecked());
-            zoom->setText(QStringLiteral("mucho"));
+            zoom->setText(u"mucho"_s);
             QTest::keyClick(zoom, Qt::Key_Return);
             vistos << zoom->text();
             p->resize(800, 600);
@@ -389,80 +296,72 @@ private slots:
             revisado = true;
             p->reject();
         });
-        RecuerdaForma(*m_s, QStringLiteral("LarvenosPV"), QStringLiteral("Puntos"), QString());
-        QTest::mouseClick(d->findChild<QPushButton *>(QStringLiteral("bPreview")), Qt::LeftButton);
+        RecuerdaForma(*m_s, u"LarvenosPV"_s, u"Puntos"_s, QString());
+        QTest::mouseClick(d->findChild<QPushButton *>(u"bPreview"_s), Qt::LeftButton);
         QVERIFY(revisado);
         QCOMPARE(vistos,
-                 (QStringList{QStringLiteral("Vista previa"),
-                              QStringLiteral("1"),
-                              QStringLiteral("Página 1 de 3"),
-                              QStringLiteral("2"),
-                              QStringLiteral("3"),
-                              QStringLiteral("Página 3 de 3"),
-                              QStringLiteral("2"),
-                              QStringLiteral("1"),
-                              QStringLiteral("3"),
-                              QStringLiteral("3"),
-                              QStringLiteral("100"),
-                              QStringLiteral("50"),
+                 (QStringList{u"Vista previa"_s,
+                              u"1"_s,
+                              u"Página 1 de 3"_s,
+                              u"2"_s,
+                              u"3"_s,
+                              u"Página 3 de 3"_s,
+                              u"2"_s,
+                              u"1"_s,
+                              u"3"_s,
+                              u"3"_s,
+                              u"100"_s,
+                              u"50"_s,
                               QString::number(qRound(215.9 * 96 / 25.4 / 2)),
-                              QStringLiteral("100"),
-                              QStringLiteral("100")}));
+                              u"100"_s,
+                              u"100"_s}));
         QVERIFY(d->isVisible());
-        QCOMPARE(FormaRecordada(*m_s, QStringLiteral("LarvenosPV"), QStringLiteral("Puntos")),
-                 QStringLiteral("Vale"));
-        QCOMPARE(d->reporte()->documento().hojas[0].textos().at(1), QStringLiteral("55"));
+        QCOMPARE(FormaRecordada(*m_s, u"LarvenosPV"_s, u"Puntos"_s), u"Vale"_s);
+        QCOMPARE(d->reporte()->documento().hojas[0].textos().at(1), u"55"_s);
     }
     // Print: the form to the chosen printer, then, with Copias, the voucher form
     // of the settings with that many copies; the job carries the document's name.
     void imprimeConYSinBoleto()
     {
         if (qEnvironmentVariableIsEmpty("CUPS_SERVER"))
-            QSKIP(SinCups);
-        GuardaRegistro(*m_s, QStringLiteral("FormaBoleto"), QStringLiteral("Boleto"));
-        RecuerdaForma(
-            *m_s, QStringLiteral("LarvenosPV"), QStringLiteral("Puntos"), QStringLiteral("Vale"));
+            QSKIP(lartest::kSinCups);
+        GuardaRegistro(*m_s, u"FormaBoleto"_s, u"Boleto"_s);
+        RecuerdaForma(*m_s, u"LarvenosPV"_s, u"Puntos"_s, u"Vale"_s);
         const QString carpeta = qEnvironmentVariable("LAR_CUPS_TRABAJOS");
 
         auto d = dialogo(m_formas, 7);
-        auto *impresoras = d->findChild<QComboBox *>(QStringLiteral("vPrinters"));
-        QCOMPARE(impresoras->currentText(), QStringLiteral("LarPrueba"));
-        QCOMPARE(d->findChild<QLabel *>(QStringLiteral("lUbicacion"))->text(),
-                 QStringLiteral("larfile:") + carpeta);
-        QCOMPARE(d->findChild<QLabel *>(QStringLiteral("lComentario"))->text(),
-                 QStringLiteral("Impresora de prueba"));
-        QCOMPARE(d->findChild<QLabel *>(QStringLiteral("lTipo"))->text(),
-                 QStringLiteral("Local Raw Printer"));
-        QVERIFY(!d->findChild<QLabel *>(QStringLiteral("lEstado"))->text().isEmpty());
+        auto *impresoras = d->findChild<QComboBox *>(u"vPrinters"_s);
+        QCOMPARE(impresoras->currentText(), u"LarPrueba"_s);
+        QCOMPARE(d->findChild<QLabel *>(u"lUbicacion"_s)->text(), u"larfile:"_s + carpeta);
+        QCOMPARE(d->findChild<QLabel *>(u"lComentario"_s)->text(), u"Impresora de prueba"_s);
+        QCOMPARE(d->findChild<QLabel *>(u"lTipo"_s)->text(), u"Local Raw Printer"_s);
+        QVERIFY(!d->findChild<QLabel *>(u"lEstado"_s)->text().isEmpty());
         QSignalSpy impresos(d.get(), &TfImprimirForma::impreso);
-        QMap<int, QStringList> antes = trabajos(carpeta);
-        QTest::mouseClick(d->findChild<QPushButton *>(QStringLiteral("bPrint")), Qt::LeftButton);
+        QMap<int, QStringList> antes = trabajosCola();
+        QTest::mouseClick(d->findChild<QPushButton *>(u"bPrint"_s), Qt::LeftButton);
         QCOMPARE(d->result(), 1);
         QCOMPARE(impresos.size(), 1);
         QList<int> nuevos = esperaTrabajos(antes, 1);
         QCOMPARE(nuevos.size(), 1);
-        QStringList info = trabajos(carpeta).value(nuevos[0]);
-        QCOMPARE(info.value(2), QStringLiteral("Venta A42"));
-        QCOMPARE(info.value(3), QStringLiteral("1"));
-        QString texto = textoPdf(datosDe(nuevos[0]));
-        QVERIFY2(texto.contains(QStringLiteral("Vale de canje"))
-                     && texto.contains(QStringLiteral("150")),
-                 qPrintable(texto));
+        QStringList info = trabajosCola().value(nuevos[0]);
+        QCOMPARE(info.value(2), u"Venta A42"_s);
+        QCOMPARE(info.value(3), u"1"_s);
+        QString texto = textoPdf(datosTrabajo(nuevos[0]));
+        QVERIFY2(texto.contains(u"Vale de canje"_s) && texto.contains(u"150"_s), qPrintable(texto));
 
         d = dialogo(m_formas, 8, 3);
-        antes = trabajos(carpeta);
-        QTest::mouseClick(d->findChild<QPushButton *>(QStringLiteral("bPrint")), Qt::LeftButton);
+        antes = trabajosCola();
+        QTest::mouseClick(d->findChild<QPushButton *>(u"bPrint"_s), Qt::LeftButton);
         QCOMPARE(d->result(), 1);
         nuevos = esperaTrabajos(antes, 2);
         QCOMPARE(nuevos.size(), 2);
-        QVERIFY(textoPdf(datosDe(nuevos[0])).contains(QStringLiteral("Vale de canje")));
-        info = trabajos(carpeta).value(nuevos[1]);
-        QCOMPARE(info.value(2), QStringLiteral("Venta A42"));
-        QCOMPARE(info.value(3), QStringLiteral("3"));
-        texto = textoPdf(datosDe(nuevos[1]));
-        QVERIFY2(texto.contains(QStringLiteral("Boleto")) && texto.contains(QStringLiteral("8")),
-                 qPrintable(texto));
-        QVERIFY(!texto.contains(QStringLiteral("Vale de canje")));
+        QVERIFY(textoPdf(datosTrabajo(nuevos[0])).contains(u"Vale de canje"_s));
+        info = trabajosCola().value(nuevos[1]);
+        QCOMPARE(info.value(2), u"Venta A42"_s);
+        QCOMPARE(info.value(3), u"3"_s);
+        texto = textoPdf(datosTrabajo(nuevos[1]));
+        QVERIFY2(texto.contains(u"Boleto"_s) && texto.contains(u"8"_s), qPrintable(texto));
+        QVERIFY(!texto.contains(u"Vale de canje"_s));
     }
 
     // Printing from the preview prints the form alone, whatever Copias says, and
@@ -470,67 +369,56 @@ private slots:
     void imprimeDesdeVistaPrevia()
     {
         if (qEnvironmentVariableIsEmpty("CUPS_SERVER"))
-            QSKIP(SinCups);
-        RecuerdaForma(*m_s,
-                      QStringLiteral("LarvenosPV"),
-                      QStringLiteral("Puntos"),
-                      QStringLiteral("Actividad"));
-        const QString carpeta = qEnvironmentVariable("LAR_CUPS_TRABAJOS");
+            QSKIP(lartest::kSinCups);
+        RecuerdaForma(*m_s, u"LarvenosPV"_s, u"Puntos"_s, u"Actividad"_s);
         auto d = dialogo(m_formas, 9, 2);
-        const QMap<int, QStringList> antes = trabajos(carpeta);
+        const QMap<int, QStringList> antes = trabajosCola();
         lartest::alAparecer<TfPreview>([](TfPreview *p) {
-            QTest::mouseClick(p->findChild<QToolButton *>(QStringLiteral("spbPreviewPrint")),
-                              Qt::LeftButton);
+            QTest::mouseClick(p->findChild<QToolButton *>(u"spbPreviewPrint"_s), Qt::LeftButton);
         });
-        QTest::mouseClick(d->findChild<QPushButton *>(QStringLiteral("bPreview")), Qt::LeftButton);
+        QTest::mouseClick(d->findChild<QPushButton *>(u"bPreview"_s), Qt::LeftButton);
         QCOMPARE(d->result(), 1);
         const QList<int> nuevos = esperaTrabajos(antes, 1);
         QCOMPARE(nuevos.size(), 1);
-        QVERIFY(textoPdf(datosDe(nuevos[0])).contains(QStringLiteral("Ñandú")));
+        QVERIFY(textoPdf(datosTrabajo(nuevos[0])).contains(u"Ñandú"_s));
     }
 
     // "Imprimir a un archivo": the form and its voucher become spreadsheets in the
     // documents folder instead of print jobs.
     void imprimeAArchivo()
     {
-        const QString casa = lartest::tempPath(QStringLiteral("casa"));
+        const QString casa = lartest::tempPath(u"casa"_s);
         QDir().mkpath(casa);
         qputenv("HOME", casa.toUtf8());
-        qputenv("XDG_CONFIG_HOME", (casa + QStringLiteral("/.config")).toUtf8());
-        GuardaRegistro(*m_s, QStringLiteral("FormaBoleto"), QStringLiteral("Boleto"));
-        RecuerdaForma(
-            *m_s, QStringLiteral("LarvenosPV"), QStringLiteral("Puntos"), QStringLiteral("Vale"));
+        qputenv("XDG_CONFIG_HOME", (casa + u"/.config"_s).toUtf8());
+        GuardaRegistro(*m_s, u"FormaBoleto"_s, u"Boleto"_s);
+        RecuerdaForma(*m_s, u"LarvenosPV"_s, u"Puntos"_s, u"Vale"_s);
         auto d = dialogo(m_formas, 12, 2);
-        d->findChild<QCheckBox *>(QStringLiteral("vPrintToFile"))->setChecked(true);
+        d->findChild<QCheckBox *>(u"vPrintToFile"_s)->setChecked(true);
         QSignalSpy impresos(d.get(), &TfImprimirForma::impreso);
-        QTest::mouseClick(d->findChild<QPushButton *>(QStringLiteral("bPrint")), Qt::LeftButton);
+        QTest::mouseClick(d->findChild<QPushButton *>(u"bPrint"_s), Qt::LeftButton);
         QCOMPARE(d->result(), 1);
         QCOMPARE(impresos.size(), 2);
         QCOMPARE(d->reporte()->dispositivo(), reporte::Dispositivo::XLSReport);
         QCOMPARE(d->reporte()->copias(), 2);
-        const QString docs = casa + QStringLiteral("/Documents/");
-        QCOMPARE(primeraCelda(docs + QStringLiteral("Venta A42 - Vale de canje.xls")),
-                 QStringLiteral("Vale de canje"));
-        QCOMPARE(primeraCelda(docs + QStringLiteral("Venta A42 - Boleto.xls")),
-                 QStringLiteral("Boleto"));
+        const QString docs = casa + u"/Documents/"_s;
+        QCOMPARE(primeraCelda(docs + u"Venta A42 - Vale de canje.xls"_s), u"Vale de canje"_s);
+        QCOMPARE(primeraCelda(docs + u"Venta A42 - Boleto.xls"_s), u"Boleto"_s);
     }
     // A printer that doesn't exist surfaces as the engine's error; the dialog stays.
     void impresoraInexistente()
     {
-        RecuerdaForma(
-            *m_s, QStringLiteral("LarvenosPV"), QStringLiteral("Puntos"), QStringLiteral("Vale"));
+        RecuerdaForma(*m_s, u"LarvenosPV"_s, u"Puntos"_s, u"Vale"_s);
         auto d = dialogo(m_formas, 5, 1);
-        auto *impresoras = d->findChild<QComboBox *>(QStringLiteral("vPrinters"));
-        impresoras->addItem(QStringLiteral("No Existe"));
-        impresoras->setCurrentText(QStringLiteral("No Existe"));
-        QCOMPARE(d->findChild<QLabel *>(QStringLiteral("lEstado"))->text(),
-                 QStringLiteral("Desconocido"));
+        auto *impresoras = d->findChild<QComboBox *>(u"vPrinters"_s);
+        impresoras->addItem(u"No Existe"_s);
+        impresoras->setCurrentText(u"No Existe"_s);
+        QCOMPARE(d->findChild<QLabel *>(u"lEstado"_s)->text(), u"Desconocido"_s);
         lartest::GuionMensajes guion;
         QSignalSpy impresos(d.get(), &TfImprimirForma::impreso);
-        QTest::mouseClick(d->findChild<QPushButton *>(QStringLiteral("bPrint")), Qt::LeftButton);
-        QCOMPARE(guion.textos(),
-                 QStringList{QStringLiteral("La impresora \"No Existe\" no existe.")});
-        QCOMPARE(guion.cajas().first().titulo, QStringLiteral("Error"));
+        QTest::mouseClick(d->findChild<QPushButton *>(u"bPrint"_s), Qt::LeftButton);
+        QCOMPARE(guion.textos(), QStringList{u"La impresora \"No Existe\" no existe."_s});
+        QCOMPARE(guion.cajas().first().titulo, u"Error"_s);
         QCOMPARE(guion.cajas().first().icono(), mb::IconStop);
         QCOMPARE(impresos.size(), 0);
         QVERIFY(d->isVisible());

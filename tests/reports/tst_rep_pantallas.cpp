@@ -1,11 +1,10 @@
 // The three report screens, offscreen, over sales played through the stand-in
 // Microsip on a seeded company: the sources by their switches, the period row,
 // the customer's two roads, the limits, the search, printing and export.
+#include "ayudareportes.h"
 #include "core/ayudagui.h"
 #include "core/registro.h"
 #include "core/sesion.h"
-#include "fb/query.h"
-#include "fb/transaction.h"
 #include "microsip/sim/documentos.h"
 #include "reports/formas.h"
 #include "reports/imprimirforma.h"
@@ -18,6 +17,7 @@
 #include "support/guionmensajes.h"
 #include "support/guionshell.h"
 #include "support/lectorxls.h"
+#include "support/sqlprueba.h"
 #include "support/testenv.h"
 #include "support/testmain.h"
 #include "toolkit/memgrid.h"
@@ -25,10 +25,8 @@
 
 #include <QDateEdit>
 #include <QDir>
-#include <QFileDialog>
 #include <QJsonArray>
 #include <QLineEdit>
-#include <QProcess>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTest>
@@ -55,35 +53,6 @@ QStringList columna(MemTable &t, const QString &campo)
     return r;
 }
 
-// The PDFs the private CUPS queue writes, by job number.
-QMap<int, QString> trabajos()
-{
-    QMap<int, QString> t;
-    const QDir d(qEnvironmentVariable("LAR_CUPS_TRABAJOS"));
-    for (const QFileInfo &fi : d.entryInfoList({QStringLiteral("trabajo-*")}, QDir::Files))
-        t.insert(fi.fileName().section(u'-', 1).toInt(), fi.filePath());
-    return t;
-}
-
-QString textoPdf(const QString &ruta)
-{
-    QProcess p;
-    p.start(QStringLiteral("pdftotext"), {QStringLiteral("-layout"), ruta, QStringLiteral("-")});
-    p.waitForFinished(60000);
-    return QString::fromUtf8(p.readAllStandardOutput());
-}
-
-// Answers the next save dialog of the export with a file name.
-void guardaComo(const QString &ruta)
-{
-    QTimer::singleShot(0, [ruta] {
-        auto *d = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
-        QVERIFY(d);
-        d->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"))->setText(ruta);
-        QMetaObject::invokeMethod(d, "accept");
-    });
-}
-
 // The cells of an .xls file's first sheet, "fila,col" -> [tipo, valor, formato].
 QMap<QString, QJsonArray> celdas(const QString &ruta)
 {
@@ -92,7 +61,7 @@ QMap<QString, QJsonArray> celdas(const QString &ruta)
     for (const QJsonValue &c :
          o.value(u"hojas").toArray().at(0).toObject().value(u"celdas").toArray()) {
         const QJsonArray a = c.toArray();
-        r.insert(QStringLiteral("%1,%2").arg(a.at(0).toInt()).arg(a.at(1).toInt()),
+        r.insert(u"%1,%2"_s.arg(a.at(0).toInt()).arg(a.at(1).toInt()),
                  QJsonArray{a.at(2), a.at(3), a.at(4)});
     }
     return r;
@@ -112,32 +81,13 @@ private:
 
     void ejecuta(const QString &sql, const QVariantList &params = {})
     {
-        fb::Transaction tr(&m_s->fbDatabase());
-        fb::Query q(&m_s->fbDatabase(), &tr);
-        q.setSql(sql);
-        for (int i = 0; i < params.size(); ++i)
-            q.bind(i, params[i]);
-        q.execute();
-        tr.commit();
+        lartest::ejecutaSql(m_s->fbDatabase(), sql, params);
     }
-    QVariantList fila(const QString &sql)
-    {
-        fb::Transaction tr(&m_s->fbDatabase());
-        fb::Query q(&m_s->fbDatabase(), &tr);
-        q.setSql(sql);
-        q.setTrimChars(true);
-        q.open();
-        QVariantList r;
-        for (int i = 0; !q.eof() && i < q.fieldCount(); ++i)
-            r << q.field(i).toVariant();
-        q.close();
-        tr.commit();
-        return r;
-    }
+    QVariantList fila(const QString &sql) { return lartest::filaSql(m_s->fbDatabase(), sql); }
     void fuentes(bool pv, bool ve)
     {
-        GuardaRegistro(*m_s, QStringLiteral("Puntos General Activo"), pv ? u"S"_s : u"N"_s);
-        GuardaRegistro(*m_s, QStringLiteral("Puntos Ventas"), ve ? u"S"_s : u"N"_s);
+        GuardaRegistro(*m_s, u"Puntos General Activo"_s, pv ? u"S"_s : u"N"_s);
+        GuardaRegistro(*m_s, u"Puntos Ventas"_s, ve ? u"S"_s : u"N"_s);
     }
     template<class T>
     std::unique_ptr<T> abre(quint32 acceso = 7)
@@ -218,13 +168,10 @@ private slots:
                 u"'228 555 0101')"_s,
                 {alfa, estado});
 
-        fb::Transaction tr(&m_s->fbDatabase());
-        fb::Query q(&m_s->fbDatabase(), &tr);
-        q.setSql(u"select first 105 articulo_id from articulos order by articulo_id"_s);
-        for (q.open(); !q.eof(); q.next())
-            m_articulos << q.field(0).toInt();
-        q.close();
-        tr.commit();
+        for (const QString &id : lartest::filasSql(
+                 m_s->fbDatabase(),
+                 u"select first 105 articulo_id from articulos order by articulo_id"_s))
+            m_articulos << id.toInt();
         QCOMPARE(m_articulos.size(), 105);
 
         // Alfa: 105 articles at the point of sale on the period's last day (article
@@ -240,10 +187,7 @@ private slots:
         m_veAlfa = vende(Sistema::VE, alfa, inicio, {renglon(0, 3), renglon(1, 2)});
         // Beta: an invoice only.
         m_veBeta = vende(Sistema::VE, beta, inicio.addDays(19), {renglon(2, 1)});
-        RecuerdaForma(*m_s,
-                      QStringLiteral("LarvenosPV"),
-                      QStringLiteral("Puntos"),
-                      QStringLiteral("REP_COMPRA_CLIENTE"));
+        RecuerdaForma(*m_s, u"LarvenosPV"_s, u"Puntos"_s, u"REP_COMPRA_CLIENTE"_s);
     }
 
     // The customer list of both forms: every customer, a null key where there is no
@@ -468,7 +412,7 @@ private slots:
     void imprime()
     {
         if (qEnvironmentVariableIsEmpty("CUPS_SERVER"))
-            QSKIP("CUPS_SERVER no está definido: falta la cola privada de scripts/cupsd");
+            QSKIP(lartest::kSinCups);
         fuentes(true, true);
         auto f = abre<Tfrep_PorCliente>();
         periodo(*f);
@@ -477,30 +421,20 @@ private slots:
         f->Button1->click();
 
         auto imprimeUno = [](QPushButton *boton) {
-            const QMap<int, QString> antes = trabajos();
+            const QMap<int, QStringList> antes = lartest::trabajosCola();
             lartest::alAparecer<TfImprimirForma>(
                 [](TfImprimirForma *d) { d->findChild<QPushButton *>(u"bPrint"_s)->click(); });
             boton->click();
-            QString ruta;
-            (void)QTest::qWaitFor(
-                [&] {
-                    const QMap<int, QString> ahora = trabajos();
-                    for (auto it = ahora.cbegin(); it != ahora.cend(); ++it) {
-                        if (!antes.contains(it.key()) && QFileInfo(it.value()).size() > 0)
-                            ruta = it.value();
-                    }
-                    return !ruta.isEmpty() && !textoPdf(ruta).isEmpty();
-                },
-                60000);
-            return ruta.isEmpty() ? QString() : textoPdf(ruta);
+            const QList<int> nuevos = lartest::esperaTrabajos(antes, 1);
+            return nuevos.size() == 1 ? lartest::textoPdf(lartest::datosTrabajo(nuevos[0]))
+                                      : QString();
         };
         QString texto = imprimeUno(f->btnImprimir);
         QVERIFY2(texto.contains(u"REPORTE BETA"_s) && texto.contains(m_veBeta.folio),
                  qPrintable(texto));
         QVERIFY(!texto.contains(u"REPORTE ALFA"_s));
 
-        RecuerdaForma(
-            *m_s, QStringLiteral("LarvenosPV"), QStringLiteral("Puntos"), u"REP_ARTICULOS"_s);
+        RecuerdaForma(*m_s, u"LarvenosPV"_s, u"Puntos"_s, u"REP_ARTICULOS"_s);
         auto a = abre<Tfrep_PorArticulo>();
         periodo(*a);
         teclea(a->txtCliente, u"RPA-1"_s);
@@ -524,7 +458,7 @@ private slots:
         teclea(f->txtCliente, u"RPA-1"_s);
         f->Button1->click();
         const QString compras = lartest::tempPath(u"compras.xls"_s);
-        guardaComo(compras);
+        lartest::eligeEnDialogo(compras);
         f->btnExportar->click();
         QVERIFY(guion.cajas().isEmpty());
         QMap<QString, QJsonArray> c = celdas(compras);
@@ -579,7 +513,7 @@ private slots:
 
         lartest::GuionShell shell;
         const QString ruta = lartest::tempPath(u"busqueda.xls"_s);
-        guardaComo(ruta);
+        lartest::eligeEnDialogo(ruta);
         f->btnExportar->click();
         const QMap<QString, QJsonArray> c = celdas(ruta);
         if (c.isEmpty())

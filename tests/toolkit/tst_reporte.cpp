@@ -1,3 +1,4 @@
+#include "../reports/ayudareportes.h"
 #include "fb/database.h"
 #include "fb/query.h"
 #include "fb/transaction.h"
@@ -11,10 +12,11 @@
 
 #include <freexl.h>
 
-#include <QProcess>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
 using namespace lar::reporte;
+using lartest::textosDe;
 
 namespace {
 
@@ -65,33 +67,24 @@ QStringList textosDe(const Hoja &h, const QString &elemento)
     return t;
 }
 
-QStringList textosDe(const Documento &d, const QString &elemento)
-{
-    QStringList t;
-    for (const Hoja &h : d.hojas)
-        t << textosDe(h, elemento);
-    return t;
-}
-
 // Groups A, B and C of 30, 40 and 50 rows; PUNTOS is the row number.
 void llenaLineas(lar::MemTable &t)
 {
-    t.addField(QStringLiteral("GRUPO"), lar::FieldType::String, 10);
-    t.addField(QStringLiteral("NOMBRE"), lar::FieldType::String, 40);
-    t.addField(QStringLiteral("PUNTOS"), lar::FieldType::Integer);
-    t.addField(QStringLiteral("IMPORTE"), lar::FieldType::Currency, 2);
+    t.addField(u"GRUPO"_s, lar::FieldType::String, 10);
+    t.addField(u"NOMBRE"_s, lar::FieldType::String, 40);
+    t.addField(u"PUNTOS"_s, lar::FieldType::Integer);
+    t.addField(u"IMPORTE"_s, lar::FieldType::Currency, 2);
     t.open();
     int n = 0;
-    const QList<std::pair<QString, int>> grupos{
-        {QStringLiteral("A"), 30}, {QStringLiteral("B"), 40}, {QStringLiteral("C"), 50}};
+    const QList<std::pair<QString, int>> grupos{{u"A"_s, 30}, {u"B"_s, 40}, {u"C"_s, 50}};
     for (const auto &[g, filas] : grupos) {
         for (int i = 0; i < filas; ++i) {
             ++n;
             t.append();
-            t[QStringLiteral("GRUPO")] = g;
-            t[QStringLiteral("NOMBRE")] = QStringLiteral("Cliente %1").arg(n);
-            t[QStringLiteral("PUNTOS")] = n;
-            t[QStringLiteral("IMPORTE")] = n * 10.25;
+            t[u"GRUPO"_s] = g;
+            t[u"NOMBRE"_s] = u"Cliente %1"_s.arg(n);
+            t[u"PUNTOS"_s] = n;
+            t[u"IMPORTE"_s] = n * 10.25;
             t.post();
         }
     }
@@ -111,7 +104,7 @@ private slots:
         Reporte r;
         QString error;
         QVERIFY2(r.cargaTexto(QByteArray(kListado), &error), qPrintable(error));
-        r.setCursor(QStringLiteral("Lineas"), std::make_unique<CursorMemTable>(&lineas));
+        r.setCursor(u"Lineas"_s, std::make_unique<CursorMemTable>(&lineas));
         QVERIFY2(r.genera(&error), qPrintable(error));
         const Documento &d = r.documento();
 
@@ -136,8 +129,7 @@ private slots:
             // first; the footer sits at the bottom; nothing else crosses into it.
             QCOMPARE(h.bandas.first().tipo,
                      i == 0 ? TipoBanda::Titulo : TipoBanda::EncabezadoPagina);
-            QCOMPARE(textosDe(h, QStringLiteral("cabecera")),
-                     QStringList{QStringLiteral("Cliente")});
+            QCOMPARE(textosDe(h, u"cabecera"_s), QStringList{u"Cliente"_s});
             QCOMPARE(h.bandas.last().tipo, TipoBanda::PiePagina);
             QVERIFY(qAbs(h.bandas.last().y - kFondo) < 1e-6);
             double y = 0;
@@ -150,32 +142,24 @@ private slots:
                 if (bc.tipo == TipoBanda::Detalle)
                     ++detalles;
             }
-            for (QString p : textosDe(h, QStringLiteral("puntos")))
+            for (QString p : textosDe(h, u"puntos"_s))
                 sumaPagina += p.remove(u',').toInt();
-            QCOMPARE(textosDe(h, QStringLiteral("sumaPagina")),
-                     QStringList{QString::number(sumaPagina)});
-            QCOMPARE(textosDe(h, QStringLiteral("pagina")),
-                     QStringList{QStringLiteral("Página %1 de 3").arg(i + 1)});
+            QCOMPARE(textosDe(h, u"sumaPagina"_s), QStringList{QString::number(sumaPagina)});
+            QCOMPARE(textosDe(h, u"pagina"_s), QStringList{u"Página %1 de 3"_s.arg(i + 1)});
         }
         QCOMPARE(detalles, 120);
         // The last page is full enough that it isn't a lone summary.
         QVERIFY(d.hojas[2].bandas.size() > 10);
 
         // Group footers read the group's last row and their own sums.
-        QCOMPARE(textosDe(d, QStringLiteral("grupo")),
-                 (QStringList{QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("C")}));
-        QCOMPARE(textosDe(d, QStringLiteral("pieGrupo")),
-                 (QStringList{QStringLiteral("A"), QStringLiteral("B"), QStringLiteral("C")}));
+        QCOMPARE(textosDe(d, u"grupo"_s), (QStringList{u"A"_s, u"B"_s, u"C"_s}));
+        QCOMPARE(textosDe(d, u"pieGrupo"_s), (QStringList{u"A"_s, u"B"_s, u"C"_s}));
         // 1..30 = 465, 31..70 = 2,020, 71..120 = 4,775.
-        QCOMPARE(
-            textosDe(d, QStringLiteral("sumaGrupo")),
-            (QStringList{QStringLiteral("465"), QStringLiteral("2,020"), QStringLiteral("4,775")}));
-        QCOMPARE(textosDe(d, QStringLiteral("cuentaGrupo")),
-                 (QStringList{QStringLiteral("30"), QStringLiteral("40"), QStringLiteral("50")}));
-        QCOMPARE(textosDe(d, QStringLiteral("sumaTotal")), QStringList{QStringLiteral("7,260")});
-        QCOMPARE(textosDe(d, QStringLiteral("importeTotal")),
-                 QStringList{QStringLiteral("74,415.00")});
-        QCOMPARE(textosDe(d, QStringLiteral("importe")).at(2), QStringLiteral("30.75"));
+        QCOMPARE(textosDe(d, u"sumaGrupo"_s), (QStringList{u"465"_s, u"2,020"_s, u"4,775"_s}));
+        QCOMPARE(textosDe(d, u"cuentaGrupo"_s), (QStringList{u"30"_s, u"40"_s, u"50"_s}));
+        QCOMPARE(textosDe(d, u"sumaTotal"_s), QStringList{u"7,260"_s});
+        QCOMPARE(textosDe(d, u"importeTotal"_s), QStringList{u"74,415.00"_s});
+        QCOMPARE(textosDe(d, u"importe"_s).at(2), u"30.75"_s);
         // Primitives sit where their band landed, inside the left margin.
         const Primitiva &primera = d.hojas[0].primitivas.at(0);
         QCOMPARE(primera.rect, QRectF(6.35, 6.35, 200, 10));
@@ -186,22 +170,19 @@ private slots:
         QCOMPARE(r.documento().hojas.size(), 3);
 
         // The PDF carries the text of every page.
-        const QString pdf = lartest::tempPath(QStringLiteral("listado.pdf"));
+        const QString pdf = lartest::tempPath(u"listado.pdf"_s);
         QVERIFY2(escribePdf(r.documento(), pdf, &error), qPrintable(error));
-        QProcess p;
-        p.start(QStringLiteral("pdftotext"), {QStringLiteral("-layout"), pdf, QStringLiteral("-")});
-        QVERIFY(p.waitForFinished(30000));
-        const QString texto = QString::fromUtf8(p.readAllStandardOutput());
-        QVERIFY(texto.contains(QStringLiteral("Listado de puntos")));
-        QVERIFY(texto.contains(QStringLiteral("Cliente 120")));
-        QVERIFY(texto.contains(QStringLiteral("Página 3 de 3")));
+        const QString texto = lartest::textoPdf(pdf);
+        QVERIFY(texto.contains(u"Listado de puntos"_s));
+        QVERIFY(texto.contains(u"Cliente 120"_s));
+        QVERIFY(texto.contains(u"Página 3 de 3"_s));
         QCOMPARE(texto.count(u'\f'), 3);
-        QVERIFY(!escribePdf(r.documento(), QStringLiteral("/nonexistent/x.pdf"), &error));
-        QVERIFY(error.startsWith(QStringLiteral("No fue posible crear el archivo")));
+        QVERIFY(!escribePdf(r.documento(), u"/nonexistent/x.pdf"_s, &error));
+        QVERIFY(error.startsWith(u"No fue posible crear el archivo"_s));
 
         // The spreadsheet device: a row per line of text, a column per left edge,
         // numbers as numbers with their format.
-        const QString xls = lartest::tempPath(QStringLiteral("listado.xls"));
+        const QString xls = lartest::tempPath(u"listado.xls"_s);
         QVERIFY2(escribeXls(r.documento(), xls, &error), qPrintable(error));
         const void *h = nullptr;
         QCOMPARE(freexl_open(QFile::encodeName(xls).constData(), &h), FREEXL_OK);
@@ -221,10 +202,10 @@ private slots:
             return v.type == FREEXL_CELL_SST_TEXT ? QString::fromUtf8(v.value.text_value)
                                                   : QString();
         };
-        QCOMPARE(textoCelda(0, 0), QStringLiteral("Listado de puntos"));
-        QCOMPARE(textoCelda(1, 0), QStringLiteral("Cliente"));
-        QCOMPARE(textoCelda(2, 0), QStringLiteral("A"));
-        QCOMPARE(textoCelda(3, 0), QStringLiteral("Cliente 1"));
+        QCOMPARE(textoCelda(0, 0), u"Listado de puntos"_s);
+        QCOMPARE(textoCelda(1, 0), u"Cliente"_s);
+        QCOMPARE(textoCelda(2, 0), u"A"_s);
+        QCOMPARE(textoCelda(3, 0), u"Cliente 1"_s);
         auto numero = [&](unsigned f, unsigned short c) {
             const FreeXL_CellValue v = celda(f, c);
             return v.type == FREEXL_CELL_INT      ? double(v.value.int_value)
@@ -246,8 +227,7 @@ private slots:
         }
         QCOMPARE(int(filas), renglones);
         freexl_close(h);
-        QCOMPARE(formatoFechaExcel(QStringLiteral("dd/MM/yyyy hh:mm")),
-                 QStringLiteral("dd/mm/yyyy hh:mm"));
+        QCOMPARE(formatoFechaExcel(u"dd/MM/yyyy hh:mm"_s), u"dd/mm/yyyy hh:mm"_s);
     }
 
     // Scripts: a registered function with var arguments called from the template's
@@ -255,38 +235,38 @@ private slots:
     void scripts()
     {
         FuncionScript f;
-        f.nombre = QStringLiteral("Desglosa");
-        f.categoria = QStringLiteral("Pruebas");
+        f.nombre = u"Desglosa"_s;
+        f.categoria = u"Pruebas"_s;
         f.firma = QStringLiteral(
             "function Desglosa(Texto: string; var Antes, Despues: string; Fijo: string): Boolean;");
         f.ejecuta = [](QVariantList &a, QVariant &resultado) {
             const QString t = a[0].toString();
             a[1] = t.section(u'/', 0, 0);
             a[2] = t.section(u'/', 1);
-            a[3] = QStringLiteral("perdido");
+            a[3] = u"perdido"_s;
             resultado = t.contains(u'/');
         };
         QCOMPARE(f.argumentosVar(), (QList<int>{1, 2}));
         FuncionesScript::registra(f);
         // A function that makes a picture, as a QR code function does.
-        FuncionesScript::registra({QStringLiteral("Cuadro"),
-                                   QStringLiteral("Pruebas"),
-                                   QStringLiteral("function Cuadro(Lado: Integer): TBitmap;"),
+        FuncionesScript::registra({u"Cuadro"_s,
+                                   u"Pruebas"_s,
+                                   u"function Cuadro(Lado: Integer): TBitmap;"_s,
                                    [](QVariantList &a, QVariant &r) {
                                        QImage img(a[0].toInt(), a[0].toInt(), QImage::Format_RGB32);
                                        img.fill(Qt::red);
                                        r = img;
                                    }});
-        QVERIFY(FuncionesScript::busca(QStringLiteral("desglosa")));
+        QVERIFY(FuncionesScript::busca(u"desglosa"_s));
 
         lar::MemTable t;
-        t.addField(QStringLiteral("TEXTO"), lar::FieldType::String, 40);
-        t.addField(QStringLiteral("PTS"), lar::FieldType::Integer);
+        t.addField(u"TEXTO"_s, lar::FieldType::String, 40);
+        t.addField(u"PTS"_s, lar::FieldType::Integer);
         t.open();
         for (int i = 1; i <= 4; ++i) {
             t.append();
-            t[QStringLiteral("TEXTO")] = QStringLiteral("PESOS %1/M.N.").arg(i);
-            t[QStringLiteral("PTS")] = i * 100;
+            t[u"TEXTO"_s] = u"PESOS %1/M.N."_s.arg(i);
+            t[u"PTS"_s] = i * 100;
             t.post();
         }
         const QByteArray texto = R"(<reporte alIniciar="inicia">
@@ -314,46 +294,42 @@ private slots:
         Reporte r;
         QString error;
         QVERIFY2(r.cargaTexto(texto, &error), qPrintable(error));
-        r.setCursor(QStringLiteral("V"), std::make_unique<CursorMemTable>(&t));
-        r.setParametro(QStringLiteral("extra"), 1);
+        r.setCursor(u"V"_s, std::make_unique<CursorMemTable>(&t));
+        r.setParametro(u"extra"_s, 1);
         QVERIFY2(r.genera(&error), qPrintable(error));
         const Documento &d = r.documento();
         // The band hidden by its event (PTS 300) takes no room.
         QCOMPARE(d.hojas[0].bandas.size(), 4);
         QCOMPARE(d.hojas[0].bandas[3].tipo, TipoBanda::Resumen);
         QCOMPARE(d.hojas[0].bandas[3].y, 6.35 + 15);
-        QCOMPARE(textosDe(d, QStringLiteral("parte")),
-                 (QStringList{QStringLiteral("PESOS 1|M.N.|true|fijo"),
-                              QStringLiteral("PESOS 2|M.N.|true|fijo"),
-                              QStringLiteral("PESOS 4|M.N.|true|fijo")}));
-        QCOMPARE(
-            textosDe(d, QStringLiteral("doble")),
-            (QStringList{QStringLiteral("201"), QStringLiteral("401"), QStringLiteral("801")}));
-        QCOMPARE(textosDe(d, QStringLiteral("fin")),
-                 QStringList{QStringLiteral("Filas: 3, página 1")});
+        QCOMPARE(textosDe(d, u"parte"_s),
+                 (QStringList{u"PESOS 1|M.N.|true|fijo"_s,
+                              u"PESOS 2|M.N.|true|fijo"_s,
+                              u"PESOS 4|M.N.|true|fijo"_s}));
+        QCOMPARE(textosDe(d, u"doble"_s), (QStringList{u"201"_s, u"401"_s, u"801"_s}));
+        QCOMPARE(textosDe(d, u"fin"_s), QStringList{u"Filas: 3, página 1"_s});
         const Primitiva &qr = d.hojas[0].primitivas.last();
-        QCOMPARE(qr.elemento, QStringLiteral("qr"));
+        QCOMPARE(qr.elemento, u"qr"_s);
         QCOMPARE(qr.imagen.size(), QSize(12, 12));
         QCOMPARE(qr.imagen.pixelColor(0, 0), QColor(Qt::red));
 
         // Removed by name, the function is gone from the next run.
-        QVERIFY(FuncionesScript::quita(QStringLiteral("Cuadro")));
-        QVERIFY(FuncionesScript::quita(QStringLiteral("Desglosa")));
-        QVERIFY(!FuncionesScript::quita(QStringLiteral("Desglosa")));
+        QVERIFY(FuncionesScript::quita(u"Cuadro"_s));
+        QVERIFY(FuncionesScript::quita(u"Desglosa"_s));
+        QVERIFY(!FuncionesScript::quita(u"Desglosa"_s));
         QVERIFY(!r.genera(&error));
-        QVERIFY2(error.startsWith(QStringLiteral("Error en el script del reporte")),
-                 qPrintable(error));
-        QVERIFY(error.contains(QStringLiteral("Desglosa")));
+        QVERIFY2(error.startsWith(u"Error en el script del reporte"_s), qPrintable(error));
+        QVERIFY(error.contains(u"Desglosa"_s));
 
-        r.plantilla().bandas[0].alImprimir = QStringLiteral("noExiste");
+        r.plantilla().bandas[0].alImprimir = u"noExiste"_s;
         QVERIFY(!r.genera(&error));
-        QCOMPARE(error, QStringLiteral("El script del reporte no tiene la función \"noExiste\"."));
+        QCOMPARE(error, u"El script del reporte no tiene la función \"noExiste\"."_s);
     }
 
     void emptyReportAndBadTemplates()
     {
         Reporte vacio;
-        QCOMPARE(vacio.plantilla().pagina.papel, QStringLiteral("Carta"));
+        QCOMPARE(vacio.plantilla().pagina.papel, u"Carta"_s);
         QCOMPARE(vacio.plantilla().pagina.alto, 279.401);
         QCOMPARE(vacio.plantilla().pagina.margenInf, 6.35);
         QCOMPARE(vacio.dispositivo(), Dispositivo::Pdf);
@@ -361,9 +337,9 @@ private slots:
         QString error;
         Reporte r;
         QVERIFY(!r.cargaTexto(QByteArray("<reporte><banda tipo=\"detalle\"></reporte>"), &error));
-        QVERIFY(error.startsWith(QStringLiteral("La plantilla no es un documento válido")));
+        QVERIFY(error.startsWith(u"La plantilla no es un documento válido"_s));
         QVERIFY(!r.cargaTexto(QByteArray("<reporte><banda tipo=\"cuerpo\"/></reporte>"), &error));
-        QCOMPARE(error, QStringLiteral("Tipo de banda desconocido: \"cuerpo\"."));
+        QCOMPARE(error, u"Tipo de banda desconocido: \"cuerpo\"."_s);
         QVERIFY(!r.cargaTexto(
             QByteArray("<reporte><banda tipo=\"pieGrupo\" alto=\"5\"/></reporte>"), &error));
         QVERIFY(r.cargaTexto(
@@ -372,16 +348,16 @@ private slots:
             <banda tipo="detalle" alto="5"><campo x="0" y="0" ancho="9" alto="5">NOPE</campo></banda></reporte>)"),
             &error));
         QVERIFY(!r.genera(&error));
-        QCOMPARE(error, QStringLiteral("El reporte no tiene base de datos."));
+        QCOMPARE(error, u"El reporte no tiene base de datos."_s);
         lar::MemTable t;
-        t.addField(QStringLiteral("X"), lar::FieldType::Integer);
+        t.addField(u"X"_s, lar::FieldType::Integer);
         t.open();
         t.append();
-        t[QStringLiteral("X")] = 1;
+        t[u"X"_s] = 1;
         t.post();
-        r.setCursor(QStringLiteral("v"), std::make_unique<CursorMemTable>(&t));
+        r.setCursor(u"v"_s, std::make_unique<CursorMemTable>(&t));
         QVERIFY(!r.genera(&error));
-        QCOMPARE(error, QStringLiteral("El campo \"NOPE\" no existe en los datos del reporte."));
+        QCOMPARE(error, u"El campo \"NOPE\" no existe en los datos del reporte."_s);
     }
 
     // Views read from Firebird: the detail's rows through the main SQL with its
@@ -390,7 +366,7 @@ private slots:
     void vistasDeFirebird()
     {
         fb::Database db;
-        lartest::createDatabase(db, lartest::tempPath(QStringLiteral("reporte.fdb")));
+        lartest::createDatabase(db, lartest::tempPath(u"reporte.fdb"_s));
         {
             fb::Transaction tr(&db);
             fb::Query q(&db, &tr);
@@ -399,11 +375,10 @@ private slots:
                                " fecha date)"));
             q.execute();
             tr.commit();
-            q.setSql(QStringLiteral("insert into mov values (?, ?, ?, ?)"));
-            const QList<QVariantList> filas{
-                {7, QStringLiteral("Café molido"), 12.5, QDate(2026, 3, 1)},
-                {7, QStringLiteral("Azúcar"), 3, QDate(2026, 3, 2)},
-                {8, QStringLiteral("Otro"), 99, QDate(2026, 3, 3)}};
+            q.setSql(u"insert into mov values (?, ?, ?, ?)"_s);
+            const QList<QVariantList> filas{{7, u"Café molido"_s, 12.5, QDate(2026, 3, 1)},
+                                            {7, u"Azúcar"_s, 3, QDate(2026, 3, 2)},
+                                            {8, u"Otro"_s, 99, QDate(2026, 3, 3)}};
             for (const QVariantList &f : filas) {
                 for (int i = 0; i < f.size(); ++i)
                     q.bind(i, f[i]);
@@ -432,30 +407,28 @@ private slots:
         QString error;
         QVERIFY2(r.cargaTexto(texto, &error), qPrintable(error));
         // Without vistaDetalle the first view drives the detail; here we want the lines.
-        r.plantilla().vistaDetalle = QStringLiteral("Lineas");
+        r.plantilla().vistaDetalle = u"Lineas"_s;
         const QList<TextoSql *> sqls = r.plantilla().textosSql();
         QCOMPARE(sqls.size(), 3);
-        QCOMPARE(sqls[0]->nombre, QStringLiteral("Cuenta"));
-        QCOMPARE(sqls[0]->parametros(), QStringList{QStringLiteral("DOCTO_ID")});
-        QCOMPARE(sqls[2]->nombre, QStringLiteral("Lineas"));
+        QCOMPARE(sqls[0]->nombre, u"Cuenta"_s);
+        QCOMPARE(sqls[0]->parametros(), QStringList{u"DOCTO_ID"_s});
+        QCOMPARE(sqls[2]->nombre, u"Lineas"_s);
         r.setBaseDatos(&db);
-        r.setParametro(QStringLiteral("docto_id"), 7);
+        r.setParametro(u"docto_id"_s, 7);
         QVERIFY2(r.genera(&error), qPrintable(error));
         const Documento &d = r.documento();
         QCOMPARE(d.hojas.size(), 1);
-        QCOMPARE(textosDe(d, QStringLiteral("titulo")), QStringList{QStringLiteral("Tienda 7")});
-        QCOMPARE(textosDe(d, QStringLiteral("n")), QStringList{QStringLiteral("2")});
-        QCOMPARE(textosDe(d, QStringLiteral("art")),
-                 (QStringList{QStringLiteral("Café molido"), QStringLiteral("Azúcar")}));
-        QCOMPARE(textosDe(d, QStringLiteral("pts")),
-                 (QStringList{QStringLiteral("12.50"), QStringLiteral("3.00")}));
-        QCOMPARE(textosDe(d, QStringLiteral("fecha")).at(1), QStringLiteral("02/03/2026"));
-        QCOMPARE(textosDe(d, QStringLiteral("suma")), QStringList{QStringLiteral("15.5")});
+        QCOMPARE(textosDe(d, u"titulo"_s), QStringList{u"Tienda 7"_s});
+        QCOMPARE(textosDe(d, u"n"_s), QStringList{u"2"_s});
+        QCOMPARE(textosDe(d, u"art"_s), (QStringList{u"Café molido"_s, u"Azúcar"_s}));
+        QCOMPARE(textosDe(d, u"pts"_s), (QStringList{u"12.50"_s, u"3.00"_s}));
+        QCOMPARE(textosDe(d, u"fecha"_s).at(1), u"02/03/2026"_s);
+        QCOMPARE(textosDe(d, u"suma"_s), QStringList{u"15.5"_s});
 
         // A failing statement surfaces as the data layer's error.
-        sqls[2]->sql = QStringLiteral("select nope from mov");
+        sqls[2]->sql = u"select nope from mov"_s;
         QVERIFY(!r.genera(&error));
-        QVERIFY(error.contains(QStringLiteral("NOPE"), Qt::CaseInsensitive));
+        QVERIFY(error.contains(u"NOPE"_s, Qt::CaseInsensitive));
     }
 };
 
