@@ -53,24 +53,20 @@ int conLista(const std::function<void(lar::TFLista &)> &accion,
 // The customer list of the screens: id, clave, nombre, LimCredito; Filtered.
 void clientes(MemTable &t, int relleno = 0)
 {
-    t.addField(QStringLiteral("id"), FieldType::Integer);
-    t.addField(QStringLiteral("clave"), FieldType::String, 300);
-    t.addField(QStringLiteral("nombre"), FieldType::String, 200);
-    t.addField(QStringLiteral("LimCredito"), FieldType::Currency, 2);
+    t.addField(u"id"_s, FieldType::Integer);
+    t.addField(u"clave"_s, FieldType::String, 300);
+    t.addField(u"nombre"_s, FieldType::String, 200);
+    t.addField(u"LimCredito"_s, FieldType::Currency, 2);
     t.open();
     t.appendRecord({1, u"C-001^ALT7"_s, u"ANA PÉREZ"_s, 100});
     t.appendRecord({2, u"C-002"_s, u"JUAN ANAYA"_s, 0});
     t.appendRecord({3, u"C-003"_s, u"MARIA ANANA"_s, 0});
     for (int i = 0; i < relleno; ++i)
-        t.appendRecord({100 + i,
-                        QStringLiteral("R-%1").arg(i),
-                        QStringLiteral("RELLENO %1").arg(i, 3, 10, QChar(u'0')),
-                        0});
+        t.appendRecord({100 + i, u"R-%1"_s.arg(i), u"RELLENO %1"_s.arg(i, 3, 10, QChar(u'0')), 0});
     t.setFiltered(true);
 }
 
-const QStringList kColsClientes{QStringLiteral("clave,,&Clave,100"),
-                                QStringLiteral("nombre,,&Nombre,500")};
+const QStringList kColsClientes{u"clave,,&Clave,100"_s, u"nombre,,&Nombre,500"_s};
 
 } // namespace
 
@@ -87,8 +83,8 @@ private slots:
     {
         lar::ListaCols.clear();
         lar::ListaBusquedaIni = -1;
-        lar::ListaValor1 = QStringLiteral("antes1");
-        lar::ListaValor2 = QStringLiteral("antes2");
+        lar::ListaValor1 = u"antes1"_s;
+        lar::ListaValor2 = u"antes2"_s;
     }
 
     void typingFiltersAndAccepting()
@@ -100,57 +96,56 @@ private slots:
         bool corrio = false;
         const int r = conLista(
             [&](lar::TFLista &f) {
-                QCOMPARE(f.windowTitle(), QStringLiteral("Listado de clientes"));
+                QCOMPARE(f.windowTitle(), u"Listado de clientes"_s);
                 LAR_VERIFICA_ACCESIBLE(&f);
                 QCOMPARE(f.Busqueda->items(), (QStringList{u"&Clave"_s, u"&Nombre"_s}));
                 QCOMPARE(f.Busqueda->itemIndex(), 1); // two items: the second
-                QCOMPARE(f.CampoBusca, QStringLiteral("nombre"));
+                QCOMPARE(f.CampoBusca, u"nombre"_s);
                 QCOMPARE(f.IdxBusca, 2);
-                QCOMPARE(f.Lista->memModel()->headerData(0, Qt::Horizontal).toString(),
-                         QStringLiteral("Clave"));
+                QCOMPARE(f.Lista->memModel()->headerData(0, Qt::Horizontal).toString(), u"Clave"_s);
                 // 100 + 1 + 500 + 1 + 45, centred on the screen.
                 const QRect pantalla = f.screen()->geometry();
                 QCOMPARE(f.width(), std::min(647, pantalla.width()));
                 QCOMPARE(f.x(), pantalla.left() + pantalla.width() / 2 - f.width() / 2);
-                QCOMPARE(t.indexFieldNames(), QStringLiteral("nombre"));
+                QCOMPARE(t.indexFieldNames(), u"nombre"_s);
                 QVERIFY(f.Aceptar->isEnabled());
 
-                QTest::keyClicks(f.Busca, QStringLiteral("an an"));
+                QTest::keyClicks(f.Busca, u"an an"_s);
                 QCOMPARE(t.recordCount(), 2); // JUAN ANAYA, MARIA ANANA: AN twice
                 QCOMPARE(f.pintor()->words(), (QStringList{u"AN"_s, u"AN"_s}));
                 QCOMPARE(f.pintor()->field(), 2);
                 // Each word is sought in what the previous one left.
-                f.Busca->setText(QStringLiteral("ana ana"));
+                f.Busca->setText(u"ana ana"_s);
                 QVERIFY(t.isEmpty());
                 QVERIFY(!f.Aceptar->isEnabled());
 
                 // Two blanks empty the list and Aceptar goes off; a double click does nothing.
-                f.Busca->setText(QStringLiteral("ana  p"));
+                f.Busca->setText(u"ana  p"_s);
                 QVERIFY(t.isEmpty());
                 QVERIFY(!f.Aceptar->isEnabled());
                 QTest::mouseClick(f.Lista->viewport(), Qt::LeftButton, {}, QPoint(20, 5));
                 QTest::mouseDClick(f.Lista->viewport(), Qt::LeftButton, {}, QPoint(20, 5));
                 QVERIFY(f.isVisible());
-                f.Busca->setText(QStringLiteral("ana p"));
+                f.Busca->setText(u"ana p"_s);
                 QCOMPARE(t.recordCount(), 1);
                 QVERIFY(f.Aceptar->isEnabled());
 
                 // A trailing blank adds no word.
-                f.Busca->setText(QStringLiteral("juan "));
+                f.Busca->setText(u"juan "_s);
                 QCOMPARE(t.recordCount(), 1);
                 QTest::mouseClick(f.Aceptar, Qt::LeftButton);
             },
-            [&] { return lar::MuestraListaDS(t, QStringLiteral("Listado de clientes")); },
+            [&] { return lar::MuestraListaDS(t, u"Listado de clientes"_s); },
             &corrio);
         QVERIFY(corrio);
         QCOMPARE(r, 1);
         // The caller's table: on the chosen row, every row back in sight, the index kept.
-        QCOMPARE(t.fieldByName(QStringLiteral("id")).asInteger(), 2);
+        QCOMPARE(t.fieldByName(u"id"_s).asInteger(), 2);
         QCOMPARE(t.recordCount(), 3);
         QVERIFY(!t.hasFilter());
-        QCOMPARE(t.indexFieldNames(), QStringLiteral("nombre"));
-        QCOMPARE(lar::ListaValor1, QStringLiteral("2"));
-        QCOMPARE(lar::ListaValor2, QStringLiteral("C-002"));
+        QCOMPARE(t.indexFieldNames(), u"nombre"_s);
+        QCOMPARE(lar::ListaValor1, u"2"_s);
+        QCOMPARE(lar::ListaValor2, u"C-002"_s);
     }
 
     void cancelLeavesThePair()
@@ -160,13 +155,13 @@ private slots:
         lar::ListaCols = kColsClientes;
         const int r = conLista(
             [&](lar::TFLista &f) {
-                QTest::keyClicks(f.Busca, QStringLiteral("maria"));
+                QTest::keyClicks(f.Busca, u"maria"_s);
                 QTest::mouseClick(f.Cancelar, Qt::LeftButton);
             },
-            [&] { return lar::MuestraListaDS(t, QStringLiteral("x")); });
+            [&] { return lar::MuestraListaDS(t, u"x"_s); });
         QCOMPARE(r, 2);
-        QCOMPARE(lar::ListaValor1, QStringLiteral("antes1"));
-        QCOMPARE(lar::ListaValor2, QStringLiteral("antes2"));
+        QCOMPARE(lar::ListaValor1, u"antes1"_s);
+        QCOMPARE(lar::ListaValor2, u"antes2"_s);
         QVERIFY(!t.hasFilter());
         QCOMPARE(t.recordCount(), 3);
     }
@@ -196,7 +191,7 @@ private slots:
                 tecla(Qt::Key_Left);                                // stays with the box
                 QCOMPARE(f.Busca->cursorPosition(), 0);
             },
-            [&] { return lar::MuestraListaDS(t, QStringLiteral("x")); });
+            [&] { return lar::MuestraListaDS(t, u"x"_s); });
         QCOMPARE(filas, (QList<int>{0, 14, 28, 14, 15, 14, 42, 42, 41, 41}));
     }
 
@@ -207,15 +202,15 @@ private slots:
         lar::ListaCols = kColsClientes;
         const int r = conLista(
             [&](lar::TFLista &f) {
-                f.Busca->setText(QStringLiteral("pérez"));
+                f.Busca->setText(u"pérez"_s);
                 const QRect celda = f.Lista->visualRect(f.Lista->memModel()->index(0, 1));
                 // A real double click: press, release, then the second press.
                 QTest::mouseClick(f.Lista->viewport(), Qt::LeftButton, {}, celda.center());
                 QTest::mouseDClick(f.Lista->viewport(), Qt::LeftButton, {}, celda.center());
             },
-            [&] { return lar::MuestraListaDS(t, QStringLiteral("x")); });
+            [&] { return lar::MuestraListaDS(t, u"x"_s); });
         QCOMPARE(r, 1);
-        QCOMPARE(t.fieldByName(QStringLiteral("id")).asInteger(), 1);
+        QCOMPARE(t.fieldByName(u"id"_s).asInteger(), 1);
     }
 
     void searchColumnChoice()
@@ -228,30 +223,30 @@ private slots:
         conLista(
             [&](lar::TFLista &f) {
                 QCOMPARE(f.Busqueda->itemIndex(), 0);
-                QCOMPARE(f.CampoBusca, QStringLiteral("clave"));
+                QCOMPARE(f.CampoBusca, u"clave"_s);
                 // Keys joined by '^' are found by any of them.
-                QTest::keyClicks(f.Busca, QStringLiteral("alt"));
+                QTest::keyClicks(f.Busca, u"alt"_s);
                 QCOMPARE(t.recordCount(), 1);
                 // Another radio item empties the box and runs the show step again.
                 f.Busqueda->setItemIndex(1);
                 QVERIFY(f.Busca->text().isEmpty());
-                QCOMPARE(f.CampoBusca, QStringLiteral("nombre"));
-                QCOMPARE(t.indexFieldNames(), QStringLiteral("nombre"));
+                QCOMPARE(f.CampoBusca, u"nombre"_s);
+                QCOMPARE(t.indexFieldNames(), u"nombre"_s);
                 QCOMPARE(t.recordCount(), 3);
             },
-            [&] { return lar::MuestraListaDS(t, QStringLiteral("x"), QString(), 1); });
+            [&] { return lar::MuestraListaDS(t, u"x"_s, QString(), 1); });
         QCOMPARE(lar::ListaBusquedaIni, -1);
 
         // One searchable column: item 0. No searchable column: no box at all.
-        lar::ListaCols = {QStringLiteral("nombre,,&Nombre,400"), QStringLiteral("id,-,Id,50")};
+        lar::ListaCols = {u"nombre,,&Nombre,400"_s, u"id,-,Id,50"_s};
         conLista(
             [&](lar::TFLista &f) {
                 QCOMPARE(f.Busqueda->count(), 1);
                 QCOMPARE(f.Busqueda->itemIndex(), 0);
                 QVERIFY(f.Busca->isVisible());
             },
-            [&] { return lar::MuestraListaDS(t, QStringLiteral("x")); });
-        lar::ListaCols = {QStringLiteral("nombre,-,&Nombre,400")};
+            [&] { return lar::MuestraListaDS(t, u"x"_s); });
+        lar::ListaCols = {u"nombre,-,&Nombre,400"_s};
         conLista(
             [&](lar::TFLista &f) {
                 QCOMPARE(f.Busqueda->count(), 0);
@@ -260,14 +255,14 @@ private slots:
                 QVERIFY(!f.Busqueda->isVisible());
                 QCOMPARE(f.width(), 401 + 45);
             },
-            [&] { return lar::MuestraListaDS(t, QStringLiteral("x")); });
+            [&] { return lar::MuestraListaDS(t, u"x"_s); });
 
         // An empty spec list shows nothing and is a cancel.
         lar::ListaCols.clear();
         lar::ListaBusquedaIni = 1;
         bool corrio = false;
         QCOMPARE(conLista([](lar::TFLista &) {},
-                          [&] { return lar::MuestraListaDS(t, QStringLiteral("x")); },
+                          [&] { return lar::MuestraListaDS(t, u"x"_s); },
                           &corrio),
                  2);
         QVERIFY(!corrio);
@@ -283,16 +278,15 @@ private slots:
         lar::ListaCols = kColsClientes;
         conLista(
             [&](lar::TFLista &f) {
-                QTest::keyClicks(f.Busca, QStringLiteral("ma"));
+                QTest::keyClicks(f.Busca, u"ma"_s);
                 QCOMPARE(t.recordCount(), 8); // nothing hidden
-                QCOMPARE(t.fieldByName(QStringLiteral("nombre")).asString(),
-                         QStringLiteral("MARIA ANANA"));
-                QTest::keyClicks(f.Busca, QStringLiteral("z"));
+                QCOMPARE(t.fieldByName(u"nombre"_s).asString(), u"MARIA ANANA"_s);
+                QTest::keyClicks(f.Busca, u"z"_s);
                 QCOMPARE(t.recNo(), 3); // the next name after "MAZ"
-                f.Busca->setText(QStringLiteral("z"));
+                f.Busca->setText(u"z"_s);
                 QCOMPARE(t.recNo(), 7); // past the last name: the last row
             },
-            [&] { return lar::MuestraListaDS(t, QStringLiteral("x")); });
+            [&] { return lar::MuestraListaDS(t, u"x"_s); });
     }
 
     void emptyTableOpens()
@@ -303,7 +297,7 @@ private slots:
         lar::ListaCols = kColsClientes;
         bool corrio = false;
         conLista([&](lar::TFLista &f) { QVERIFY(!f.Aceptar->isEnabled()); },
-                 [&] { return lar::MuestraListaDS(t, QStringLiteral("x")); },
+                 [&] { return lar::MuestraListaDS(t, u"x"_s); },
                  &corrio);
         QVERIFY(corrio);
     }
@@ -311,10 +305,10 @@ private slots:
     void multiChoicePopup()
     {
         MemTable t;
-        t.addField(QStringLiteral("id"), FieldType::Integer);
-        t.addField(QStringLiteral("Activo"), FieldType::Boolean);
-        t.addField(QStringLiteral("Clave"), FieldType::String, 20);
-        t.addField(QStringLiteral("Nombre"), FieldType::String, 100);
+        t.addField(u"id"_s, FieldType::Integer);
+        t.addField(u"Activo"_s, FieldType::Boolean);
+        t.addField(u"Clave"_s, FieldType::String, 20);
+        t.addField(u"Nombre"_s, FieldType::String, 100);
         t.open();
         t.appendRecord({1, false, u"C-1"_s, u"ANA PÉREZ"_s});
         t.appendRecord({2, false, u"C-2"_s, u"JUAN ANAYA"_s});
@@ -331,9 +325,7 @@ private slots:
             return ids;
         };
 
-        lar::ListaCols = {QStringLiteral("Activo,,Activo,50"),
-                          QStringLiteral("Clave,,Clave,100"),
-                          QStringLiteral("Nombre,,Nombre,300")};
+        lar::ListaCols = {u"Activo,,Activo,50"_s, u"Clave,,Clave,100"_s, u"Nombre,,Nombre,300"_s};
         const int r = conLista(
             [&](lar::TFLista &base) {
                 auto &f = static_cast<lar::TFListaCh &>(base);
@@ -341,19 +333,16 @@ private slots:
                 QVERIFY(!f.Lista->isVisible());
                 // The first spec only names the check column.
                 QCOMPARE(f.Busqueda->items(), (QStringList{u"Clave"_s, u"Nombre"_s}));
-                QCOMPARE(f.CampoBusca, QStringLiteral("Nombre"));
+                QCOMPARE(f.CampoBusca, u"Nombre"_s);
                 QCOMPARE(f.PopupMenu1->actions().size(), 3);
-                QCOMPARE(f.SeleccionarTodo->text(), QStringLiteral("Seleccionar todo"));
-                QCOMPARE(f.InvertirSeleccion->text(), QStringLiteral("Invertir selección"));
-                QCOMPARE(f.BorrarSeleccion->text(), QStringLiteral("Borrar selección"));
 
-                QTest::keyClicks(f.Busca, QStringLiteral("ana"));
+                QTest::keyClicks(f.Busca, u"ana"_s);
                 QCOMPARE(t.recordCount(), 3); // ANA PÉREZ, ANABEL RUIZ, JUAN ANAYA
                 t.setRecNo(1);
-                const int id = t.fieldByName(QStringLiteral("id")).asInteger();
+                const int id = t.fieldByName(u"id"_s).asInteger();
                 f.SeleccionarTodo->trigger();
                 QCOMPARE(activos(), (QList<int>{1, 2, 3, 4}));
-                QCOMPARE(t.fieldByName(QStringLiteral("id")).asInteger(),
+                QCOMPARE(t.fieldByName(u"id"_s).asInteger(),
                          id); // back where it started
                 f.BorrarSeleccion->trigger();
                 QCOMPARE(activos(), (QList<int>{3})); // only the rows in sight
@@ -364,9 +353,7 @@ private slots:
                 QVERIFY(!activos().contains(t.valueAt(0, 0).toInt()));
                 QTest::mouseClick(f.Aceptar, Qt::LeftButton);
             },
-            [&] {
-                return lar::MuestraListaCh(t, QStringLiteral("Lista de clientes"), QString(), true);
-            });
+            [&] { return lar::MuestraListaCh(t, u"Lista de clientes"_s, QString(), true); });
         QCOMPARE(r, 1);
         QVERIFY(!t.hasFilter());
         QCOMPARE(t.recordCount(), 4);
@@ -380,7 +367,7 @@ private slots:
                 QCOMPARE(f.Lista->memModel()->columnCount(), 3);
                 QCOMPARE(f.Busqueda->count(), 3);
             },
-            [&] { return lar::MuestraListaCh(t, QStringLiteral("x"), QString(), false); });
+            [&] { return lar::MuestraListaCh(t, u"x"_s, QString(), false); });
     }
 
     // --- MuestraLista on the stand-in Microsip ---------------------------------------------
@@ -390,21 +377,20 @@ private slots:
         m_env = std::make_unique<lartest::EntornoPrueba>();
         m_env->conectaSesion(m_sesion);
         fb::Query q(&m_sesion.fbDatabase(), &m_sesion.fbUpdateTrans());
-        for (const QString &c : {QStringLiteral("101, 'ANA PÉREZ', 'A'"),
-                                 QStringLiteral("102, 'JUAN ANAYA', 'A'"),
-                                 QStringLiteral("103, 'BAJA UNO', 'B'"),
-                                 QStringLiteral("104, 'ZACARÍAS NÚÑEZ', 'A'"),
-                                 QStringLiteral("105, 'PATRICK O''BRIEN', 'A'")}) {
-            q.setSql(QStringLiteral("INSERT INTO CLIENTES (CLIENTE_ID, NOMBRE, ESTATUS) VALUES (")
-                     + c + u')');
+        for (const QString &c : {u"101, 'ANA PÉREZ', 'A'"_s,
+                                 u"102, 'JUAN ANAYA', 'A'"_s,
+                                 u"103, 'BAJA UNO', 'B'"_s,
+                                 u"104, 'ZACARÍAS NÚÑEZ', 'A'"_s,
+                                 u"105, 'PATRICK O''BRIEN', 'A'"_s}) {
+            q.setSql(u"INSERT INTO CLIENTES (CLIENTE_ID, NOMBRE, ESTATUS) VALUES ("_s + c + u')');
             q.execute();
         }
         q.setSql(QStringLiteral("INSERT INTO ROLES_CLAVES_CLIENTES (ROL_CLAVE_CLI_ID, NOMBRE) "
                                 "VALUES (9001, 'Prueba')"));
         q.execute();
-        q.setSql(QStringLiteral("INSERT INTO CLAVES_CLIENTES VALUES (201, 101, 'C-001', 9001)"));
+        q.setSql(u"INSERT INTO CLAVES_CLIENTES VALUES (201, 101, 'C-001', 9001)"_s);
         q.execute();
-        q.setSql(QStringLiteral("INSERT INTO CLAVES_CLIENTES VALUES (202, 101, 'ALT7', 9001)"));
+        q.setSql(u"INSERT INTO CLAVES_CLIENTES VALUES (202, 101, 'ALT7', 9001)"_s);
         q.execute();
         m_sesion.UpdateCommit();
     }
@@ -412,8 +398,8 @@ private slots:
     void muestraListaMemoryPath()
     {
         lar::ListaCols
-            = {QStringLiteral("nombre,,&Nombre,300"),
-               QStringLiteral("cliente_id,-,&Id,-1"),
+            = {u"nombre,,&Nombre,300"_s,
+               u"cliente_id,-,&Id,-1"_s,
                QStringLiteral(
                    "(select count(*) from claves_clientes k where k.cliente_id = c.cliente_id)"
                    " claves,--,CLAVES,50")};
@@ -421,85 +407,70 @@ private slots:
             [&](lar::TFLista &f) {
                 QVERIFY(!f.EnConsulta);
                 MemTable *mem = f.dataSet();
-                QCOMPARE(mem->objectName(), QStringLiteral("Mem"));
                 QCOMPARE(mem->recordCount(), 5);
                 QCOMPARE(f.Busqueda->count(), 1);
-                QCOMPARE(f.CampoBusca, QStringLiteral("nombre"));
+                QCOMPARE(f.CampoBusca, u"nombre"_s);
                 // The -1 column is in the select list and takes no room.
-                QVERIFY(f.Campos.contains(QStringLiteral("cliente_id")));
+                QVERIFY(f.Campos.contains(u"cliente_id"_s));
                 QVERIFY(f.Lista->isColumnHidden(1));
-                QTest::keyClicks(f.Busca, QStringLiteral("ana"));
+                QTest::keyClicks(f.Busca, u"ana"_s);
                 QCOMPARE(mem->recordCount(), 2);
-                QCOMPARE(f.Lista->memModel()->index(0, 0).data().toString(),
-                         QStringLiteral("ANA PÉREZ"));
+                QCOMPARE(f.Lista->memModel()->index(0, 0).data().toString(), u"ANA PÉREZ"_s);
                 // "--" binds the column to the caption's name.
-                QCOMPARE(f.Lista->memModel()->index(0, 2).data().toString(), QStringLiteral("2"));
+                QCOMPARE(f.Lista->memModel()->index(0, 2).data().toString(), u"2"_s);
                 QTest::keyClick(f.Busca, Qt::Key_Down);
                 QTest::mouseClick(f.Aceptar, Qt::LeftButton);
             },
-            [&] {
-                return lar::MuestraLista(
-                    m_sesion, QStringLiteral("clientes c"), QStringLiteral("Clientes"));
-            });
+            [&] { return lar::MuestraLista(m_sesion, u"clientes c"_s, u"Clientes"_s); });
         QCOMPARE(r, 1);
-        QCOMPARE(lar::ListaValor1, QStringLiteral("JUAN ANAYA"));
-        QCOMPARE(lar::ListaValor2, QStringLiteral("102"));
+        QCOMPARE(lar::ListaValor1, u"JUAN ANAYA"_s);
+        QCOMPARE(lar::ListaValor2, u"102"_s);
         QCOMPARE(lar::ListaClave, lar::ListaValor1);
         QCOMPARE(lar::ListaNombre, lar::ListaValor2);
 
         // Cancelled, the second pair still takes the first.
-        lar::ListaValor1 = QStringLiteral("v1");
+        lar::ListaValor1 = u"v1"_s;
         conLista([](lar::TFLista &f) { f.reject(); },
-                 [&] {
-                     return lar::MuestraLista(
-                         m_sesion, QStringLiteral("clientes c"), QStringLiteral("x"));
-                 });
-        QCOMPARE(lar::ListaClave, QStringLiteral("v1"));
+                 [&] { return lar::MuestraLista(m_sesion, u"clientes c"_s, u"x"_s); });
+        QCOMPARE(lar::ListaClave, u"v1"_s);
     }
 
     void muestraListaLivePath()
     {
-        lar::ListaCols
-            = {QStringLiteral("cliente_id,,&Id,60"), QStringLiteral("nombre,,&Nombre,300")};
+        lar::ListaCols = {u"cliente_id,,&Id,60"_s, u"nombre,,&Nombre,300"_s};
         const int r = conLista(
             [&](lar::TFLista &f) {
                 QVERIFY(f.EnConsulta);
                 QCOMPARE(f.dataSet()->recordCount(), 4);
                 QCOMPARE(f.Numericos, QStringList{u"CLIENTE_ID"_s});
-                QTest::keyClicks(f.Busca, QStringLiteral("an%ju"));
-                QCOMPARE(f.FiltroConsulta,
-                         QStringLiteral("nombre LIKE '%AN%JU%' OR nombre LIKE '%JU%AN%'"));
+                QTest::keyClicks(f.Busca, u"an%ju"_s);
+                QCOMPARE(f.FiltroConsulta, u"nombre LIKE '%AN%JU%' OR nombre LIKE '%JU%AN%'"_s);
                 QCOMPARE(f.dataSet()->recordCount(), 4); // the query isn't filtered
                 f.QueryFiltrada = true;
                 // A quote typed in the box is sought, not taken for the literal's end.
-                f.Busca->setText(QStringLiteral("o'b%k"));
+                f.Busca->setText(u"o'b%k"_s);
                 f.BuscaChange();
                 QCOMPARE(f.dataSet()->recordCount(), 1);
-                QCOMPARE(f.Lista->memModel()->index(0, 1).data().toString(),
-                         QStringLiteral("PATRICK O'BRIEN"));
-                f.Busca->setText(QStringLiteral("an%ju"));
+                QCOMPARE(f.Lista->memModel()->index(0, 1).data().toString(), u"PATRICK O'BRIEN"_s);
+                f.Busca->setText(u"an%ju"_s);
                 f.BuscaChange();
                 QCOMPARE(f.dataSet()->recordCount(), 1);
                 QTest::mouseClick(f.Aceptar, Qt::LeftButton);
             },
             [&] {
-                return lar::MuestraLista(m_sesion,
-                                         QStringLiteral("clientes"),
-                                         QStringLiteral("Clientes"),
-                                         QStringLiteral("estatus = 'A'"));
+                return lar::MuestraLista(
+                    m_sesion, u"clientes"_s, u"Clientes"_s, u"estatus = 'A'"_s);
             });
         QCOMPARE(r, 1);
-        QCOMPARE(lar::ListaClave, QStringLiteral("102"));
-        QCOMPARE(lar::ListaNombre, QStringLiteral("JUAN ANAYA"));
+        QCOMPARE(lar::ListaClave, u"102"_s);
+        QCOMPARE(lar::ListaNombre, u"JUAN ANAYA"_s);
     }
 
     void muestraListaBadField()
     {
         // A field the table lacks fails in the data layer, before anything shows.
-        lar::ListaCols = {QStringLiteral("no_existe,,X,100")};
-        QVERIFY_THROWS_EXCEPTION(
-            fb::Error,
-            lar::MuestraLista(m_sesion, QStringLiteral("clientes"), QStringLiteral("x")));
+        lar::ListaCols = {u"no_existe,,X,100"_s};
+        QVERIFY_THROWS_EXCEPTION(fb::Error, lar::MuestraLista(m_sesion, u"clientes"_s, u"x"_s));
     }
 };
 

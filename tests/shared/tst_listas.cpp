@@ -41,62 +41,31 @@ private slots:
         QTest::addColumn<QString>("tituloRejilla");
         QTest::addColumn<int>("ancho");
         QTest::addColumn<bool>("porTitulo");
-        QTest::newRow("usual") << "clave,,&Clave,100"
-                               << "clave"
-                               << "clave"
-                               << "&Clave"
-                               << "Clave" << 100 << false;
-        QTest::newRow("accelerator inside") << "titulo,,Tit&ulo,300"
-                                            << "titulo"
-                                            << "titulo"
-                                            << "Tit&ulo"
-                                            << "Titulo" << 300 << false;
-        QTest::newRow("every & goes from the grid") << "a,,&A&&b,10"
-                                                    << "a"
-                                                    << "a"
-                                                    << "&A&&b"
-                                                    << "Ab" << 10 << false;
-        QTest::newRow("own search field") << "nombre,nombre_busq,,200"
-                                          << "nombre"
-                                          << "nombre_busq"
-                                          << "nombre"
-                                          << "nombre" << 200 << false;
-        QTest::newRow("dash: no search") << "tag,-,&Tag,70"
-                                         << "tag"
-                                         << ""
-                                         << "&Tag"
-                                         << "Tag" << 70 << false;
-        QTest::newRow("two dashes: bound by caption")
-            << "(select 1 from rdb$database) uno,--,UNO,50"
-            << "(select 1 from rdb$database) uno"
-            << ""
-            << "UNO"
-            << "UNO" << 50 << true;
-        QTest::newRow("width -1 takes no room") << "id,,Id,-1"
-                                                << "id"
-                                                << "id"
-                                                << "Id"
-                                                << "Id" << 0 << false;
-        QTest::newRow("width 0 is 100") << "id,,Id,0"
-                                        << "id"
-                                        << "id"
-                                        << "Id"
-                                        << "Id" << 100 << false;
-        QTest::newRow("width missing") << "nombre,,&Nombre"
-                                       << "nombre"
-                                       << "nombre"
-                                       << "&Nombre"
-                                       << "Nombre" << 100 << false;
-        QTest::newRow("field alone") << "nombre"
-                                     << "nombre"
-                                     << "nombre"
-                                     << "nombre"
-                                     << "nombre" << 100 << false;
-        QTest::newRow("blank width field") << "nombre,,,"
-                                           << "nombre"
-                                           << "nombre"
-                                           << "nombre"
-                                           << "nombre" << 100 << false;
+        struct Caso
+        {
+            const char *spec, *campo, *busqueda, *titulo, *rejilla;
+            int ancho;
+            bool porTitulo;
+        };
+        // "-": no search; "--": bound by its caption; every & goes from the grid's
+        // caption; width -1 takes no room, 0 or none is 100.
+        const char *const sql = "(select 1 from rdb$database) uno";
+        const Caso casos[]
+            = {{"clave,,&Clave,100", "clave", "clave", "&Clave", "Clave", 100, false},
+               {"titulo,,Tit&ulo,300", "titulo", "titulo", "Tit&ulo", "Titulo", 300, false},
+               {"a,,&A&&b,10", "a", "a", "&A&&b", "Ab", 10, false},
+               {"nombre,nombre_busq,,200", "nombre", "nombre_busq", "nombre", "nombre", 200, false},
+               {"tag,-,&Tag,70", "tag", "", "&Tag", "Tag", 70, false},
+               {"(select 1 from rdb$database) uno,--,UNO,50", sql, "", "UNO", "UNO", 50, true},
+               {"id,,Id,-1", "id", "id", "Id", "Id", 0, false},
+               {"id,,Id,0", "id", "id", "Id", "Id", 100, false},
+               {"nombre,,&Nombre", "nombre", "nombre", "&Nombre", "Nombre", 100, false},
+               {"nombre", "nombre", "nombre", "nombre", "nombre", 100, false},
+               {"nombre,,,", "nombre", "nombre", "nombre", "nombre", 100, false}};
+        for (const Caso &c : casos)
+            QTest::newRow(c.spec) << QString::fromUtf8(c.spec) << QString::fromUtf8(c.campo)
+                                  << QString::fromUtf8(c.busqueda) << QString::fromUtf8(c.titulo)
+                                  << QString::fromUtf8(c.rejilla) << c.ancho << c.porTitulo;
     }
 
     void parseColLista()
@@ -114,10 +83,8 @@ private slots:
     void parseColListaBadWidth()
     {
         // The width is all the text after the third comma.
-        QVERIFY_THROWS_EXCEPTION(lar::MemTableError,
-                                 lar::ParseColLista(QStringLiteral("a,,A,12,5")));
-        QVERIFY_THROWS_EXCEPTION(lar::MemTableError,
-                                 lar::ParseColLista(QStringLiteral("a,,A,ancho")));
+        QVERIFY_THROWS_EXCEPTION(lar::MemTableError, lar::ParseColLista(u"a,,A,12,5"_s));
+        QVERIFY_THROWS_EXCEPTION(lar::MemTableError, lar::ParseColLista(u"a,,A,ancho"_s));
     }
 
     void condicionLike_data()
@@ -149,12 +116,7 @@ private slots:
     {
         QFETCH(QString, texto);
         QFETCH(bool, mayusculas);
-        QTEST(lar::CondicionLike(QStringLiteral("nombre"),
-                                 texto,
-                                 QStringLiteral("LIKE"),
-                                 mayusculas,
-                                 QStringLiteral("%")),
-              "condicion");
+        QTEST(lar::CondicionLike(u"nombre"_s, texto, u"LIKE"_s, mayusculas, u"%"_s), "condicion");
         QTEST(lar::ListaPartesLike, "partes");
     }
 
@@ -212,9 +174,7 @@ private slots:
                      "INSERT INTO CLAVES_CLIENTES (CLAVE_CLIENTE_ID, CLIENTE_ID, CLAVE_CLIENTE,"
                      " ROL_CLAVE_CLI_ID) VALUES (")
                  + c + u')');
-        for (const QString &c : {QStringLiteral("101, 'S', 'S'"),
-                                 QStringLiteral("102, 'S', 'N'"),
-                                 QStringLiteral("104, 'N', 'S'")})
+        for (const QString &c : {u"101, 'S', 'S'"_s, u"102, 'S', 'N'"_s, u"104, 'N', 'S'"_s})
             exec(
                 QStringLiteral("UPDATE OR INSERT INTO LIBRES_CLIENTES (CLIENTE_ID, EMPLEADO_PUNTOS,"
                                " ACTIVO_PUNTOS) VALUES (")
@@ -223,7 +183,7 @@ private slots:
                             " VALUES (301, 17, 'PEDRO GÓMEZ', 'A')"));
         exec(QStringLiteral("INSERT INTO EMPLEADOS (EMPLEADO_ID, NUMERO, NOMBRE_COMPLETO, ESTATUS)"
                             " VALUES (302, 18, 'DADO DE BAJA', 'B')"));
-        exec(QStringLiteral("DELETE FROM ALMACENES"));
+        exec(u"DELETE FROM ALMACENES"_s);
         exec(QStringLiteral(
             "INSERT INTO ALMACENES (ALMACEN_ID, NOMBRE) VALUES (401, 'ZONA NORTE')"));
         exec(QStringLiteral("INSERT INTO ALMACENES (ALMACEN_ID, NOMBRE)"
@@ -235,16 +195,16 @@ private slots:
     {
         // The redemption screen's table: id, clave, nombre, LimCredito.
         MemTable m;
-        m.addField(QStringLiteral("id"), FieldType::Integer);
-        m.addField(QStringLiteral("clave"), FieldType::String, 300);
-        m.addField(QStringLiteral("nombre"), FieldType::String, 200);
-        m.addField(QStringLiteral("LimCredito"), FieldType::Currency, 2);
-        fb::Query *q = m_sesion.creaQuery(true, QStringLiteral("qListas"));
-        lar::CargaListaCat(QStringLiteral("clientes"), m, *q);
+        m.addField(u"id"_s, FieldType::Integer);
+        m.addField(u"clave"_s, FieldType::String, 300);
+        m.addField(u"nombre"_s, FieldType::String, 200);
+        m.addField(u"LimCredito"_s, FieldType::Currency, 2);
+        fb::Query *q = m_sesion.creaQuery(true, u"qListas"_s);
+        lar::CargaListaCat(u"clientes"_s, m, *q);
 
         QVERIFY(!q->isOpen());
         QCOMPARE(m.recordCount(), 3); // status 'A' only
-        QCOMPARE(m.indexName(), QStringLiteral("iNombre"));
+        QCOMPARE(m.indexName(), u"iNombre"_s);
         QStringList indices;
         for (const auto &d : m.indexDefs())
             indices << d.name + u':' + d.fields.join(u';');
@@ -252,89 +212,80 @@ private slots:
 
         QStringList nombres;
         for (m.first(); !m.eof(); m.next())
-            nombres << m.fieldByName(QStringLiteral("nombre")).asString();
+            nombres << m.fieldByName(u"nombre"_s).asString();
         QCOMPARE(nombres, (QStringList{u"ANA PÉREZ"_s, u"JUAN ANAYA"_s, u"ZACARÍAS NÚÑEZ"_s}));
 
-        QVERIFY(m.locate(QStringLiteral("id"), 101));
+        QVERIFY(m.locate(u"id"_s, 101));
         // All the customer's keys, upper-cased, in one text.
-        QStringList keys = m.fieldByName(QStringLiteral("clave")).asString().split(u'^');
+        QStringList keys = m.fieldByName(u"clave"_s).asString().split(u'^');
         keys.sort();
         QCOMPARE(keys, (QStringList{u"ALT7"_s, u"C-001"_s}));
-        QCOMPARE(m.fieldByName(QStringLiteral("LimCredito")).asCurrency(), fb::Decimal(150050, 2));
-        QVERIFY(m.locate(QStringLiteral("id"), 104));
-        QVERIFY(m.fieldByName(QStringLiteral("clave")).isNull()); // no keys at all
+        QCOMPARE(m.fieldByName(u"LimCredito"_s).asCurrency(), fb::Decimal(150050, 2));
+        QVERIFY(m.locate(u"id"_s, 104));
+        QVERIFY(m.fieldByName(u"clave"_s).isNull()); // no keys at all
 
         // The report screens' table lays its fields out differently and has no limit.
         MemTable r;
-        r.addField(QStringLiteral("ID"), FieldType::Integer);
-        r.addField(QStringLiteral("Nombre"), FieldType::String, 200);
-        r.addField(QStringLiteral("CLAVE"), FieldType::String, 20);
-        lar::CargaListaCat(QStringLiteral("clientes"), r, *q);
+        r.addField(u"ID"_s, FieldType::Integer);
+        r.addField(u"Nombre"_s, FieldType::String, 200);
+        r.addField(u"CLAVE"_s, FieldType::String, 20);
+        lar::CargaListaCat(u"clientes"_s, r, *q);
         r.first();
-        QCOMPARE(r.fieldByName(QStringLiteral("Nombre")).asString(), QStringLiteral("ANA PÉREZ"));
-        QCOMPARE(r.fieldByName(QStringLiteral("ID")).asInteger(), 101);
+        QCOMPARE(r.fieldByName(u"Nombre"_s).asString(), u"ANA PÉREZ"_s);
+        QCOMPARE(r.fieldByName(u"ID"_s).asInteger(), 101);
 
         // Loading again replaces the rows; an unknown kind leaves the table alone.
-        lar::CargaListaCat(QStringLiteral("clientes"), m, *q);
+        lar::CargaListaCat(u"clientes"_s, m, *q);
         QCOMPARE(m.recordCount(), 3);
-        lar::CargaListaCat(QStringLiteral("Clientes"), m, *q);
+        lar::CargaListaCat(u"Clientes"_s, m, *q);
         QCOMPARE(m.recordCount(), 3);
         MemTable vacia;
-        lar::CargaListaCat(QStringLiteral("articulos"), vacia, *q);
+        lar::CargaListaCat(u"articulos"_s, vacia, *q);
         QVERIFY(!vacia.isActive());
     }
 
     void cargaEmpleadosYClientesPE()
     {
-        fb::Query *q = m_sesion.creaQuery(true, QStringLiteral("qListas2"));
+        fb::Query *q = m_sesion.creaQuery(true, u"qListas2"_s);
         MemTable pe; // with no fields of its own it gets the four
-        lar::CargaListaCat(QStringLiteral("clientesPE"), pe, *q);
+        lar::CargaListaCat(u"clientesPE"_s, pe, *q);
         QCOMPARE(pe.fieldCount(), 4);
         QCOMPARE(pe.recordCount(), 1);
         pe.first();
-        QCOMPARE(pe.fieldByName(QStringLiteral("id")).asInteger(), 101);
+        QCOMPARE(pe.fieldByName(u"id"_s).asInteger(), 101);
 
         MemTable e;
-        lar::CargaListaCat(QStringLiteral("empleados"), e, *q);
+        lar::CargaListaCat(u"empleados"_s, e, *q);
         QCOMPARE(e.recordCount(), 1);
         e.first();
-        QCOMPARE(e.fieldByName(QStringLiteral("id")).asInteger(), 301);
-        QCOMPARE(e.fieldByName(QStringLiteral("clave")).asString(), QStringLiteral("17"));
-        QCOMPARE(e.fieldByName(QStringLiteral("nombre")).asString(), QStringLiteral("PEDRO GÓMEZ"));
-        QCOMPARE(e.indexName(), QStringLiteral("iNombre"));
+        QCOMPARE(e.fieldByName(u"id"_s).asInteger(), 301);
+        QCOMPARE(e.fieldByName(u"clave"_s).asString(), u"17"_s);
+        QCOMPARE(e.fieldByName(u"nombre"_s).asString(), u"PEDRO GÓMEZ"_s);
+        QCOMPARE(e.indexName(), u"iNombre"_s);
     }
 
     void llenaComboYMem()
     {
-        fb::Query *q = m_sesion.creaQuery(true, QStringLiteral("qListas3"));
+        fb::Query *q = m_sesion.creaQuery(true, u"qListas3"_s);
         MemTable m;
         lar::LookupCombo combo;
-        lar::LlenaCombo(QStringLiteral("almacenes"),
-                        QStringLiteral("almacen_id"),
-                        QStringLiteral("nombre"),
-                        *q,
-                        m,
-                        &combo);
+        lar::LlenaCombo(u"almacenes"_s, u"almacen_id"_s, u"nombre"_s, *q, m, &combo);
         QCOMPARE(m.fieldCount(), 2);
         QCOMPARE(m.fieldDef(1).size, 30);
-        QCOMPARE(m.fieldDef(0).displayLabel, QStringLiteral("almacen_id"));
+        QCOMPARE(m.fieldDef(0).displayLabel, u"almacen_id"_s);
         // Ordered by name, the combo on the first row, names cut to 30 characters.
         QCOMPARE(combo.count(), 2);
-        QCOMPARE(combo.currentText(), QStringLiteral("ALMACÉN GENERAL DE LA MATRIZ P"));
+        QCOMPARE(combo.currentText(), u"ALMACÉN GENERAL DE LA MATRIZ P"_s);
         QCOMPARE(combo.keyValue().toInt(), 402);
         combo.setKeyValue(401);
-        QCOMPARE(combo.currentText(), QStringLiteral("ZONA NORTE"));
+        QCOMPARE(combo.currentText(), u"ZONA NORTE"_s);
 
         MemTable a;
-        lar::LlenaMem(QStringLiteral("almacenes"),
-                      QStringLiteral("almacen_id"),
-                      QStringLiteral("nombre"),
-                      *q,
-                      a);
+        lar::LlenaMem(u"almacenes"_s, u"almacen_id"_s, u"nombre"_s, *q, a);
         QCOMPARE(a.recordCount(), 2);
         QCOMPARE(a.recNo(), 0);
-        QVERIFY(a.locate(QStringLiteral("almacen_id"), 401));
-        QCOMPARE(a.fieldByName(QStringLiteral("nombre")).asString(), QStringLiteral("ZONA NORTE"));
+        QVERIFY(a.locate(u"almacen_id"_s, 401));
+        QCOMPARE(a.fieldByName(u"nombre"_s).asString(), u"ZONA NORTE"_s);
     }
 };
 

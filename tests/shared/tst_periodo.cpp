@@ -13,6 +13,8 @@
 #include <QTest>
 #include <QTimer>
 
+using namespace Qt::StringLiterals;
+
 class TestPeriodo : public QObject
 {
     Q_OBJECT
@@ -25,17 +27,6 @@ private:
     }
 
 private slots:
-    void design()
-    {
-        lar::TfPeriodo f;
-        QCOMPARE(f.windowTitle(), QStringLiteral("Período a mostrar"));
-        QCOMPARE(f.g1->text(), QStringLiteral("Últimos:"));
-        QCOMPARE(f.g3->text(), QStringLiteral("Período:"));
-        QCOMPARE(f.Button2->text(), QStringLiteral("Ca&ncelar"));
-        QVERIFY(f.findChild<QDateEdit *>(QStringLiteral("vInicial")));
-        LAR_VERIFICA_ACCESIBLE(&f);
-    }
-
     void inputsFollowTheChoice_data()
     {
         QTest::addColumn<int>("tipo");
@@ -59,6 +50,7 @@ private slots:
         f.vMeses->setEnabled(true);
         f.vDias->setEnabled(true);
         f.show();
+        LAR_VERIFICA_ACCESIBLE(&f);
         QTEST(f.vMeses->isEnabled(), "meses");
         QTEST(f.vDias->isEnabled(), "dias");
         QTEST(f.vInicial->isEnabled(), "fechas");

@@ -8,6 +8,8 @@
 
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 using fb::Decimal;
 using lar::FieldType;
 using lar::MemTable;
@@ -20,23 +22,22 @@ private slots:
     void tablaEnMemoria()
     {
         MemTable t;
-        t.addField(QStringLiteral("Precio"), FieldType::Currency, 6);
+        t.addField(u"Precio"_s, FieldType::Currency, 6);
         t.open();
         t.append();
-        lar::MemField precio = t.fieldByName(QStringLiteral("Precio"));
+        lar::MemField precio = t.fieldByName(u"Precio"_s);
         // The largest price that fits at 6 decimals, then one more unit.
         precio.setValue(QVariant::fromValue(Decimal(9223372036854, 0)));
         QCOMPARE(precio.asCurrency(), Decimal(9223372036854000000, 6));
         for (const QVariant &v : {QVariant::fromValue(Decimal(9999999999999999, 0)),
-                                  QVariant(QStringLiteral("9999999999999999")),
+                                  QVariant(u"9999999999999999"_s),
                                   QVariant(qint64(9223372036855)),
                                   QVariant(-9.3e12)}) {
             try {
                 precio.setValue(v);
                 QFAIL(qPrintable(v.toString()));
             } catch (const fb::Error &e) {
-                QVERIFY2(e.message().contains(QStringLiteral("es demasiado grande")),
-                         qPrintable(e.message()));
+                QVERIFY2(e.message().contains(u"es demasiado grande"_s), qPrintable(e.message()));
             }
         }
         QCOMPARE(precio.asCurrency(), Decimal(9223372036854000000, 6)); // left as it was
@@ -45,12 +46,12 @@ private slots:
     void sumaEnMemoria()
     {
         MemTable t;
-        t.addField(QStringLiteral("importe"), FieldType::Currency, 2);
+        t.addField(u"importe"_s, FieldType::Currency, 2);
         t.open();
-        t.appendRecord({QStringLiteral("46116860184273879.03")});
-        t.appendRecord({QStringLiteral("46116860184273879.05")});
+        t.appendRecord({u"46116860184273879.03"_s});
+        t.appendRecord({u"46116860184273879.05"_s});
         lar::MemSql sql;
-        sql.registerTable(QStringLiteral("tabla"), &t);
+        sql.registerTable(u"tabla"_s, &t);
         QCOMPARE(
             sql.open(QStringLiteral(
                          "select sum(importe) from tabla where importe < 46116860184273879.05"))
@@ -58,8 +59,7 @@ private slots:
                 .value()
                 .value<Decimal>(),
             Decimal(4611686018427387903, 2));
-        QVERIFY_THROWS_EXCEPTION(fb::Error,
-                                 sql.open(QStringLiteral("select sum(importe) from tabla")));
+        QVERIFY_THROWS_EXCEPTION(fb::Error, sql.open(u"select sum(importe) from tabla"_s));
     }
 };
 

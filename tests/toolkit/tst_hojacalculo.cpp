@@ -9,6 +9,8 @@
 #include <QFile>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 using lar::HojaCalculo;
 
 class TstHojaCalculo : public QObject
@@ -21,20 +23,19 @@ private slots:
     void lecturas_data()
     {
         QTest::addColumn<QString>("extension");
-        QTest::newRow("xlsx") << QStringLiteral(".xlsx");
-        QTest::newRow("xls") << QStringLiteral(".xls");
+        QTest::newRow("xlsx") << u".xlsx"_s;
+        QTest::newRow("xls") << u".xls"_s;
     }
     void lecturas()
     {
         QFETCH(QString, extension);
-        const QString ruta = lartest::tempPath(QStringLiteral("lectura") + extension);
-        const QString e = lartest::escribeHoja(
-            ruta,
-            {{QStringLiteral("None"), QStringLiteral("'Clave'"), QStringLiteral("'Descripción'")},
-             {QStringLiteral("None"), QStringLiteral("'ÁÉÍ-ñ'"), QStringLiteral("12")},
-             {QStringLiteral("None"), QStringLiteral("1001"), QStringLiteral("2.5")},
-             {QStringLiteral("None"), QStringLiteral("None"), QStringLiteral("'  7 '")}},
-            3);
+        const QString ruta = lartest::tempPath(u"lectura"_s + extension);
+        const QString e = lartest::escribeHoja(ruta,
+                                               {{u"None"_s, u"'Clave'"_s, u"'Descripción'"_s},
+                                                {u"None"_s, u"'ÁÉÍ-ñ'"_s, u"12"_s},
+                                                {u"None"_s, u"1001"_s, u"2.5"_s},
+                                                {u"None"_s, u"None"_s, u"'  7 '"_s}},
+                                               3);
         QVERIFY2(e.isEmpty(), qPrintable(e));
         HojaCalculo h;
         QString error;
@@ -42,11 +43,11 @@ private slots:
         QCOMPARE(h.primerRenglon(), 3);
         QCOMPARE(h.ultimoRenglon(), 6);
         QCOMPARE(h.renglonesUsados(), 4);
-        QCOMPARE(h.texto(3, 3), QStringLiteral("Descripción"));
-        QCOMPARE(h.texto(4, 2), QStringLiteral("ÁÉÍ-ñ"));
+        QCOMPARE(h.texto(3, 3), u"Descripción"_s);
+        QCOMPARE(h.texto(4, 2), u"ÁÉÍ-ñ"_s);
         QCOMPARE(h.numero(4, 3), 12.0);
-        QCOMPARE(h.texto(5, 2), QStringLiteral("1001"));
-        QCOMPARE(h.texto(5, 3), QStringLiteral("2.5"));
+        QCOMPARE(h.texto(5, 2), u"1001"_s);
+        QCOMPARE(h.texto(5, 3), u"2.5"_s);
         bool ok = false;
         QCOMPARE(h.numero(6, 3, &ok), 7.0); // a number written as text
         QVERIFY(ok);
@@ -60,8 +61,8 @@ private slots:
     // that isn't sheet1.xml.
     void xlsxAMano()
     {
-        const QString ruta = lartest::tempPath(QStringLiteral("amano.xlsx"));
-        QFile guion(qEnvironmentVariable("LAR_TEST_DATA") + QStringLiteral("/xlsx_a_mano.py"));
+        const QString ruta = lartest::tempPath(u"amano.xlsx"_s);
+        QFile guion(qEnvironmentVariable("LAR_TEST_DATA") + u"/xlsx_a_mano.py"_s);
         QVERIFY(guion.open(QIODevice::ReadOnly));
         const QString script = QString::fromUtf8(guion.readAll());
         const QString e = lartest::ejecutaPython(script, {ruta});
@@ -69,11 +70,11 @@ private slots:
         HojaCalculo h;
         QString error;
         QVERIFY2(h.abre(ruta, &error), qPrintable(error));
-        QCOMPARE(h.texto(2, 1), QStringLiteral("En línea"));
-        QCOMPARE(h.texto(2, 2), QStringLiteral("Rico"));
-        QCOMPARE(h.texto(2, 3), QStringLiteral("fórmula"));
+        QCOMPARE(h.texto(2, 1), u"En línea"_s);
+        QCOMPARE(h.texto(2, 2), u"Rico"_s);
+        QCOMPARE(h.texto(2, 3), u"fórmula"_s);
         QCOMPARE(h.numero(2, 4), 3.25);
-        QCOMPARE(h.texto(4, 27), QStringLiteral("cero"));
+        QCOMPARE(h.texto(4, 27), u"cero"_s);
         QCOMPARE(h.renglonesUsados(), 3);
     }
 
@@ -83,10 +84,10 @@ private slots:
         QTest::addColumn<QString>("nombre");
         QTest::addColumn<QByteArray>("contenido");
         QTest::newRow("xls de basura")
-            << QStringLiteral("basura.xls") << QByteArray("esto no es un libro de Excel");
+            << u"basura.xls"_s << QByteArray("esto no es un libro de Excel");
         QTest::newRow("zip cortado")
-            << QStringLiteral("cortado.xlsx") << QByteArray("PK\x03\x04\x14\x00\x00\x00", 8);
-        QTest::newRow("vacío") << QStringLiteral("vacio.xlsx") << QByteArray();
+            << u"cortado.xlsx"_s << QByteArray("PK\x03\x04\x14\x00\x00\x00", 8);
+        QTest::newRow("vacío") << u"vacio.xlsx"_s << QByteArray();
     }
     void ilegibles()
     {
@@ -98,14 +99,14 @@ private slots:
         f.write(contenido);
         f.close();
         HojaCalculo h;
-        h.pon(1, 1, QStringLiteral("antes"));
+        h.pon(1, 1, u"antes"_s);
         QString error;
         QVERIFY(!h.abre(ruta, &error));
         QVERIFY(!error.isEmpty());
         QCOMPARE(h.renglonesUsados(), 0);
 
-        QVERIFY(!h.abre(lartest::tempPath(QStringLiteral("no-existe.xlsx")), &error));
-        QCOMPARE(error, QStringLiteral("el archivo no existe"));
+        QVERIFY(!h.abre(lartest::tempPath(u"no-existe.xlsx"_s), &error));
+        QCOMPARE(error, u"el archivo no existe"_s);
     }
 };
 

@@ -26,34 +26,34 @@ private:
     {
         MemTable &r = m_sql.open(sql);
         if (r.recordCount() != 1)
-            return QStringLiteral("%1 filas").arg(r.recordCount());
+            return u"%1 filas"_s.arg(r.recordCount());
         return r.field(0).value();
     }
 
 private slots:
     void initTestCase()
     {
-        m_det.addField(QStringLiteral("articulo_id"), FieldType::Integer);
-        m_det.addField(QStringLiteral("clave"), FieldType::String, 20);
-        m_det.addField(QStringLiteral("Unidades"), FieldType::Integer);
-        m_det.addField(QStringLiteral("CostoUltimaCompra"), FieldType::Float);
-        m_det.addField(QStringLiteral("Importe"), FieldType::Currency, 2);
+        m_det.addField(u"articulo_id"_s, FieldType::Integer);
+        m_det.addField(u"clave"_s, FieldType::String, 20);
+        m_det.addField(u"Unidades"_s, FieldType::Integer);
+        m_det.addField(u"CostoUltimaCompra"_s, FieldType::Float);
+        m_det.addField(u"Importe"_s, FieldType::Currency, 2);
         m_det.open();
         m_det.appendRecord({10, u"A10"_s, 2, 1.5, u"10.10"_s});
         m_det.appendRecord({11, u"B11"_s, 1, 2.25, u"0.20"_s});
         m_det.appendRecord({10, u"A10"_s, 3, 1.5, u"5.05"_s});
         m_det.appendRecord({12, u"O'Brien"_s, QVariant(), QVariant(), QVariant()});
-        m_sql.registerTable(QStringLiteral("tabla"), &m_det);
+        m_sql.registerTable(u"tabla"_s, &m_det);
 
-        m_kardex2.addField(QStringLiteral("puntos"), FieldType::Integer);
-        m_kardex2.addField(QStringLiteral("articulo"), FieldType::String, 50);
-        m_kardex2.addField(QStringLiteral("partida"), FieldType::Integer);
-        m_kardex2.addField(QStringLiteral("folio"), FieldType::String, 9);
+        m_kardex2.addField(u"puntos"_s, FieldType::Integer);
+        m_kardex2.addField(u"articulo"_s, FieldType::String, 50);
+        m_kardex2.addField(u"partida"_s, FieldType::Integer);
+        m_kardex2.addField(u"folio"_s, FieldType::String, 9);
         m_kardex2.open();
         m_kardex2.appendRecord({50, u"Taza"_s, 2, u"P1"_s});
         m_kardex2.appendRecord({30, u"Gorra"_s, 1, u"P1"_s});
         m_kardex2.appendRecord({70, u"Playera"_s, 1, u"P2"_s});
-        m_sql.registerTable(QStringLiteral("Detalle"), &m_kardex2);
+        m_sql.registerTable(u"Detalle"_s, &m_kardex2);
     }
 
     void scalars_data()
@@ -158,47 +158,44 @@ private slots:
 
     void resultNames()
     {
-        MemTable &r
-            = m_sql.open(QStringLiteral("SELECT sum(unidades) as unid, count(*) FROM tabla"));
-        QCOMPARE(r.fieldDef(0).name, QStringLiteral("unid"));
-        QCOMPARE(r.fieldDef(1).name, QStringLiteral("COUNT"));
-        QCOMPARE(m_sql.fieldByName(QStringLiteral("UNID")).asInteger(), 6);
+        MemTable &r = m_sql.open(u"SELECT sum(unidades) as unid, count(*) FROM tabla"_s);
+        QCOMPARE(r.fieldDef(0).name, u"unid"_s);
+        QCOMPARE(r.fieldDef(1).name, u"COUNT"_s);
+        QCOMPARE(m_sql.fieldByName(u"UNID"_s).asInteger(), 6);
     }
 
     void rows()
     {
         // The history export, word for word.
-        const QString folio = QStringLiteral("P1");
-        MemTable &r = m_sql.open(
-            QStringLiteral("SELECT puntos,articulo,partida FROM Detalle WHERE folio= '") + folio
-            + u'\'');
+        const QString folio = u"P1"_s;
+        MemTable &r = m_sql.open(u"SELECT puntos,articulo,partida FROM Detalle WHERE folio= '"_s
+                                 + folio + u'\'');
         QCOMPARE(r.fieldCount(), 3);
         QCOMPARE(r.recordCount(), 2);
-        QCOMPARE(r.fieldByName(QStringLiteral("articulo")).asString(), QStringLiteral("Taza"));
+        QCOMPARE(r.fieldByName(u"articulo"_s).asString(), u"Taza"_s);
         r.next();
-        QCOMPARE(r.fieldByName(QStringLiteral("puntos")).asInteger(), 30);
+        QCOMPARE(r.fieldByName(u"puntos"_s).asInteger(), 30);
 
-        m_sql.open(QStringLiteral("select articulo from detalle order by partida, puntos desc"));
+        m_sql.open(u"select articulo from detalle order by partida, puntos desc"_s);
         QStringList order;
         for (r.first(); !r.eof(); r.next())
             order << r.field(0).asString();
         QCOMPARE(order, (QStringList{u"Playera"_s, u"Gorra"_s, u"Taza"_s}));
 
-        MemTable &all
-            = m_sql.open(QStringLiteral("select * from detalle where puntos > 40 order by 1;"));
+        MemTable &all = m_sql.open(u"select * from detalle where puntos > 40 order by 1;"_s);
         QCOMPARE(all.fieldCount(), 4);
         QCOMPARE(all.recordCount(), 2);
-        QCOMPARE(all.fieldByName(QStringLiteral("folio")).asString(), QStringLiteral("P1"));
+        QCOMPARE(all.fieldByName(u"folio"_s).asString(), u"P1"_s);
     }
 
     void rowsInSightOnly()
     {
         m_kardex2.setOnFilterRecord(
-            [](MemTable &t) { return t.fieldByName(QStringLiteral("folio")).asString() == u"P2"; });
+            [](MemTable &t) { return t.fieldByName(u"folio"_s).asString() == u"P2"; });
         m_kardex2.setFiltered(true);
-        QCOMPARE(scalar(QStringLiteral("select count(*) from detalle")).toInt(), 1);
+        QCOMPARE(scalar(u"select count(*) from detalle"_s).toInt(), 1);
         m_kardex2.setFiltered(false);
-        QCOMPARE(scalar(QStringLiteral("select count(*) from detalle")).toInt(), 3);
+        QCOMPARE(scalar(u"select count(*) from detalle"_s).toInt(), 3);
     }
 
     void refusals_data()
@@ -240,7 +237,7 @@ private slots:
             m_sql.open(sql);
             QFAIL("the statement ran");
         } catch (const lar::MemSqlError &e) {
-            QVERIFY2(e.message().startsWith(QStringLiteral("Error en la consulta en memoria: ")),
+            QVERIFY2(e.message().startsWith(u"Error en la consulta en memoria: "_s),
                      qPrintable(e.message()));
             QVERIFY2(e.message().contains(message), qPrintable(e.message()));
         }

@@ -7,15 +7,14 @@
 #include <QSignalSpy>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 using lar::TSafeCheckGroup;
 
 namespace {
 
-const QStringList kCinco{QStringLiteral("Consulta"),
-                         QStringLiteral("&Nuevo"),
-                         QStringLiteral("Cancelar"),
-                         QStringLiteral("Imprimir"),
-                         QStringLiteral("Abrir lista de artículos")};
+const QStringList kCinco{
+    u"Consulta"_s, u"&Nuevo"_s, u"Cancelar"_s, u"Imprimir"_s, u"Abrir lista de artículos"_s};
 
 } // namespace
 
@@ -32,7 +31,7 @@ private slots:
         QSignalSpy clics(&g, &TSafeCheckGroup::buttonClick);
         QCOMPARE(g.count(), 5);
         QCOMPARE(g.itemIndex(), -1);
-        QCOMPARE(g.boton(1)->accessibleName(), QStringLiteral("Nuevo"));
+        QCOMPARE(g.boton(1)->accessibleName(), u"Nuevo"_s);
 
         // Bits 1 and 3, and one beyond the boxes (a right deleted since).
         g.setValue(0b1000001010);
@@ -57,7 +56,7 @@ private slots:
         QCOMPARE(g.value(), 2u);
 
         // New items: new boxes, nothing clicked yet, the value shown on them.
-        g.setItems({QStringLiteral("A"), QStringLiteral("B")});
+        g.setItems({u"A"_s, u"B"_s});
         QCOMPARE(g.count(), 2);
         QCOMPARE(g.findChildren<lar::TCheckButton *>().size(), 2);
         QCOMPARE(g.itemIndex(), -1);

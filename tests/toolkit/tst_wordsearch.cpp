@@ -43,40 +43,27 @@ private slots:
         QTest::addColumn<QString>("box");
         QTest::addColumn<QString>("text");
         QTest::addColumn<bool>("passes");
-        QTest::newRow("no words") << ""
-                                  << "cualquiera" << true;
-        QTest::newRow("any order") << "perez ana"
-                                   << "Ana María Pérez" << false; // 'E' is not 'É'
-        QTest::newRow("any order, accents typed") << "pérez ana"
-                                                  << "Ana María Pérez" << true;
-        QTest::newRow("AN AN in ANANA") << "AN AN"
-                                        << "ANANA" << true;
-        QTest::newRow("ANA ANA in ANANA") << "ANA ANA"
-                                          << "ANANA" << false;
-        QTest::newRow("ANA ANA twice") << "ANA ANA"
-                                       << "ANA Y ANA" << true;
-        QTest::newRow("removed match joins") << "AB C"
-                                             << "AXBC" << false;
-        QTest::newRow("cut joins the rest") << "B AC"
-                                            << "ABC" << true;
-        QTest::newRow("two blanks empty the list") << "ana  pe"
-                                                   << "ANA PEREZ" << false;
-        QTest::newRow("leading blank") << " ana"
-                                       << "ANA" << false;
-        // Three words and more: every one is sought, each in what the others left.
-        QTest::newRow("three, the last missing") << "ana per xyz"
-                                                 << "ANA PEREZ" << false;
-        QTest::newRow("AN AN AN in ANANA") << "AN AN AN"
-                                           << "ANANA" << false;
-        QTest::newRow("AN AN A in ANANA") << "AN AN A"
-                                          << "ANANA" << true;
-        QTest::newRow("four, any order") << "lopez juan perez car"
-                                         << "JUAN CARLOS PEREZ LOPEZ" << true;
-        QTest::newRow("four, the last inside a matched third")
-            << "juan carlos lopez los"
-            << "JUAN CARLOS PEREZ LOPEZ" << false;
-        QTest::newRow("keys joined by caret") << "c-002"
-                                              << "C-001^C-002" << true;
+        // Words in any order, each sought in what the others left.
+        const QList<std::tuple<const char *, const char *, bool>> casos = {
+            {"", "cualquiera", true},
+            {"perez ana", "Ana María Pérez", false}, // 'E' is not 'É'
+            {"pérez ana", "Ana María Pérez", true},
+            {"AN AN", "ANANA", true},
+            {"ANA ANA", "ANANA", false},
+            {"ANA ANA", "ANA Y ANA", true},
+            {"AB C", "AXBC", false}, // what a match leaves joins up
+            {"B AC", "ABC", true},
+            {"ana  pe", "ANA PEREZ", false}, // two blanks: an empty word
+            {" ana", "ANA", false},
+            {"ana per xyz", "ANA PEREZ", false},
+            {"AN AN AN", "ANANA", false},
+            {"AN AN A", "ANANA", true},
+            {"lopez juan perez car", "JUAN CARLOS PEREZ LOPEZ", true},
+            {"juan carlos lopez los", "JUAN CARLOS PEREZ LOPEZ", false}, // inside a matched third
+            {"c-002", "C-001^C-002", true}};                             // keys joined by caret
+        for (const auto &[box, text, passes] : casos)
+            QTest::addRow("'%s' in '%s'", box, text)
+                << QString::fromUtf8(box) << QString::fromUtf8(text) << passes;
     }
 
     void match()
@@ -108,8 +95,7 @@ private slots:
                                             << "ana  " << Ranges{{0, 3}};
         // The next occurrence is sought within the following 100 characters.
         QTest::newRow("repeat too far")
-            << QStringLiteral("AB") + QString(120, u'.') + QStringLiteral("AB") << "ab ab"
-            << Ranges{{0, 2}};
+            << u"AB"_s + QString(120, u'.') + u"AB"_s << "ab ab" << Ranges{{0, 2}};
     }
 
     void ranges()
@@ -123,8 +109,8 @@ private slots:
     void painterMarksTheSearchedColumnOnly()
     {
         lar::MemTable t;
-        t.addField(QStringLiteral("clave"), lar::FieldType::String, 20);
-        t.addField(QStringLiteral("nombre"), lar::FieldType::String, 50);
+        t.addField(u"clave"_s, lar::FieldType::String, 20);
+        t.addField(u"nombre"_s, lar::FieldType::String, 50);
         t.open();
         t.appendRecord({u"PAN"_s, u"PANADERIA PANCHO"_s});
         lar::MemTableModel model;
@@ -132,16 +118,16 @@ private slots:
 
         lar::HighlightDelegate d;
         d.setField(1);
-        d.setWords(lar::splitWords(QStringLiteral("pan pan")));
+        d.setWords(lar::splitWords(u"pan pan"_s));
 
-        const QFont font(QStringLiteral("DejaVu Sans"), 10);
-        const QList<QRect> rects = d.highlightRects(QStringLiteral("PANADERIA PANCHO"), font);
+        const QFont font(u"DejaVu Sans"_s, 10);
+        const QList<QRect> rects = d.highlightRects(u"PANADERIA PANCHO"_s, font);
         QCOMPARE(rects.size(), 2);
         const QFontMetrics fm(font);
         QCOMPARE(rects[0].left(), 2);
         QCOMPARE(rects[0].top(), 3);
-        QCOMPARE(rects[1].left(), 2 + fm.horizontalAdvance(QStringLiteral("PANADERIA ")));
-        QCOMPARE(rects[1].width(), fm.horizontalAdvance(QStringLiteral("PAN")));
+        QCOMPARE(rects[1].left(), 2 + fm.horizontalAdvance(u"PANADERIA "_s));
+        QCOMPARE(rects[1].width(), fm.horizontalAdvance(u"PAN"_s));
 
         auto paintCell = [&](int column) {
             QImage img(300, 24, QImage::Format_RGB32);
