@@ -9,6 +9,9 @@
 #include "core/sesion.h"
 #include "fb/query.h"
 #include "support/entornoprueba.h"
+#include "support/testenv.h"
+#include "toolkit/ribbon.h"
+#include "toolkit/tag.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -21,6 +24,7 @@
 #include <QWidget>
 
 #include <functional>
+#include <memory>
 
 namespace lartest {
 
@@ -126,6 +130,35 @@ inline void preparaExtension(const EntornoPrueba &env,
         q.execute();
     }
     s.UpdateCommit();
+}
+
+// A stand-in Microsip on the local test server with the extension, the users and
+// their rights, its profiles in use; null when the server isn't running.
+inline std::unique_ptr<EntornoPrueba> entornoServidor(const QList<microsip::Usuario> &usuarios,
+                                                      const QList<Derecho> &derechos)
+{
+    if (!serverAvailable())
+        return nullptr;
+    OpcionesPrueba op;
+    op.servidor = true;
+    op.usuarios = usuarios;
+    auto env = std::make_unique<EntornoPrueba>(op);
+    preparaExtension(*env, derechos);
+    usaPerfiles(env->entorno());
+    return env;
+}
+
+// The ribbon entries whose enabled state doesn't follow their action's tag being
+// among `tags`.
+inline QStringList entradasErradas(lar::TfMain &m, const QList<int> &tags)
+{
+    QStringList r;
+    const QList<lar::RibbonBoton *> botones = m.findChildren<lar::RibbonBoton *>();
+    for (lar::RibbonBoton *b : botones) {
+        if (b->accion() && b->isEnabled() != tags.contains(lar::Tag(b->accion())))
+            r << b->objectName();
+    }
+    return r;
 }
 
 } // namespace lartest

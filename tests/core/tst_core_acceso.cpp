@@ -28,14 +28,10 @@ class TstAcceso : public QObject
 private slots:
     void initTestCase()
     {
-        if (!lartest::serverAvailable())
+        m_env = lartest::entornoServidor({{u"MARTA"_s, u"marta1"_s, u'T', {}}},
+                                         {{73, u"MARTA"_s, 1}});
+        if (!m_env)
             QSKIP("The local Firebird server isn't running (scripts/fbserver)");
-        lartest::OpcionesPrueba op;
-        op.servidor = true;
-        op.usuarios = {{u"MARTA"_s, u"marta1"_s, u'T', {}}};
-        m_env = std::make_unique<lartest::EntornoPrueba>(op);
-        lartest::preparaExtension(*m_env, {{73, u"MARTA"_s, 1}});
-        lartest::usaPerfiles(m_env->entorno());
     }
 
     void contrasenaIncorrecta()

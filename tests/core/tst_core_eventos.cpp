@@ -58,13 +58,9 @@ class TstEventos : public QObject
 private slots:
     void initTestCase()
     {
-        if (!lartest::serverAvailable())
+        m_env = lartest::entornoServidor({}, {});
+        if (!m_env)
             QSKIP("The local Firebird server isn't running (scripts/fbserver)");
-        lartest::OpcionesPrueba op;
-        op.servidor = true;
-        m_env = std::make_unique<lartest::EntornoPrueba>(op);
-        lartest::preparaExtension(*m_env, {});
-        lartest::usaPerfiles(m_env->entorno());
     }
 
     void ventasDeOtraEstacion()

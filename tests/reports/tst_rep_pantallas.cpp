@@ -103,6 +103,16 @@ private:
         f.dtpFechaI->setDate(inicio);
         f.dtpFechaF->setDate(fin);
     }
+    // The form on the period, loaded for the customer of the key typed.
+    template<class T>
+    std::unique_ptr<T> carga(const QString &clave)
+    {
+        auto f = abre<T>();
+        periodo(*f);
+        teclea(f->txtCliente, clave);
+        f->Button1->click();
+        return f;
+    }
     static void teclea(QLineEdit *e, const QString &texto)
     {
         e->clear();
@@ -219,11 +229,8 @@ private slots:
         QFETCH(bool, pv);
         QFETCH(bool, ve);
         fuentes(pv, ve);
-        auto f = abre<Tfrep_PorCliente>();
-        periodo(*f);
         lartest::GuionMensajes guion;
-        teclea(f->txtCliente, u"RPA-1"_s);
-        f->Button1->click();
+        auto f = carga<Tfrep_PorCliente>(u"RPA-1"_s);
         QStringList esperados, sistemas;
         if (pv) {
             esperados << m_pvFin.folio;
@@ -264,18 +271,12 @@ private slots:
         fuentes(true, true);
         lartest::GuionMensajes guion;
         ejecuta(u"delete from lar_reportes"_s);
-        auto c = abre<Tfrep_PorCliente>();
-        periodo(*c);
-        teclea(c->txtCliente, u"RPA-1"_s);
-        c->Button1->click();
+        auto c = carga<Tfrep_PorCliente>(u"RPA-1"_s);
         QCOMPARE(fila(u"select rep_id, fecha_inicio, fecha_fin, articulo_id from lar_reportes"_s),
                  (QVariantList{1, inicio, fin, alfa}));
 
         ejecuta(u"delete from lar_reportes"_s);
-        auto a = abre<Tfrep_PorArticulo>();
-        periodo(*a);
-        teclea(a->txtCliente, u"RPA-1"_s);
-        a->Button1->click();
+        auto a = carga<Tfrep_PorArticulo>(u"RPA-1"_s);
         QCOMPARE(fila(u"select articulo_id from lar_reportes"_s), QVariantList{1});
 
         c->txtCliente->clear();
@@ -346,11 +347,8 @@ private slots:
     void articulos()
     {
         fuentes(true, true);
-        auto f = abre<Tfrep_PorArticulo>();
-        periodo(*f);
         lartest::GuionMensajes guion;
-        teclea(f->txtCliente, u"RPA-1"_s);
-        f->Button1->click();
+        auto f = carga<Tfrep_PorArticulo>(u"RPA-1"_s);
         MemTable &t = f->tabla();
         const QStringList sistemas = columna(t, u"Sistema"_s);
         QCOMPARE(sistemas.count(u"Punto de venta"_s), 100);
@@ -370,10 +368,7 @@ private slots:
         QCOMPARE(columna(t, u"Sistema"_s).count(u"Punto de venta"_s), 100);
 
         fuentes(true, false);
-        auto b = abre<Tfrep_PorArticulo>();
-        periodo(*b);
-        teclea(b->txtCliente, u"RPB-2"_s);
-        b->Button1->click();
+        auto b = carga<Tfrep_PorArticulo>(u"RPB-2"_s);
         QVERIFY(b->tabla().isEmpty());
         QCOMPARE(guion.textos().last(), u"El Cliente no tiene movimientos."_s);
         QVERIFY(!b->btnImprimir->isEnabled());
@@ -435,10 +430,7 @@ private slots:
         QVERIFY(!texto.contains(u"REPORTE ALFA"_s));
 
         RecuerdaForma(*m_s, u"LarvenosPV"_s, u"Puntos"_s, u"REP_ARTICULOS"_s);
-        auto a = abre<Tfrep_PorArticulo>();
-        periodo(*a);
-        teclea(a->txtCliente, u"RPA-1"_s);
-        a->Button1->click();
+        auto a = carga<Tfrep_PorArticulo>(u"RPA-1"_s);
         const QString nombre = fila(u"select nombre from articulos where articulo_id = %1"_s.arg(
                                         m_articulos.at(104)))
                                    .value(0)
@@ -453,10 +445,7 @@ private slots:
         fuentes(true, true);
         lartest::GuionShell shell;
         lartest::GuionMensajes guion;
-        auto f = abre<Tfrep_PorCliente>();
-        periodo(*f);
-        teclea(f->txtCliente, u"RPA-1"_s);
-        f->Button1->click();
+        auto f = carga<Tfrep_PorCliente>(u"RPA-1"_s);
         const QString compras = lartest::tempPath(u"compras.xls"_s);
         lartest::eligeEnDialogo(compras);
         f->btnExportar->click();
