@@ -202,31 +202,26 @@ private slots:
     {
         QTest::addColumn<QString>("sql");
         QTest::addColumn<QString>("message");
-        QTest::newRow("group by") << "select articulo_id, count(*) from tabla group by articulo_id"
-                                  << "no se pueden mezclar campos con sum, count, min o max";
-        QTest::newRow("trailing clause") << "select count(*) from tabla group by articulo_id"
-                                         << "no se admite 'group' (sólo SELECT";
-        QTest::newRow("unknown table") << "select count(*) from mDet"
-                                       << "la tabla mDet no está registrada";
-        QTest::newRow("unknown field") << "select sum(cantidad) from tabla"
-                                       << "no existe el campo cantidad en la tabla tabla";
-        QTest::newRow("not a select") << "delete from tabla"
-                                      << "se esperaba SELECT y se encontró 'delete'";
-        QTest::newRow("other function") << "select avg(unidades) from tabla"
-                                        << "no se admite la función avg";
-        QTest::newRow("like") << "select count(*) from tabla where clave like 'A%'"
-                              << "se esperaba un operador de comparación";
-        QTest::newRow("unclosed text") << "select count(*) from tabla where clave = 'A10"
-                                       << "falta la comilla que cierra el texto (posición 42)";
-        QTest::newRow("unclosed parenthesis") << "select count(*) from tabla where (articulo_id = 1"
-                                              << "se esperaba ')' y terminó la consulta";
-        QTest::newRow("text that is no number")
-            << "select count(*) from tabla where articulo_id = 'x'"
-            << "'x' no es un número";
-        QTest::newRow("sum of text") << "select sum(clave) from tabla"
-                                     << "sum necesita un campo numérico";
-        QTest::newRow("join") << "select count(*) from tabla, detalle"
-                              << "no se admite ','";
+        const QList<std::pair<const char *, const char *>> casos
+            = {{"select articulo_id, count(*) from tabla group by articulo_id",
+                "no se pueden mezclar campos con sum, count, min o max"},
+               {"select count(*) from tabla group by articulo_id",
+                "no se admite 'group' (sólo SELECT"},
+               {"select count(*) from mDet", "la tabla mDet no está registrada"},
+               {"select sum(cantidad) from tabla", "no existe el campo cantidad en la tabla tabla"},
+               {"delete from tabla", "se esperaba SELECT y se encontró 'delete'"},
+               {"select avg(unidades) from tabla", "no se admite la función avg"},
+               {"select count(*) from tabla where clave like 'A%'",
+                "se esperaba un operador de comparación"},
+               {"select count(*) from tabla where clave = 'A10",
+                "falta la comilla que cierra el texto (posición 42)"},
+               {"select count(*) from tabla where (articulo_id = 1",
+                "se esperaba ')' y terminó la consulta"},
+               {"select count(*) from tabla where articulo_id = 'x'", "'x' no es un número"},
+               {"select sum(clave) from tabla", "sum necesita un campo numérico"},
+               {"select count(*) from tabla, detalle", "no se admite ','"}};
+        for (const auto &[sql, mensaje] : casos)
+            QTest::newRow(sql) << QString::fromUtf8(sql) << QString::fromUtf8(mensaje);
     }
 
     void refusals()

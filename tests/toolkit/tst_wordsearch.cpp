@@ -79,23 +79,22 @@ private slots:
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("box");
         QTest::addColumn<Ranges>("expected");
-        QTest::newRow("one word") << "MANZANA"
-                                  << "zan" << Ranges{{3, 3}};
-        QTest::newRow("same word twice takes the next") << "ANANA"
-                                                        << "AN AN" << Ranges{{0, 2}, {2, 2}};
-        QTest::newRow("overlap allowed in painting") << "ANANA"
-                                                     << "ANA NA" << Ranges{{0, 3}, {1, 2}};
-        QTest::newRow("word order kept") << "ANA PEREZ"
-                                         << "perez ana" << Ranges{{4, 5}, {0, 3}};
-        QTest::newRow("three times the same word") << "ANANAN"
-                                                   << "an an an" << Ranges{{0, 2}, {2, 2}, {4, 2}};
-        QTest::newRow("missing word drawn nowhere") << "ANA"
-                                                    << "x ana" << Ranges{{0, 3}};
-        QTest::newRow("empty word skipped") << "ANA"
-                                            << "ana  " << Ranges{{0, 3}};
+        // The same word again takes the next place; painting allows overlaps; a
+        // missing or empty word is drawn nowhere.
+        const QList<std::tuple<const char *, const char *, Ranges>> casos
+            = {{"MANZANA", "zan", {{3, 3}}},
+               {"ANANA", "AN AN", {{0, 2}, {2, 2}}},
+               {"ANANA", "ANA NA", {{0, 3}, {1, 2}}},
+               {"ANA PEREZ", "perez ana", {{4, 5}, {0, 3}}},
+               {"ANANAN", "an an an", {{0, 2}, {2, 2}, {4, 2}}},
+               {"ANA", "x ana", {{0, 3}}},
+               {"ANA", "ana  ", {{0, 3}}}};
+        for (const auto &[text, box, expected] : casos)
+            QTest::addRow("'%s' in '%s'", box, text)
+                << QString::fromUtf8(text) << QString::fromUtf8(box) << expected;
         // The next occurrence is sought within the following 100 characters.
         QTest::newRow("repeat too far")
-            << u"AB"_s + QString(120, u'.') + u"AB"_s << "ab ab" << Ranges{{0, 2}};
+            << u"AB"_s + QString(120, u'.') + u"AB"_s << u"ab ab"_s << Ranges{{0, 2}};
     }
 
     void ranges()
