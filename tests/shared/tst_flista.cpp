@@ -68,6 +68,17 @@ void clientes(MemTable &t, int relleno = 0)
 
 const QStringList kColsClientes{u"clave,,&Clave,100"_s, u"nombre,,&Nombre,500"_s};
 
+// MuestraListaDS over t, with the customers' columns unless others are set.
+int muestraDS(MemTable &t,
+              const std::function<void(lar::TFLista &)> &accion,
+              bool *corrio = nullptr)
+{
+    if (lar::ListaCols.isEmpty())
+        lar::ListaCols = kColsClientes;
+    return conLista(
+        accion, [&] { return lar::MuestraListaDS(t, u"x"_s); }, corrio);
+}
+
 } // namespace
 
 class TestFLista : public QObject
@@ -148,69 +159,63 @@ private slots:
         QCOMPARE(lar::ListaValor2, u"C-002"_s);
     }
 
-    void cancelLeavesThePair()
+    // Cancel leaves the pair and shows every row again; a double click accepts; an
+    // empty table still opens, with Aceptar off.
+    void cancelDoubleClickAndEmpty()
     {
         MemTable t;
         clientes(t);
-        lar::ListaCols = kColsClientes;
-        const int r = conLista(
-            [&](lar::TFLista &f) {
-                QTest::keyClicks(f.Busca, u"maria"_s);
-                QTest::mouseClick(f.Cancelar, Qt::LeftButton);
-            },
-            [&] { return lar::MuestraListaDS(t, u"x"_s); });
+        int r = muestraDS(t, [&](lar::TFLista &f) {
+            QTest::keyClicks(f.Busca, u"maria"_s);
+            QTest::mouseClick(f.Cancelar, Qt::LeftButton);
+        });
         QCOMPARE(r, 2);
         QCOMPARE(lar::ListaValor1, u"antes1"_s);
         QCOMPARE(lar::ListaValor2, u"antes2"_s);
         QVERIFY(!t.hasFilter());
         QCOMPARE(t.recordCount(), 3);
+
+        r = muestraDS(t, [&](lar::TFLista &f) {
+            f.Busca->setText(u"pérez"_s);
+            const QRect celda = f.Lista->visualRect(f.Lista->memModel()->index(0, 1));
+            // A real double click: press, release, then the second press.
+            QTest::mouseClick(f.Lista->viewport(), Qt::LeftButton, {}, celda.center());
+            QTest::mouseDClick(f.Lista->viewport(), Qt::LeftButton, {}, celda.center());
+        });
+        QCOMPARE(r, 1);
+        QCOMPARE(t.fieldByName(u"id"_s).asInteger(), 1);
+
+        t.emptyTable();
+        bool corrio = false;
+        muestraDS(
+            t, [&](lar::TFLista &f) { QVERIFY(!f.Aceptar->isEnabled()); }, &corrio);
+        QVERIFY(corrio);
     }
 
     void keysMoveTheRow()
     {
         MemTable t;
         clientes(t, 40);
-        lar::ListaCols = kColsClientes;
         QList<int> filas;
-        conLista(
-            [&](lar::TFLista &f) {
-                auto tecla = [&](Qt::Key k) {
-                    QTest::keyClick(f.Busca, k);
-                    filas << t.recNo();
-                };
-                tecla(Qt::Key_Home);
-                tecla(Qt::Key_PageDown);
-                tecla(Qt::Key_PageDown);
-                tecla(Qt::Key_PageUp);
-                tecla(Qt::Key_Down);
-                tecla(Qt::Key_Up);
-                tecla(Qt::Key_End);
-                tecla(Qt::Key_PageDown);
-                tecla(Qt::Key_Up);
-                QCOMPARE(f.Lista->currentIndex().row(), t.recNo()); // the grid follows
-                tecla(Qt::Key_Left);                                // stays with the box
-                QCOMPARE(f.Busca->cursorPosition(), 0);
-            },
-            [&] { return lar::MuestraListaDS(t, u"x"_s); });
+        muestraDS(t, [&](lar::TFLista &f) {
+            auto tecla = [&](Qt::Key k) {
+                QTest::keyClick(f.Busca, k);
+                filas << t.recNo();
+            };
+            tecla(Qt::Key_Home);
+            tecla(Qt::Key_PageDown);
+            tecla(Qt::Key_PageDown);
+            tecla(Qt::Key_PageUp);
+            tecla(Qt::Key_Down);
+            tecla(Qt::Key_Up);
+            tecla(Qt::Key_End);
+            tecla(Qt::Key_PageDown);
+            tecla(Qt::Key_Up);
+            QCOMPARE(f.Lista->currentIndex().row(), t.recNo()); // the grid follows
+            tecla(Qt::Key_Left);                                // stays with the box
+            QCOMPARE(f.Busca->cursorPosition(), 0);
+        });
         QCOMPARE(filas, (QList<int>{0, 14, 28, 14, 15, 14, 42, 42, 41, 41}));
-    }
-
-    void doubleClickAccepts()
-    {
-        MemTable t;
-        clientes(t);
-        lar::ListaCols = kColsClientes;
-        const int r = conLista(
-            [&](lar::TFLista &f) {
-                f.Busca->setText(u"pérez"_s);
-                const QRect celda = f.Lista->visualRect(f.Lista->memModel()->index(0, 1));
-                // A real double click: press, release, then the second press.
-                QTest::mouseClick(f.Lista->viewport(), Qt::LeftButton, {}, celda.center());
-                QTest::mouseDClick(f.Lista->viewport(), Qt::LeftButton, {}, celda.center());
-            },
-            [&] { return lar::MuestraListaDS(t, u"x"_s); });
-        QCOMPARE(r, 1);
-        QCOMPARE(t.fieldByName(u"id"_s).asInteger(), 1);
     }
 
     void searchColumnChoice()
@@ -239,23 +244,19 @@ private slots:
 
         // One searchable column: item 0. No searchable column: no box at all.
         lar::ListaCols = {u"nombre,,&Nombre,400"_s, u"id,-,Id,50"_s};
-        conLista(
-            [&](lar::TFLista &f) {
-                QCOMPARE(f.Busqueda->count(), 1);
-                QCOMPARE(f.Busqueda->itemIndex(), 0);
-                QVERIFY(f.Busca->isVisible());
-            },
-            [&] { return lar::MuestraListaDS(t, u"x"_s); });
+        muestraDS(t, [&](lar::TFLista &f) {
+            QCOMPARE(f.Busqueda->count(), 1);
+            QCOMPARE(f.Busqueda->itemIndex(), 0);
+            QVERIFY(f.Busca->isVisible());
+        });
         lar::ListaCols = {u"nombre,-,&Nombre,400"_s};
-        conLista(
-            [&](lar::TFLista &f) {
-                QCOMPARE(f.Busqueda->count(), 0);
-                QVERIFY(!f.Busca->isEnabled());
-                QVERIFY(!f.Busca->isVisible());
-                QVERIFY(!f.Busqueda->isVisible());
-                QCOMPARE(f.width(), 401 + 45);
-            },
-            [&] { return lar::MuestraListaDS(t, u"x"_s); });
+        muestraDS(t, [&](lar::TFLista &f) {
+            QCOMPARE(f.Busqueda->count(), 0);
+            QVERIFY(!f.Busca->isEnabled());
+            QVERIFY(!f.Busca->isVisible());
+            QVERIFY(!f.Busqueda->isVisible());
+            QCOMPARE(f.width(), 401 + 45);
+        });
 
         // An empty spec list shows nothing and is a cancel.
         lar::ListaCols.clear();
@@ -275,31 +276,15 @@ private slots:
         MemTable t;
         clientes(t, 5);
         t.setFiltered(false);
-        lar::ListaCols = kColsClientes;
-        conLista(
-            [&](lar::TFLista &f) {
-                QTest::keyClicks(f.Busca, u"ma"_s);
-                QCOMPARE(t.recordCount(), 8); // nothing hidden
-                QCOMPARE(t.fieldByName(u"nombre"_s).asString(), u"MARIA ANANA"_s);
-                QTest::keyClicks(f.Busca, u"z"_s);
-                QCOMPARE(t.recNo(), 3); // the next name after "MAZ"
-                f.Busca->setText(u"z"_s);
-                QCOMPARE(t.recNo(), 7); // past the last name: the last row
-            },
-            [&] { return lar::MuestraListaDS(t, u"x"_s); });
-    }
-
-    void emptyTableOpens()
-    {
-        MemTable t;
-        clientes(t);
-        t.emptyTable();
-        lar::ListaCols = kColsClientes;
-        bool corrio = false;
-        conLista([&](lar::TFLista &f) { QVERIFY(!f.Aceptar->isEnabled()); },
-                 [&] { return lar::MuestraListaDS(t, u"x"_s); },
-                 &corrio);
-        QVERIFY(corrio);
+        muestraDS(t, [&](lar::TFLista &f) {
+            QTest::keyClicks(f.Busca, u"ma"_s);
+            QCOMPARE(t.recordCount(), 8); // nothing hidden
+            QCOMPARE(t.fieldByName(u"nombre"_s).asString(), u"MARIA ANANA"_s);
+            QTest::keyClicks(f.Busca, u"z"_s);
+            QCOMPARE(t.recNo(), 3); // the next name after "MAZ"
+            f.Busca->setText(u"z"_s);
+            QCOMPARE(t.recNo(), 7); // past the last name: the last row
+        });
     }
 
     void multiChoicePopup()
