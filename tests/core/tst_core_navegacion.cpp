@@ -52,25 +52,6 @@ public:
     int cambios = 0;
 };
 
-class ModuloA : public ModuloPrueba
-{
-    Q_OBJECT
-public:
-    ModuloA()
-        : ModuloPrueba(u"Compras por cliente"_s, {u"Todos"_s, u"Con compras"_s})
-    {}
-};
-
-class ModuloB : public ModuloPrueba
-{
-    Q_OBJECT
-public:
-    ModuloB()
-        : ModuloPrueba(u"Artículos más vendidos"_s,
-                       {u"Por importe"_s, u"Por unidades"_s, u"Por puntos"_s})
-    {}
-};
-
 QStringList elementos(const QComboBox *c)
 {
     QStringList l;
@@ -102,8 +83,18 @@ private slots:
                                   {{73, u"ROSA"_s, 2}, // one of the two bits
                                    {72, u"JUAN"_s, 4}});
 
-        RegistraModulo({76, u"ModuloA"_s, false, {}, [](TfMain &) { return new ModuloA; }, {}});
-        RegistraModulo({77, u"ModuloB"_s, false, {}, [](TfMain &) { return new ModuloB; }, {}});
+        auto registra = [](int tag, const QString &titulo, const QStringList &filtros) {
+            RegistraModulo({tag,
+                            tag == 76 ? u"ModuloA"_s : u"ModuloB"_s,
+                            false,
+                            {},
+                            [=](TfMain &) { return new ModuloPrueba(titulo, filtros); },
+                            {}});
+        };
+        registra(76, u"Compras por cliente"_s, {u"Todos"_s, u"Con compras"_s});
+        registra(77,
+                 u"Artículos más vendidos"_s,
+                 {u"Por importe"_s, u"Por unidades"_s, u"Por puntos"_s});
         FilaModulo modal;
         modal.tag = 2;
         modal.clase = u"TfModSeguridad"_s;
@@ -146,7 +137,7 @@ private slots:
         lartest::GuionMensajes guion;
         m().accCompCte->trigger();
         QCOMPARE(guion.textos(), QStringList());
-        auto *a = qobject_cast<ModuloA *>(m().fFormaActual.data());
+        auto *a = qobject_cast<ModuloPrueba *>(m().fFormaActual.data());
         QVERIFY(a);
         QCOMPARE(a->Acceso, 2u);
         QCOMPARE(a->parentWidget(), m().fPanelFondo);
@@ -159,7 +150,7 @@ private slots:
         QCOMPARE(a->FiltroIndice, 1);
 
         m().accArtmas->trigger();
-        auto *b = qobject_cast<ModuloB *>(m().fFormaActual.data());
+        auto *b = qobject_cast<ModuloPrueba *>(m().fFormaActual.data());
         QVERIFY(b);
         QCOMPARE(m().Modulo->text(), u"Artículos más vendidos"_s);
         QCOMPARE(elementos(m().vFiltro), b->Filtros);
@@ -176,7 +167,7 @@ private slots:
         QCOMPARE(m().fFormaActual.data(), b);
 
         // Closing the top one restores the other's caption, filters and index.
-        QPointer<ModuloB> cerrada(b);
+        QPointer<ModuloPrueba> cerrada(b);
         QTest::mouseClick(m().bClose, Qt::LeftButton);
         QTRY_VERIFY(!cerrada);
         QTRY_COMPARE(m().fFormaActual.data(), a);
@@ -186,7 +177,7 @@ private slots:
         QCOMPARE(FormasAbiertasLista().nombres, QStringList{u"ModuloA"_s});
 
         // The last one closed: empty header, no close button.
-        QPointer<ModuloA> ultima(a);
+        QPointer<ModuloPrueba> ultima(a);
         ultima->close(); // a form closing itself takes the same road
         QTRY_VERIFY(!ultima);
         QTRY_COMPARE(m().Modulo->text(), QString());
@@ -200,7 +191,7 @@ private slots:
     void teclaDeFuncionPorLaVentana()
     {
         m().accCompCte->trigger();
-        auto *a = qobject_cast<ModuloA *>(m().fFormaActual.data());
+        auto *a = qobject_cast<ModuloPrueba *>(m().fFormaActual.data());
         QVERIFY(a);
         // Keys reach the form on top wherever the focus is in the window.
         m().vFiltro->setFocus();
@@ -208,7 +199,7 @@ private slots:
         QCOMPARE(a->clics, 2);
         QTest::keyClick(m().vFiltro, Qt::Key_F6);
         QCOMPARE(a->clics, 2);
-        QPointer<ModuloA> p(a);
+        QPointer<ModuloPrueba> p(a);
         a->close();
         QTRY_VERIFY(!p);
     }
