@@ -85,8 +85,7 @@ private slots:
     {
         m_s->TransInicia();
         fb::Query &q = m_s->qUpdate();
-        q.setSql(QStringLiteral(
-            "insert into lar_puntoslineas (linea_id, puntos, importe) values (77, 1, 1)"));
+        q.setSql(u"insert into lar_puntoslineas (linea_id, puntos, importe) values (77, 1, 1)"_s);
         q.execute();
         QCOMPARE(lar::GetNextID(*m_s, u"PENDIENTE"_s, 1), 1);
         m_s->UpdateRollback();

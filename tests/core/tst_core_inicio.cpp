@@ -131,14 +131,12 @@ private slots:
         // The last company is remembered in Microsip's registry of the configuration.
         const QString id = valorConfig(
             m.sesion(), u"select empresa_id from empresas where nombre_corto='DEMO'"_s);
-        QCOMPARE(
-            valorConfig(
-                m.sesion(),
-                QStringLiteral(
-                    "select valor from registry where nombre='Empresa' and padre_id="
-                    "(select elemento_id from registry where nombre='Microsip' and padre_id="
-                    "(select elemento_id from registry where nombre='SYSDBA' and padre_id=0))")),
-            id);
+        QCOMPARE(valorConfig(
+                     m.sesion(),
+                     u"select valor from registry where nombre='Empresa' and padre_id="
+                     u"(select elemento_id from registry where nombre='Microsip' and padre_id="
+                     u"(select elemento_id from registry where nombre='SYSDBA' and padre_id=0))"_s),
+                 id);
         QTRY_VERIFY(reinicios >= 1);
         TfMain::RutinaReinicio() = {};
         QVERIFY(!a.terminada);
@@ -211,16 +209,15 @@ private slots:
             QTRY_COMPARE_WITH_TIMEOUT(
                 m.windowTitle(), u"Empresa de demostración - SYSDBA"_s, 20000);
             QCOMPARE(guion.textos(),
-                     QStringList{QStringLiteral(
-                         "Es necesario actualizar la base de datos para continuar")});
+                     QStringList{u"Es necesario actualizar la base de datos para continuar"_s});
             QCOMPARE(dialogos, 1);
             QVERIFY(!a.terminada);
         } else {
             QTRY_VERIFY_WITH_TIMEOUT(a.terminada, 20000);
             QVERIFY(retenido);
             QCOMPARE(guion.textos(),
-                     QStringList{QStringLiteral("Es necesario actualizar la base de datos, para "
-                                                "hacerlo debe entrar con el usuario SYSDBA")});
+                     QStringList{u"Es necesario actualizar la base de datos, para "
+                                 u"hacerlo debe entrar con el usuario SYSDBA"_s});
             QCOMPARE(guion.cajas()[0].titulo, u"Aviso del sistema"_s);
             QCOMPARE(dialogos, 0);
             QCOMPARE(m.windowTitle(), titulo);

@@ -224,9 +224,8 @@ private slots:
         QVERIFY(historial);
         historial->click();
         QCOMPARE(guion.textos(),
-                 QStringList{QStringLiteral(
-                     "La pantalla \u201CHistorial puntos\u201D aún no está disponible en "
-                     "esta versión de Puntos Larvenos.")});
+                 QStringList{u"La pantalla \u201CHistorial puntos\u201D aún no está disponible en "
+                             u"esta versión de Puntos Larvenos."_s});
         QCOMPARE(guion.cajas()[0].titulo, u"Aviso del sistema"_s);
         QCOMPARE(guion.cajas()[0].icono(), int(mb::IconInformation));
         QVERIFY(m().fFormaActual.isNull());
@@ -255,12 +254,12 @@ private slots:
         m().AbreVentana(73, {}); // a concept without series
         m().AbreVentana(75, {});
         QCOMPARE(guion.textos(),
-                 (QStringList{QStringLiteral("Indique un concepto de salida de inventarios en la "
-                                             "configuración del sistema."),
-                              QStringLiteral("Es necesario asignar una serie y consecutivo al "
-                                             "concepto de salida de inventarios en Microsip."),
-                              QStringLiteral("Es necesario realizar la configuración del sistema "
-                                             "para poder asignar o quitar puntos")}));
+                 (QStringList{u"Indique un concepto de salida de inventarios en la "
+                              u"configuración del sistema."_s,
+                              u"Es necesario asignar una serie y consecutivo al "
+                              u"concepto de salida de inventarios en Microsip."_s,
+                              u"Es necesario realizar la configuración del sistema "
+                              u"para poder asignar o quitar puntos"_s}));
         QCOMPARE(guion.cajas()[2].titulo, u"Realizar configuración"_s);
         guion.limpia();
         GuardaRegistro(s, u"Folio Puntos"_s, u"1"_s);
@@ -268,8 +267,7 @@ private slots:
         GuardaRegistro(s, u"Lista por empleados"_s, QString());
         m().AbreVentana(79, {});
         QCOMPARE(guion.textos(),
-                 QStringList{QStringLiteral(
-                     "No ha configurado el listado a utilizar, Revisar configuración.")});
+                 QStringList{u"No ha configurado el listado a utilizar, Revisar configuración."_s});
         for (int tag : {73, 75, 79})
             QuitaModulo(tag);
     }
@@ -287,8 +285,8 @@ private slots:
             QCOMPARE(guion.cajas().size(), 1);
             const CajaMensaje &c = guion.cajas()[0];
             QCOMPARE(c.texto,
-                     QStringLiteral("No tiene permisos para hacer un nuevo canje de "
-                                    "puntos.\r¿Desea que otro usuario lo autorice?"));
+                     u"No tiene permisos para hacer un nuevo canje de "
+                     u"puntos.\r¿Desea que otro usuario lo autorice?"_s);
             QCOMPARE(c.titulo, u"Permisos"_s);
             QCOMPARE(c.botones(), int(mb::YesNo));
             QCOMPARE(c.predeterminado(), 2);

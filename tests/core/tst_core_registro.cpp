@@ -64,9 +64,9 @@ private slots:
         const int id = lar::Registro(*m_s, {}, u"PuntosLar"_s, u"Puntos"_s, true, v, u"Clave"_s);
         QVERIFY(v.isEmpty());
         // Created in path order, each under the one before; the value empty, not NULL.
-        const QString arbol = QStringLiteral(
-            "select r.nombre, r.tipo, coalesce(p.nombre, '-'), r.valor from lar_registro r left "
-            "join lar_registro p on p.registro_id = r.padre_id order by r.registro_id");
+        const QString arbol
+            = u"select r.nombre, r.tipo, coalesce(p.nombre, '-'), r.valor from lar_registro r left "
+              u"join lar_registro p on p.registro_id = r.padre_id order by r.registro_id"_s;
         const QStringList rows = filasSql(m_s->fbDatabase(), arbol);
         QCOMPARE(
             rows,
@@ -92,8 +92,8 @@ private slots:
         lar::Sesion &s = *m_s;
         s.TransInicia();
         fb::Query q(&s.fbDatabase(), &s.fbUpdateTrans());
-        q.setSql(QStringLiteral("insert into lar_permisos (modulo, usuario, acceso) values (5, "
-                                "'PENDIENTE', 1)"));
+        q.setSql(u"insert into lar_permisos (modulo, usuario, acceso) values (5, "
+                 u"'PENDIENTE', 1)"_s);
         q.execute();
         QCOMPARE(lar::LeeRegistro(s, u"Nueva"_s), QString());
         lar::GuardaRegistro(s, u"Otra"_s, u"x"_s);
@@ -103,9 +103,9 @@ private slots:
 
         fb::Database otra;
         m_e->conectaEmpresa(otra);
-        const QString claves = QStringLiteral(
-            "select nombre, valor from lar_registro where nombre in ('Nueva', 'Otra', "
-            "'PuntosLar_DB') order by nombre");
+        const QString claves
+            = u"select nombre, valor from lar_registro where nombre in ('Nueva', 'Otra', "
+              u"'PuntosLar_DB') order by nombre"_s;
         const QStringList esperadas{u"Nueva|"_s, u"Otra|x"_s, u"PuntosLar_DB|"_s};
         QCOMPARE(filasSql(otra, claves), esperadas);
         const QString pendiente
@@ -199,8 +199,8 @@ private slots:
         QTest::addColumn<bool>("esperado");
         QTest::addColumn<QString>("mensaje");
         const QString viejo = u"Es necesario actualizar la base de datos para continuar"_s;
-        const QString nuevo = QStringLiteral(
-            "La base de datos no es compatible, debe actualizar el sistema Larvenos");
+        const QString nuevo
+            = u"La base de datos no es compatible, debe actualizar el sistema Larvenos"_s;
         QTest::newRow("igual") << "000040" << false << true << QString();
         QTest::newRow("con blancos") << "000040  " << false << false << nuevo;
         QTest::newRow("vieja") << "000039" << false << false << viejo;

@@ -71,9 +71,8 @@ private:
     // Loads xml from the script and evaluates expresion.
     QString lee(const QString &xml, const QString &expresion)
     {
-        return lartest::correScript(QStringLiteral("(function() { CfdLoadFromString("
-                                                   "Parametro('XML')); return %1; })()")
-                                        .arg(expresion),
+        return lartest::correScript(u"(function() { CfdLoadFromString("
+                                    u"Parametro('XML')); return %1; })()"_s.arg(expresion),
                                     {},
                                     &m_s->fbDatabase(),
                                     {{u"XML"_s, xml}});
@@ -130,32 +129,32 @@ private slots:
         const QString d32 = doc("3.2"), d33 = doc("3.3"), d40 = doc("4.0");
         // The 3.2 document's parts: the stamp 1.0 spells version, selloCFD and
         // noCertificadoSAT in lower case, so they aren't in its string.
-        const QString comprobante = QStringLiteral(
-            "||3.2|2016-05-10T11:32:45|ingreso|PAGO EN UNA SOLA EXHIBICION|CONTADO|1000.00|"
-            "0.00|1.00|MXN|1160.00|01|%1|1234|");
-        const QString partes = QStringLiteral(
-            "LPA010101AB1|LARVENOS DEL PACIFICO SA DE CV|"
-            "AV. ALVARO OBREGON|120|CENTRO|CULIACAN|SINALOA|MEXICO|80000|"
-            "BLVD. EMILIANO ZAPATA|55|LAS QUINTAS|CULIACAN|SINALOA|MEXICO|80060|"
-            "REGIMEN GENERAL DE LEY PERSONAS MORALES|"
-            "GOMP800101XY2|%1|CALLE 5 INTERIOR B|10|LAS FLORES|%2SINALOA|MEXICO|80300|");
-        const QString conceptos = QStringLiteral(
-            "2|PIEZA|TAL-100|TALADRO AB 1/2\" INDUSTRIAL|300.00|600.00|"
-            "1|SERVICIO|INSTALACION|400.00|400.00|16 24 3297 6001234|2016-04-01|MANZANILLO|"
-            "123456|");
+        const QString comprobante
+            = u"||3.2|2016-05-10T11:32:45|ingreso|PAGO EN UNA SOLA EXHIBICION|CONTADO|1000.00|"
+              u"0.00|1.00|MXN|1160.00|01|%1|1234|"_s;
+        const QString partes
+            = u"LPA010101AB1|LARVENOS DEL PACIFICO SA DE CV|"
+              u"AV. ALVARO OBREGON|120|CENTRO|CULIACAN|SINALOA|MEXICO|80000|"
+              u"BLVD. EMILIANO ZAPATA|55|LAS QUINTAS|CULIACAN|SINALOA|MEXICO|80060|"
+              u"REGIMEN GENERAL DE LEY PERSONAS MORALES|"
+              u"GOMP800101XY2|%1|CALLE 5 INTERIOR B|10|LAS FLORES|%2SINALOA|MEXICO|80300|"_s;
+        const QString conceptos
+            = u"2|PIEZA|TAL-100|TALADRO AB 1/2\" INDUSTRIAL|300.00|600.00|"
+              u"1|SERVICIO|INSTALACION|400.00|400.00|16 24 3297 6001234|2016-04-01|MANZANILLO|"
+              u"123456|"_s;
         const QString timbre32 = u"||6F3C1A2B-8D4E-4F5A-9B6C-7D8E9F0A1B2C|2016-05-10T11:33:02||"_s;
         const QString normal = comprobante.arg(u"CULIACAN, SINALOA"_s)
                                + partes.arg(u"PEDRO GOMEZ MEDINA"_s, u"NAVOLATO|"_s);
         QTest::newRow("3.2") << d32 << normal + conceptos + u"0.00|IVA|16.00|160.00|160.00||"_s
                              << timbre32;
         QTest::newRow("3.3") << d33 << u"||1|MXN|80000||"_s
-                             << QStringLiteral("||1.1|A1B2C3D4-E5F6-4711-8899-AABBCCDDEEFF|"
-                                               "2019-08-21T17:05:40|%1|00001000000403258748||")
-                                    .arg(atributo(d33, u"SelloCFD"_s));
+                             << u"||1.1|A1B2C3D4-E5F6-4711-8899-AABBCCDDEEFF|"
+                                u"2019-08-21T17:05:40|%1|00001000000403258748||"_s.arg(
+                                    atributo(d33, u"SelloCFD"_s));
         QTest::newRow("4.0") << d40 << u"||MXN|80000||"_s
-                             << QStringLiteral("||1.1|5E2D1C0B-3A49-4B8C-9D7E-6F5A4B3C2D1E|"
-                                               "2024-03-15T10:21:05|%1|00001000000504465028||")
-                                    .arg(atributo(d40, u"SelloCFD"_s));
+                             << u"||1.1|5E2D1C0B-3A49-4B8C-9D7E-6F5A4B3C2D1E|"
+                                u"2024-03-15T10:21:05|%1|00001000000504465028||"_s.arg(
+                                    atributo(d40, u"SelloCFD"_s));
 
         const qsizetype c0 = d32.indexOf(u"<cfdi:Conceptos>");
         const qsizetype c1 = d32.indexOf(u"</cfdi:Conceptos>") + 17;
@@ -167,12 +166,10 @@ private slots:
         // read back from UTF-8 bytes taken one by one: a proper accent is dropped,
         // a broken one mended; the issuer's own attributes are taken as they are.
         QString otro = d32;
-        otro.replace(
-            QStringLiteral("<cfdi:Traslados>\n      <cfdi:Traslado impuesto=\"IVA\" tasa=\"16.00\" "
-                           "importe=\"160.00\"/>\n    </cfdi:Traslados>"),
-            QStringLiteral(
-                "<cfdi:Retenciones><cfdi:Retencion impuesto=\"ISR\" importe=\"100.00\"/>"
-                "<cfdi:Retencion impuesto=\"IVA\" importe=\"106.67\"/></cfdi:Retenciones>"));
+        otro.replace(u"<cfdi:Traslados>\n      <cfdi:Traslado impuesto=\"IVA\" tasa=\"16.00\" "
+                     u"importe=\"160.00\"/>\n    </cfdi:Traslados>"_s,
+                     u"<cfdi:Retenciones><cfdi:Retencion impuesto=\"ISR\" importe=\"100.00\"/>"
+                     u"<cfdi:Retencion impuesto=\"IVA\" importe=\"106.67\"/></cfdi:Retenciones>"_s);
         otro.replace(u"totalImpuestosRetenidos=\"0.00\""_s,
                      u"totalImpuestosRetenidos=\"206.67\""_s);
         otro.replace(u"LugarExpedicion=\"CULIACAN, SINALOA\""_s,
@@ -237,46 +234,44 @@ private slots:
                      u"CfdGetMetodoDePago() + ' ' + CfdGetNumCtaPago()"_s),
                  u"PUE/1234 1234"_s);
         QCOMPARE(lee(d40,
-                     QStringLiteral("[CfdGetLugarExpedicion(), CfdGetSerieCert(), "
-                                    "CfdGetSerieCertSat(), CfdGetSello() == '%1', "
-                                    "CfdGetSelloSat() == '%2'].join(';')")
-                         .arg(atributo(d40, u"Sello"_s), atributo(d40, u"SelloSAT"_s))),
+                     u"[CfdGetLugarExpedicion(), CfdGetSerieCert(), "
+                     u"CfdGetSerieCertSat(), CfdGetSello() == '%1', "
+                     u"CfdGetSelloSat() == '%2'].join(';')"_s.arg(atributo(d40, u"Sello"_s),
+                                                                  atributo(d40, u"SelloSAT"_s))),
                  u"80000;30001000000500003416;00001000000504465028;true;true"_s);
-        QCOMPARE(
-            lee(d40,
-                QStringLiteral("[CfdGetFechaHora().getMonth() + 1, CfdGetFechaHora().getHours(), "
-                               "CfdGetFechaHoraTimbrado().getSeconds()].join(';')")),
-            u"3;10;5"_s);
+        QCOMPARE(lee(d40,
+                     u"[CfdGetFechaHora().getMonth() + 1, CfdGetFechaHora().getHours(), "
+                     u"CfdGetFechaHoraTimbrado().getSeconds()].join(';')"_s),
+                 u"3;10;5"_s);
         const QString fecha32 = lee(d32, u"CfdGetFechaHora()"_s);
         QVERIFY2(fecha32.startsWith(u"ERROR: "), qPrintable(fecha32));
 
         // Var arguments of the complements, and the address procedures.
         QString donat = d40;
-        donat.replace(
-            u"</cfdi:Complemento>"_s,
-            QStringLiteral("<donat:Donatarias xmlns:donat=\"http://www.sat.gob.mx/donat\" "
-                           "version=\"1.1\" noAutorizacion=\"0123\" "
-                           "fechaAutorizacion=\"2015-02-01T00:00:00\" leyenda=\"Este "
-                           "comprobante ampara un donativo\"/></cfdi:Complemento>"));
-        const QString leeDonat = QStringLiteral(
-            "(function() { var n = {value: ''}, f = {value: 'igual'}, l = {value: ''};"
-            " CfdGetComplementoDonat(n, f, l);"
-            " return [n.value, typeof f.value == 'string' ? f.value : f.value.getFullYear(),"
-            " l.value].join(';'); })()");
+        donat.replace(u"</cfdi:Complemento>"_s,
+                      u"<donat:Donatarias xmlns:donat=\"http://www.sat.gob.mx/donat\" "
+                      u"version=\"1.1\" noAutorizacion=\"0123\" "
+                      u"fechaAutorizacion=\"2015-02-01T00:00:00\" leyenda=\"Este "
+                      u"comprobante ampara un donativo\"/></cfdi:Complemento>"_s);
+        const QString leeDonat
+            = u"(function() { var n = {value: ''}, f = {value: 'igual'}, l = {value: ''};"
+              u" CfdGetComplementoDonat(n, f, l);"
+              u" return [n.value, typeof f.value == 'string' ? f.value : f.value.getFullYear(),"
+              u" l.value].join(';'); })()"_s;
         QCOMPARE(lee(donat, leeDonat), u"0123;2015;Este comprobante ampara un donativo"_s);
         QCOMPARE(lee(d40, leeDonat), u";igual;"_s);
 
         QString parcial = d33;
         parcial.replace(u"MetodoPago=\"PUE\""_s,
-                        QStringLiteral("MetodoPago=\"PUE\" FolioFiscalOrig=\"ABCD-1\" "
-                                       "SerieFolioFiscalOrig=\"FA\" "
-                                       "FechaFolioFiscalOrig=\"2019-07-01T09:00:00\" "
-                                       "MontoFolioFiscalOrig=\"2500.50\""));
+                        u"MetodoPago=\"PUE\" FolioFiscalOrig=\"ABCD-1\" "
+                        u"SerieFolioFiscalOrig=\"FA\" "
+                        u"FechaFolioFiscalOrig=\"2019-07-01T09:00:00\" "
+                        u"MontoFolioFiscalOrig=\"2500.50\""_s);
         QCOMPARE(lee(parcial,
-                     QStringLiteral("(function() { var a = {}, b = {}, c = {}, d = {};"
-                                    " CfdGetDatosCobroParcialidad(a, b, c, d);"
-                                    " return [a.value, b.value, c.value.getDate(), d.value * 2]"
-                                    ".join(';'); })()")),
+                     u"(function() { var a = {}, b = {}, c = {}, d = {};"
+                     u" CfdGetDatosCobroParcialidad(a, b, c, d);"
+                     u" return [a.value, b.value, c.value.getDate(), d.value * 2]"
+                     u".join(';'); })()"_s),
                  u"ABCD-1;FA;1;5001"_s);
     }
 
@@ -284,9 +279,8 @@ private slots:
     {
         const QString d40 = doc("4.0");
         cfdi::CfdLoadFromString(d40);
-        const QString texto
-            = QStringLiteral("?re=LPA010101AB1&rr=GOMP800101XY2&tt=0000001234.560000"
-                             "&id=5E2D1C0B-3A49-4B8C-9D7E-6F5A4B3C2D1E");
+        const QString texto = u"?re=LPA010101AB1&rr=GOMP800101XY2&tt=0000001234.560000"
+                              u"&id=5E2D1C0B-3A49-4B8C-9D7E-6F5A4B3C2D1E"_s;
         QCOMPARE(cfdi::TextoQR(), texto);
         const QImage imagen = cfdi::CfdGetQRCode();
         QCOMPARE(imagen.size(), QSize(113, 113));
@@ -311,8 +305,8 @@ private slots:
                  qPrintable(falla));
         cfdi::CfdLoadFromString(
             QString(d32).replace(u"total=\"1160.00\""_s, u"Total=\"1160.00\""_s));
-        const QString vacio = QStringLiteral(
-            "?re=&rr=&tt=0000001160.000000&id=6F3C1A2B-8D4E-4F5A-9B6C-7D8E9F0A1B2C");
+        const QString vacio
+            = u"?re=&rr=&tt=0000001160.000000&id=6F3C1A2B-8D4E-4F5A-9B6C-7D8E9F0A1B2C"_s;
         QCOMPARE(cfdi::TextoQR(), vacio);
         QCOMPARE(leeQR(cfdi::CfdGetQRCode()), vacio);
     }
@@ -325,9 +319,8 @@ private slots:
         const QString entrada
             = lartest::filasSql(m_s->fbDatabase(), u"select docto_id from cfd_recibidos"_s)
                   .value(0);
-        const QString script
-            = QStringLiteral("(function() { var m = CfdGetMetodoDePagoFromDocto(%1, '%2', 'X');"
-                             " return m + ';' + CfdGetCadenaOriginalTimbre(); })()");
+        const QString script = u"(function() { var m = CfdGetMetodoDePagoFromDocto(%1, '%2', 'X');"
+                               u" return m + ';' + CfdGetCadenaOriginalTimbre(); })()"_s;
         QCOMPARE(lartest::correScript(script.arg(ventas[0]).arg(u"VE"), {}, &m_s->fbDatabase()),
                  u"01;||6F3C1A2B-8D4E-4F5A-9B6C-7D8E9F0A1B2C|2016-05-10T11:33:02||"_s);
         // The 3.3 document spells it MetodoPago: the 3.2 name gives nothing.

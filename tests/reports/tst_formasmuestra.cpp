@@ -73,11 +73,9 @@ private slots:
                               u"Vale de canje"_s}));
 
         // The customer with the most point-of-sale purchases.
-        m_cliente
-            = valor(QStringLiteral(
-                        "select first 1 cliente_id from doctos_pv where cliente_id is not null "
-                        "group by cliente_id order by count(*) desc"))
-                  .toInt();
+        m_cliente = valor(u"select first 1 cliente_id from doctos_pv where cliente_id is not null "
+                          u"group by cliente_id order by count(*) desc"_s)
+                        .toInt();
         m_nombreCliente
             = valor(u"select nombre from clientes where cliente_id = %1"_s.arg(m_cliente))
                   .toString();
@@ -87,45 +85,39 @@ private slots:
         // 2,000 points earned.
         const QList<int> articulos{
             valor(u"select first 1 articulo_id from articulos order by articulo_id"_s).toInt(),
-            valor(QStringLiteral(
-                      "select first 1 skip 1 articulo_id from articulos order by articulo_id"))
+            valor(u"select first 1 skip 1 articulo_id from articulos order by articulo_id"_s)
                 .toInt()};
-        ejecuta(QStringLiteral(
-            "insert into doctos_in (docto_in_id, almacen_id, concepto_in_id, folio, "
-            "naturaleza_concepto, fecha, aplicado) select 900001, (select min(almacen_id) from "
-            "almacenes), min(concepto_in_id), 'CP0000123', 'S', '2026-03-05', 'S' "
-            "from conceptos_in where naturaleza = 'S'"));
+        ejecuta(
+            u"insert into doctos_in (docto_in_id, almacen_id, concepto_in_id, folio, "
+            u"naturaleza_concepto, fecha, aplicado) select 900001, (select min(almacen_id) from "
+            u"almacenes), min(concepto_in_id), 'CP0000123', 'S', '2026-03-05', 'S' "
+            u"from conceptos_in where naturaleza = 'S'"_s);
         int partida = 0;
         for (int a : articulos) {
             ++partida;
-            ejecuta(QStringLiteral(
-                        "insert into doctos_in_det (docto_in_id, clave_articulo, articulo_id, "
-                        "tipo_movto, unidades, metodo_costeo) values (900001, ?, ?, 'S', ?, "
-                        "'C')"),
+            ejecuta(u"insert into doctos_in_det (docto_in_id, clave_articulo, articulo_id, "
+                    u"tipo_movto, unidades, metodo_costeo) values (900001, ?, ?, 'S', ?, "
+                    u"'C')"_s,
                     {u"ART-%1"_s.arg(partida), a, partida == 1 ? 2 : 1});
-            ejecuta(QStringLiteral(
-                        "insert into lar_puntos (lar_puntos_id, cliente_id, docto_id, articulo_id, "
-                        "tipo_docto, folio, naturaleza, unidades, valor_puntos, sistema, partida) "
-                        "values (gen_id(gen_lar_puntos, 1), ?, 900001, ?, 'C', 'CP0000123', 'S', "
-                        "?, ?, 'IN', ?)"),
+            ejecuta(u"insert into lar_puntos (lar_puntos_id, cliente_id, docto_id, articulo_id, "
+                    u"tipo_docto, folio, naturaleza, unidades, valor_puntos, sistema, partida) "
+                    u"values (gen_id(gen_lar_puntos, 1), ?, 900001, ?, 'C', 'CP0000123', 'S', "
+                    u"?, ?, 'IN', ?)"_s,
                     {m_cliente, a, partida == 1 ? 2 : 1, partida == 1 ? 500 : 250, partida});
         }
-        ejecuta(QStringLiteral(
-                    "insert into lar_puntos (lar_puntos_id, cliente_id, docto_id, tipo_docto, "
-                    "folio, naturaleza, unidades, valor_puntos, sistema) values "
-                    "(gen_id(gen_lar_puntos, 1), ?, 0, 'A', 'P000001', 'E', 0, 2000, 'AP')"),
+        ejecuta(u"insert into lar_puntos (lar_puntos_id, cliente_id, docto_id, tipo_docto, "
+                u"folio, naturaleza, unidades, valor_puntos, sistema) values "
+                u"(gen_id(gen_lar_puntos, 1), ?, 0, 'A', 'P000001', 'E', 0, 2000, 'AP')"_s,
                 {m_cliente});
         // An activity capture: 3 units of an article at 10 points.
-        ejecuta(QStringLiteral(
-                    "insert into lar_puntos (lar_puntos_id, cliente_id, docto_id, articulo_id, "
-                    "tipo_docto, folio, naturaleza, unidades, valor_puntos, sistema, partida) "
-                    "values (gen_id(gen_lar_puntos, 1), ?, 777, ?, 'A', 'E000045', 'E', 3, 30, "
-                    "'AP', 1)"),
+        ejecuta(u"insert into lar_puntos (lar_puntos_id, cliente_id, docto_id, articulo_id, "
+                u"tipo_docto, folio, naturaleza, unidades, valor_puntos, sistema, partida) "
+                u"values (gen_id(gen_lar_puntos, 1), ?, 777, ?, 'A', 'E000045', 'E', 3, 30, "
+                u"'AP', 1)"_s,
                 {m_cliente, articulos[1]});
         // The reports' period: the 90 days of seeded history.
-        ejecuta(QStringLiteral(
-                    "insert into lar_reportes (rep_id, fecha_inicio, fecha_fin, articulo_id) "
-                    "values (1, ?, ?, 1)"),
+        ejecuta(u"insert into lar_reportes (rep_id, fecha_inicio, fecha_fin, articulo_id) "
+                u"values (1, ?, ?, 1)"_s,
                 {QDate::currentDate().addDays(-120), QDate::currentDate()});
     }
 
@@ -197,12 +189,11 @@ private slots:
         for (QString t : lartest::textosDe(d, u"importeMes"_s))
             meses += t.remove(u',').toDouble();
         QVERIFY(!lartest::textosDe(d, u"mes"_s).isEmpty());
-        const QVariant total
-            = valor(QStringLiteral(
-                        "select cast(sum(importe_neto + total_impuestos) as double precision) from "
-                        "doctos_pv where cliente_id = %1 "
-                        "and tipo_docto = 'V' and estatus <> 'C' and fecha >= current_date - 120")
-                        .arg(m_cliente));
+        const QVariant total = valor(
+            u"select cast(sum(importe_neto + total_impuestos) as double precision) from "
+            u"doctos_pv where cliente_id = %1 "
+            u"and tipo_docto = 'V' and estatus <> 'C' and fecha >= current_date - 120"_s.arg(
+                m_cliente));
         const QString esperado = formatFloat(u"#,0.00;-#,0.00"_s, total.toDouble());
         QCOMPARE(del(d, u"importeTotal"_s), esperado);
         QCOMPARE(formatFloat(u"#,0.00;-#,0.00"_s, meses), esperado);

@@ -72,8 +72,8 @@ private slots:
         QCOMPARE(firma(u"CurrToStr"), u"function Chr(Value: Currency): String;"_s);
         QCOMPARE(firma(u"CloseQuery"), u" procedure ClosseQuery;"_s);
         QCOMPARE(firma(u"DesglTextoImpteLetra"),
-                 QStringLiteral("function DesgTextoImpte(TextoImpteLetra: string; var "
-                                "LeyendaMoneda,LeyendaAlFinal:string):Boolean;"));
+                 u"function DesgTextoImpte(TextoImpteLetra: string; var "
+                 u"LeyendaMoneda,LeyendaAlFinal:string):Boolean;"_s);
         QCOMPARE(firma(u"CfdGetNumParcialidad"), firma(u"CfdGetFormaDePago"));
         QCOMPARE(reporte::FuncionesScript::busca(u"GetParam"_s)->categoria, u"CatalogosExtMsp"_s);
         QCOMPARE(reporte::FuncionesScript::busca(u"CfdGetQRCode"_s)->categoria, u"CfdMsg"_s);
@@ -175,44 +175,42 @@ private slots:
     // The query functions read a real statement's rows from their memory copy.
     void consultas()
     {
-        const QString sql = QStringLiteral(
-            "select 1 as N, cast('2024-03-05' as date) as F, cast(12.345 as double precision)"
-            " as X, cast('uno' as varchar(10)) as S, cast(null as varchar(5)) as V"
-            " from rdb$database union all"
-            " select 2, cast('2025-12-31' as date), -0.5, 'dós', 'v' from rdb$database"
-            " where 1 = :UNO");
+        const QString sql
+            = u"select 1 as N, cast('2024-03-05' as date) as F, cast(12.345 as double precision)"
+              u" as X, cast('uno' as varchar(10)) as S, cast(null as varchar(5)) as V"
+              u" from rdb$database union all"
+              u" select 2, cast('2025-12-31' as date), -0.5, 'dós', 'v' from rdb$database"
+              u" where 1 = :UNO"_s;
         const QString script
-            = QStringLiteral(
-                  "function lee() {\n"
-                  "  SetQuery(\"%1\");\n"
-                  "  SetParamValue('UNO', 1);\n"
-                  "  OpenQuery();\n"
-                  "  var t = [];\n"
-                  "  while (!Eof()) {\n"
-                  "    t.push(GetfieldAsInteger('N') + ';' + GetfieldAsString('S') + ';'\n"
-                  "      + GetfieldAsFloat('X') + ';' + GetfieldAsDate('F').getFullYear() + ';['\n"
-                  "      + GetfieldAsString('V') + ']');\n"
-                  "    Next();\n"
-                  "  }\n"
-                  "  Next(); t.push(Eof());\n"
-                  "  CloseQuery();\n"
-                  "  First(); t.push(GetfieldAsString('S'));\n"
-                  "  return t.join('/');\n"
-                  "}\n")
-                  .arg(sql);
+            = u"function lee() {\n"
+              u"  SetQuery(\"%1\");\n"
+              u"  SetParamValue('UNO', 1);\n"
+              u"  OpenQuery();\n"
+              u"  var t = [];\n"
+              u"  while (!Eof()) {\n"
+              u"    t.push(GetfieldAsInteger('N') + ';' + GetfieldAsString('S') + ';'\n"
+              u"      + GetfieldAsFloat('X') + ';' + GetfieldAsDate('F').getFullYear() + ';['\n"
+              u"      + GetfieldAsString('V') + ']');\n"
+              u"    Next();\n"
+              u"  }\n"
+              u"  Next(); t.push(Eof());\n"
+              u"  CloseQuery();\n"
+              u"  First(); t.push(GetfieldAsString('S'));\n"
+              u"  return t.join('/');\n"
+              u"}\n"_s.arg(sql);
         QCOMPARE(corre(u"lee()"_s, script), u"1;uno;12.345;2024;[]/2;dós;-0.5;2025;[v]/true/uno"_s);
 
-        QCOMPARE(corre(QStringLiteral("(function() { SetQuery('select 1 as N from rdb$database "
-                                      "where 1 = 0'); OpenQuery(); var e = Eof(); "
-                                      "CloseQuery(); return String(e); })()")),
+        QCOMPARE(corre(u"(function() { SetQuery('select 1 as N from rdb$database "
+                       u"where 1 = 0'); OpenQuery(); var e = Eof(); "
+                       u"CloseQuery(); return String(e); })()"_s),
                  u"true"_s);
         // Misuse stops the report with a message instead of reading stale data.
-        const QString doble = corre(QStringLiteral(
-            "(function() { SetQuery('select 1 as N from rdb$database'); OpenQuery(); "
-            "CloseQuery(); CloseQuery(); })()"));
+        const QString doble
+            = corre(u"(function() { SetQuery('select 1 as N from rdb$database'); OpenQuery(); "
+                    u"CloseQuery(); CloseQuery(); })()"_s);
         QVERIFY2(doble.startsWith(u"ERROR: ") && doble.contains(u"SetQuery"), qPrintable(doble));
-        const QString mala = corre(QStringLiteral(
-            "(function() { SetQuery('select nada from rdb$database'); OpenQuery(); })()"));
+        const QString mala = corre(
+            u"(function() { SetQuery('select nada from rdb$database'); OpenQuery(); })()"_s);
         QVERIFY2(mala.startsWith(u"ERROR: ") && mala.contains(u"NADA"), qPrintable(mala));
     }
 };

@@ -93,12 +93,9 @@ private slots:
         m_env = std::make_unique<lartest::EntornoPrueba>(op);
         lartest::preparaExtension(*m_env, {{60, u"LUIS"_s, 5}});
         lartest::preparaExtension(*m_env, {}, u"VACIA"_s);
-        Sesion s;
-        m_env->conectaSesion(s, u"VACIA"_s);
-        fb::Query q(&s.fbDatabase(), &s.fbUpdateTrans());
-        q.setSql(u"delete from lar_menusistema"_s);
-        q.execute();
-        s.UpdateCommit();
+        fb::Database vacia;
+        m_env->conectaEmpresa(vacia, u"VACIA"_s);
+        lartest::ejecutaSql(vacia, u"delete from lar_menusistema"_s);
         lartest::usaPerfiles(m_env->entorno());
     }
 
@@ -160,9 +157,7 @@ private slots:
         f.bSave->click();
         QCOMPARE(guion.textos(), QStringList());
         QCOMPARE(f.Lista->currentItem()->text(0), u"Caja d'Ana"_s);
-        QCOMPARE(filas(s,
-                       QStringLiteral(
-                           "select clave, titulo, depende from lar_menusistema order by clave")),
+        QCOMPARE(filas(s, u"select clave, titulo, depende from lar_menusistema order by clave"_s),
                  (QStringList{u"1|Caja d'Ana|0"_s, u"2|Cortes|1"_s}));
 
         // Deleting a menu with children takes the children; the menu stays for a second delete.
@@ -213,8 +208,8 @@ private slots:
         eligeModulo(f, 0, u"60"_s);
         QCOMPARE(guion.textos(), QStringList());
         QCOMPARE(filas(s,
-                       QStringLiteral("select tag, coalesce(sistema, '-') from lar_menubotones "
-                                      "where clave = 5 order by tag")),
+                       u"select tag, coalesce(sistema, '-') from lar_menubotones "
+                       u"where clave = 5 order by tag"_s),
                  (QStringList{u"60|-"_s, u"72|LVN"_s}));
         QVERIFY(f.btnQuery->locate(u"tag"_s, 60));
         QVERIFY(f.qTags->isEmpty());
@@ -226,9 +221,7 @@ private slots:
         nombraOpcion(f.BitBtn1, u"Editar"_s);
         nombraOpcion(f.BitBtn1, u"Borrar"_s);
         QCOMPARE(
-            filas(s,
-                  QStringLiteral(
-                      "select lugar, titulo from lar_menubotondef where tag = 60 order by lugar")),
+            filas(s, u"select lugar, titulo from lar_menubotondef where tag = 60 order by lugar"_s),
             (QStringList{u"1|Ver d'Ana"_s, u"2|Editar"_s, u"3|Borrar"_s}));
         QCOMPARE(f.qTags->recordCount(), 3);
 
@@ -246,14 +239,10 @@ private slots:
         QVERIFY(f.qTags->locate(u"lugar"_s, 2));
         f.BitBtn2->click();
         QVERIFY(guion.cajas().isEmpty());
-        QCOMPARE(filas(s,
-                       QStringLiteral(
-                           "select lugar from lar_menubotondef where tag = 60 order by lugar")),
+        QCOMPARE(filas(s, u"select lugar from lar_menubotondef where tag = 60 order by lugar"_s),
                  (QStringList{u"1"_s, u"3"_s}));
         QCOMPARE(
-            filas(s,
-                  QStringLiteral(
-                      "select acceso from lar_permisos where modulo = 60 and usuario = 'LUIS'")),
+            filas(s, u"select acceso from lar_permisos where modulo = 60 and usuario = 'LUIS'"_s),
             QStringList{u"5"_s});
         QCOMPARE(DatosSeguridad(s).derechos(60), (QStringList{u"Ver d'Ana"_s, u"Borrar"_s}));
 
@@ -263,9 +252,7 @@ private slots:
         nombraOpcion(f.BitBtn3, u"Quitar"_s, &previo);
         QCOMPARE(previo, u"Borrar"_s);
         QCOMPARE(
-            filas(s,
-                  QStringLiteral(
-                      "select lugar, titulo from lar_menubotondef where tag = 60 order by lugar")),
+            filas(s, u"select lugar, titulo from lar_menubotondef where tag = 60 order by lugar"_s),
             (QStringList{u"1|Ver d'Ana"_s, u"3|Quitar"_s}));
 
         // Removing the module from the menu, after the question.
@@ -285,9 +272,7 @@ private slots:
         f.Edit2->setText(u"Promociones"_s);
         f.bSave->click();
         QCOMPARE(guion.cajas().size(), 1);
-        QCOMPARE(filas(s,
-                       QStringLiteral(
-                           "select depende from lar_menusistema where titulo = 'Promociones'")),
+        QCOMPARE(filas(s, u"select depende from lar_menusistema where titulo = 'Promociones'"_s),
                  QStringList{u"5"_s});
     }
 

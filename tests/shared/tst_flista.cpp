@@ -370,8 +370,8 @@ private slots:
             q.setSql(u"INSERT INTO CLIENTES (CLIENTE_ID, NOMBRE, ESTATUS) VALUES ("_s + c + u')');
             q.execute();
         }
-        q.setSql(QStringLiteral("INSERT INTO ROLES_CLAVES_CLIENTES (ROL_CLAVE_CLI_ID, NOMBRE) "
-                                "VALUES (9001, 'Prueba')"));
+        q.setSql(u"INSERT INTO ROLES_CLAVES_CLIENTES (ROL_CLAVE_CLI_ID, NOMBRE) "
+                 u"VALUES (9001, 'Prueba')"_s);
         q.execute();
         q.setSql(u"INSERT INTO CLAVES_CLIENTES VALUES (201, 101, 'C-001', 9001)"_s);
         q.execute();
@@ -385,9 +385,8 @@ private slots:
         lar::ListaCols
             = {u"nombre,,&Nombre,300"_s,
                u"cliente_id,-,&Id,-1"_s,
-               QStringLiteral(
-                   "(select count(*) from claves_clientes k where k.cliente_id = c.cliente_id)"
-                   " claves,--,CLAVES,50")};
+               u"(select count(*) from claves_clientes k where k.cliente_id = c.cliente_id)"
+               u" claves,--,CLAVES,50"_s};
         const int r = conLista(
             [&](lar::TFLista &f) {
                 QVERIFY(!f.EnConsulta);

@@ -153,41 +153,37 @@ private slots:
         m_env = std::make_unique<lartest::EntornoPrueba>();
         m_env->instalaExtension();
         m_env->conectaSesion(m_sesion);
-        exec(QStringLiteral("INSERT INTO ROLES_CLAVES_CLIENTES (ROL_CLAVE_CLI_ID, NOMBRE, ES_PPAL)"
-                            " VALUES (9001, 'Prueba principal', 'S')"));
-        exec(QStringLiteral("INSERT INTO ROLES_CLAVES_CLIENTES (ROL_CLAVE_CLI_ID, NOMBRE, ES_PPAL)"
-                            " VALUES (9002, 'Prueba alterna', 'N')"));
+        exec(u"INSERT INTO ROLES_CLAVES_CLIENTES (ROL_CLAVE_CLI_ID, NOMBRE, ES_PPAL)"
+             u" VALUES (9001, 'Prueba principal', 'S')"_s);
+        exec(u"INSERT INTO ROLES_CLAVES_CLIENTES (ROL_CLAVE_CLI_ID, NOMBRE, ES_PPAL)"
+             u" VALUES (9002, 'Prueba alterna', 'N')"_s);
         const QStringList clientes{u"101, 'ANA PÉREZ', 'A', 1500.50"_s,
                                    u"102, 'JUAN ANAYA', 'A', 0"_s,
                                    u"103, 'BAJA UNO', 'B', 0"_s,
                                    u"104, 'ZACARÍAS NÚÑEZ', 'A', 10"_s};
         for (const QString &c : clientes)
-            exec(QStringLiteral(
-                     "INSERT INTO CLIENTES (CLIENTE_ID, NOMBRE, ESTATUS, LIMITE_CREDITO) VALUES (")
+            exec(u"INSERT INTO CLIENTES (CLIENTE_ID, NOMBRE, ESTATUS, LIMITE_CREDITO) VALUES ("_s
                  + c + u')');
         const QStringList claves{u"201, 101, 'c-001', 9001"_s,
                                  u"202, 101, 'alt7', 9002"_s,
                                  u"203, 102, 'C-002', 9001"_s,
                                  u"204, 103, 'C-003', 9001"_s};
         for (const QString &c : claves)
-            exec(QStringLiteral(
-                     "INSERT INTO CLAVES_CLIENTES (CLAVE_CLIENTE_ID, CLIENTE_ID, CLAVE_CLIENTE,"
-                     " ROL_CLAVE_CLI_ID) VALUES (")
+            exec(u"INSERT INTO CLAVES_CLIENTES (CLAVE_CLIENTE_ID, CLIENTE_ID, CLAVE_CLIENTE,"
+                 u" ROL_CLAVE_CLI_ID) VALUES ("_s
                  + c + u')');
         for (const QString &c : {u"101, 'S', 'S'"_s, u"102, 'S', 'N'"_s, u"104, 'N', 'S'"_s})
-            exec(
-                QStringLiteral("UPDATE OR INSERT INTO LIBRES_CLIENTES (CLIENTE_ID, EMPLEADO_PUNTOS,"
-                               " ACTIVO_PUNTOS) VALUES (")
-                + c + u')');
-        exec(QStringLiteral("INSERT INTO EMPLEADOS (EMPLEADO_ID, NUMERO, NOMBRE_COMPLETO, ESTATUS)"
-                            " VALUES (301, 17, 'PEDRO GÓMEZ', 'A')"));
-        exec(QStringLiteral("INSERT INTO EMPLEADOS (EMPLEADO_ID, NUMERO, NOMBRE_COMPLETO, ESTATUS)"
-                            " VALUES (302, 18, 'DADO DE BAJA', 'B')"));
+            exec(u"UPDATE OR INSERT INTO LIBRES_CLIENTES (CLIENTE_ID, EMPLEADO_PUNTOS,"
+                 u" ACTIVO_PUNTOS) VALUES ("_s
+                 + c + u')');
+        exec(u"INSERT INTO EMPLEADOS (EMPLEADO_ID, NUMERO, NOMBRE_COMPLETO, ESTATUS)"
+             u" VALUES (301, 17, 'PEDRO GÓMEZ', 'A')"_s);
+        exec(u"INSERT INTO EMPLEADOS (EMPLEADO_ID, NUMERO, NOMBRE_COMPLETO, ESTATUS)"
+             u" VALUES (302, 18, 'DADO DE BAJA', 'B')"_s);
         exec(u"DELETE FROM ALMACENES"_s);
-        exec(QStringLiteral(
-            "INSERT INTO ALMACENES (ALMACEN_ID, NOMBRE) VALUES (401, 'ZONA NORTE')"));
-        exec(QStringLiteral("INSERT INTO ALMACENES (ALMACEN_ID, NOMBRE)"
-                            " VALUES (402, 'ALMACÉN GENERAL DE LA MATRIZ PRINCIPAL')"));
+        exec(u"INSERT INTO ALMACENES (ALMACEN_ID, NOMBRE) VALUES (401, 'ZONA NORTE')"_s);
+        exec(u"INSERT INTO ALMACENES (ALMACEN_ID, NOMBRE)"
+             u" VALUES (402, 'ALMACÉN GENERAL DE LA MATRIZ PRINCIPAL')"_s);
         m_sesion.UpdateCommit();
     }
 

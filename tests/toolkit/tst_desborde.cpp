@@ -52,13 +52,11 @@ private slots:
         t.appendRecord({u"46116860184273879.05"_s});
         lar::MemSql sql;
         sql.registerTable(u"tabla"_s, &t);
-        QCOMPARE(
-            sql.open(QStringLiteral(
-                         "select sum(importe) from tabla where importe < 46116860184273879.05"))
-                .field(0)
-                .value()
-                .value<Decimal>(),
-            Decimal(4611686018427387903, 2));
+        QCOMPARE(sql.open(u"select sum(importe) from tabla where importe < 46116860184273879.05"_s)
+                     .field(0)
+                     .value()
+                     .value<Decimal>(),
+                 Decimal(4611686018427387903, 2));
         QVERIFY_THROWS_EXCEPTION(fb::Error, sql.open(u"select sum(importe) from tabla"_s));
     }
 };

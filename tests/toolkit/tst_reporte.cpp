@@ -238,8 +238,8 @@ private slots:
         FuncionScript f;
         f.nombre = u"Desglosa"_s;
         f.categoria = u"Pruebas"_s;
-        f.firma = QStringLiteral(
-            "function Desglosa(Texto: string; var Antes, Despues: string; Fijo: string): Boolean;");
+        f.firma
+            = u"function Desglosa(Texto: string; var Antes, Despues: string; Fijo: string): Boolean;"_s;
         f.ejecuta = [](QVariantList &a, QVariant &resultado) {
             const QString t = a[0].toString();
             a[1] = t.section(u'/', 0, 0);
