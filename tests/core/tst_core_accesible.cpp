@@ -20,7 +20,6 @@
 #include <QComboBox>
 #include <QSignalSpy>
 #include <QTabBar>
-#include <QTest>
 #include <QToolButton>
 
 #include <memory>

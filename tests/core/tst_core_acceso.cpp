@@ -4,16 +4,8 @@
 #include "ayudagui.h"
 
 #include "core/acceso.h"
-#include "core/conecta.h"
 #include "support/guionmensajes.h"
-#include "support/testenv.h"
 #include "support/testmain.h"
-
-#include <QLineEdit>
-#include <QPushButton>
-#include <QTest>
-
-#include <memory>
 
 using namespace Qt::StringLiterals;
 using namespace lar;

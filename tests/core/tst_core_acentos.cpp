@@ -4,7 +4,6 @@
 
 #include "ayudagui.h"
 #include "support/guionmensajes.h"
-#include "support/testenv.h"
 #include "support/testmain.h"
 
 #include <QDir>

@@ -13,7 +13,6 @@
 #include "toolkit/mensajes.h"
 
 #include <QSignalSpy>
-#include <QTest>
 
 #include <stdexcept>
 

@@ -5,16 +5,13 @@
 #include "ayudagui.h"
 #include "fb/database.h"
 #include "fb/events.h"
-#include "fb/query.h"
 #include "fb/transaction.h"
 #include "support/guionmensajes.h"
-#include "support/testenv.h"
 #include "support/testmain.h"
 
 #include <QThread>
 
 #include <atomic>
-#include <memory>
 
 using namespace Qt::StringLiterals;
 using namespace lar;

@@ -15,7 +15,6 @@
 #include <QFile>
 
 #include <QRegularExpression>
-#include <QTest>
 
 using namespace Qt::StringLiterals;
 

@@ -11,15 +11,11 @@
 #include "db/dbscript.h"
 #include "support/guionmensajes.h"
 #include "support/testmain.h"
-#include "toolkit/ribbon.h"
-#include "toolkit/tag.h"
 
 #include <QAction>
 #include <QComboBox>
 #include <QListWidget>
 #include <QScreen>
-
-#include <memory>
 
 using namespace Qt::StringLiterals;
 using namespace lar;

@@ -10,7 +10,6 @@
 #include <QDateEdit>
 #include <QPushButton>
 #include <QTabBar>
-#include <QTest>
 
 using namespace Qt::StringLiterals;
 using namespace lar;

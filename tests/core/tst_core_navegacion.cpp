@@ -6,21 +6,14 @@
 #include "ayudagui.h"
 
 #include "core/acceso.h"
-#include "core/fmain.h"
 #include "core/navegacion.h"
 #include "support/guionmensajes.h"
 #include "support/testmain.h"
-#include "toolkit/tag.h"
 
 #include <QAction>
 #include <QComboBox>
 #include <QLabel>
-#include <QLineEdit>
-#include <QPushButton>
-#include <QTest>
 #include <QToolButton>
-
-#include <memory>
 
 using namespace Qt::StringLiterals;
 using namespace lar;

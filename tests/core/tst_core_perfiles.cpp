@@ -13,7 +13,6 @@
 #include <QFile>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QTest>
 
 using namespace Qt::StringLiterals;
 using namespace lar;

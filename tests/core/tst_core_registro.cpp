@@ -15,7 +15,6 @@
 #include "toolkit/memtable.h"
 
 #include <QDir>
-#include <QTest>
 
 using namespace Qt::StringLiterals;
 using lartest::ejecutaSql;

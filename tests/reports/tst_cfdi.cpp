@@ -17,7 +17,6 @@
 
 #include <QImage>
 #include <QRegularExpression>
-#include <QTest>
 
 #include <ZXing/ReadBarcode.h>
 

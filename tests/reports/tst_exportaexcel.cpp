@@ -13,7 +13,6 @@
 #include <QHeaderView>
 #include <QJsonArray>
 #include <QTemporaryDir>
-#include <QTest>
 
 using namespace Qt::StringLiterals;
 

@@ -11,8 +11,6 @@
 #include "toolkit/reporte/pintor.h"
 #include "toolkit/reporte/reporte.h"
 
-#include <QTest>
-
 using namespace Qt::StringLiterals;
 using namespace lar;
 

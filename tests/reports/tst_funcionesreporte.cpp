@@ -12,7 +12,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QTest>
 
 using namespace Qt::StringLiterals;
 using namespace lar;

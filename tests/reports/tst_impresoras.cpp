@@ -10,7 +10,6 @@
 #include <QPrinter>
 #include <QPrinterInfo>
 #include <QProcess>
-#include <QTest>
 
 using namespace Qt::StringLiterals;
 

@@ -2,14 +2,10 @@
 // Microsip with the extension installed.
 #include "ayudareportes.h"
 #include "core/ayudagui.h"
-#include "core/registro.h"
-#include "core/sesion.h"
 #include "reports/formas.h"
 #include "reports/imprimirforma.h"
 #include "reports/preview.h"
-#include "support/entornoprueba.h"
 #include "support/guionmensajes.h"
-#include "support/testenv.h"
 #include "support/testmain.h"
 #include "toolkit/memgrid.h"
 #include "toolkit/memtable.h"
@@ -23,12 +19,9 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
-#include <QLineEdit>
 #include <QPrinterInfo>
-#include <QPushButton>
 #include <QSignalSpy>
 #include <QTabWidget>
-#include <QTest>
 #include <QToolButton>
 
 using namespace Qt::StringLiterals;

@@ -3,8 +3,6 @@
 // the customer's two roads, the limits, the search, printing and export.
 #include "ayudareportes.h"
 #include "core/ayudagui.h"
-#include "core/registro.h"
-#include "core/sesion.h"
 #include "microsip/sim/documentos.h"
 #include "reports/formas.h"
 #include "reports/imprimirforma.h"
@@ -13,12 +11,10 @@
 #include "reports/rep_porcliente.h"
 #include "shared/flista.h"
 #include "support/accesibilidad.h"
-#include "support/entornoprueba.h"
 #include "support/guionmensajes.h"
 #include "support/guionshell.h"
 #include "support/lectorxls.h"
 #include "support/sqlprueba.h"
-#include "support/testenv.h"
 #include "support/testmain.h"
 #include "toolkit/memgrid.h"
 #include "toolkit/memtable.h"
@@ -26,10 +22,7 @@
 #include <QDateEdit>
 #include <QDir>
 #include <QJsonArray>
-#include <QLineEdit>
-#include <QPushButton>
 #include <QRadioButton>
-#include <QTest>
 #include <QToolButton>
 
 using namespace lar;

@@ -12,13 +12,10 @@
 #include "support/sqlprueba.h"
 #include "support/testmain.h"
 #include "toolkit/memtable.h"
-#include "toolkit/ribbon.h"
 
 #include <QAction>
 #include <QMenu>
 #include <QToolButton>
-
-#include <memory>
 
 using namespace Qt::StringLiterals;
 using namespace lar;

@@ -10,16 +10,11 @@
 #include "support/accesibilidad.h"
 #include "support/guionmensajes.h"
 #include "support/sqlprueba.h"
-#include "support/testenv.h"
 #include "support/testmain.h"
 #include "toolkit/memtable.h"
-#include "toolkit/ribbon.h"
 #include "toolkit/safecheckgroup.h"
-#include "toolkit/tag.h"
 
 #include <QLabel>
-
-#include <memory>
 
 using namespace Qt::StringLiterals;
 using namespace lar;

@@ -21,7 +21,6 @@
 #include <QPushButton>
 #include <QScreen>
 
-#include <QTest>
 #include <QTimer>
 
 using namespace Qt::StringLiterals;

@@ -9,8 +9,6 @@
 #include "toolkit/memgrid.h"
 #include "toolkit/memtable.h"
 
-#include <QTest>
-
 using namespace Qt::StringLiterals;
 
 using lar::FieldType;

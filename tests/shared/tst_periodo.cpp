@@ -10,7 +10,6 @@
 #include <QRadioButton>
 #include <QSpinBox>
 
-#include <QTest>
 #include <QTimer>
 
 using namespace Qt::StringLiterals;

@@ -6,8 +6,6 @@
 #include "toolkit/memsql.h"
 #include "toolkit/memtable.h"
 
-#include <QTest>
-
 using namespace Qt::StringLiterals;
 
 using fb::Decimal;

@@ -7,7 +7,6 @@
 #include "toolkit/hojacalculo.h"
 
 #include <QFile>
-#include <QTest>
 
 using namespace Qt::StringLiterals;
 

@@ -5,8 +5,6 @@
 #include "toolkit/memsql.h"
 #include "toolkit/memtable.h"
 
-#include <QTest>
-
 using namespace Qt::StringLiterals;
 
 using lar::FieldType;

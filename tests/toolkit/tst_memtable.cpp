@@ -14,7 +14,6 @@
 #include "toolkit/wordsearch.h"
 
 #include <QSignalSpy>
-#include <QTest>
 
 using namespace Qt::StringLiterals;
 

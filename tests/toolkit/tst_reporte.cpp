@@ -13,8 +13,6 @@
 
 #include <freexl.h>
 
-#include <QTest>
-
 using namespace Qt::StringLiterals;
 using namespace lar::reporte;
 using lartest::textosDe;

@@ -5,7 +5,6 @@
 #include "toolkit/safecheckgroup.h"
 
 #include <QSignalSpy>
-#include <QTest>
 
 using namespace Qt::StringLiterals;
 
