@@ -10,6 +10,7 @@
 #include "core/presentacion.h"
 #include "db/dbscript.h"
 #include "support/guionmensajes.h"
+#include "support/sqlprueba.h"
 #include "support/testmain.h"
 
 #include <QAction>
@@ -24,16 +25,6 @@ using lartest::Arranque;
 using lartest::entra;
 
 namespace {
-
-QString valorConfig(Sesion &s, const QString &sql)
-{
-    fb::Query q(&s.fbConfig(), &s.fbConfigTrans());
-    q.setSql(sql);
-    q.open();
-    const QString v = q.eof() ? QString() : q.field(0).toTrimmed();
-    q.close();
-    return v;
-}
 
 // Enter typed into whatever has the focus, as the user presses it.
 void enter(QWidget *ventana)
@@ -125,14 +116,14 @@ private slots:
             QVERIFY2(b->isEnabled(), qPrintable(b->objectName()));
         QCOMPARE(m.fPanelFondo->texto, u"Empresa de demostración"_s);
         // The last company is remembered in Microsip's registry of the configuration.
-        const QString id = valorConfig(
-            m.sesion(), u"select empresa_id from empresas where nombre_corto='DEMO'"_s);
-        QCOMPARE(valorConfig(
-                     m.sesion(),
+        fb::Database &config = m.sesion().fbConfig();
+        QCOMPARE(lartest::filasSql(
+                     config,
                      u"select valor from registry where nombre='Empresa' and padre_id="
                      u"(select elemento_id from registry where nombre='Microsip' and padre_id="
                      u"(select elemento_id from registry where nombre='SYSDBA' and padre_id=0))"_s),
-                 id);
+                 lartest::filasSql(config,
+                                   u"select empresa_id from empresas where nombre_corto='DEMO'"_s));
         QTRY_VERIFY(reinicios >= 1);
         TfMain::RutinaReinicio() = {};
         QVERIFY(!a.terminada);
@@ -336,13 +327,11 @@ private slots:
         {
             Arranque a;
             bool vioEmpresas = false;
-            alAparecer<TfConecta>([](TfConecta *f) { entra(f, u"ana"_s); });
             QPointer<QTimer> espia = alAparecer<TfEmpresas>([&](TfEmpresas *e) {
                 vioEmpresas = true;
                 e->reject();
             });
-            a.m.show();
-            QTRY_COMPARE_WITH_TIMEOUT(a.m.windowTitle(), u"Empresa de demostración - ANA"_s, 20000);
+            QVERIFY(lartest::entraAlMain(a.m, u"ana"_s, u"x"_s));
             QVERIFY(a.m.sesion().fbDatabase().databaseName().endsWith(u"OTRA.fdb"_s));
             QCOMPARE(a.m.sesion().Permisos[72], 1u);
             QVERIFY(!vioEmpresas);
