@@ -1,5 +1,6 @@
 // The forms store, the print dialog and the preview, offscreen on a stand-in
 // Microsip with the extension installed.
+#include "../toolkit/lectorfreexl.h"
 #include "ayudareportes.h"
 #include "core/ayudagui.h"
 #include "reports/formas.h"
@@ -14,7 +15,6 @@
 
 #include "support/accesibilidad.h"
 #include <QAccessible>
-#include <freexl.h>
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -52,16 +52,8 @@ QByteArray listado(const QString &titulo)
 
 QString primeraCelda(const QString &xls)
 {
-    const void *h = nullptr;
-    if (freexl_open(QFile::encodeName(xls).constData(), &h) != FREEXL_OK)
-        return u"<no se abre>"_s;
-    freexl_select_active_worksheet(h, 0);
-    FreeXL_CellValue v{};
-    freexl_get_cell_value(h, 0, 0, &v);
-    const QString t
-        = v.type == FREEXL_CELL_SST_TEXT ? QString::fromUtf8(v.value.text_value) : QString();
-    freexl_close(h);
-    return t;
+    const lartest::LibroFreexl x(xls);
+    return x.h && x.hoja(0) ? x.texto(0, 0) : u"<no se abre>"_s;
 }
 
 } // namespace

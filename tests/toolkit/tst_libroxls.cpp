@@ -1,6 +1,7 @@
 // The .xls writer, read back by two readers that owe it nothing: freexl (C) and
 // xlrd (Python), cells, types and number formats.
 
+#include "lectorfreexl.h"
 #include "support/lectorxls.h"
 #include "support/testmain.h"
 #include "toolkit/libroxls.h"
@@ -9,61 +10,9 @@
 #include <QJsonObject>
 #include <QTemporaryDir>
 
-#include <freexl.h>
-
 using namespace Qt::StringLiterals;
 
-namespace {
-
-struct LibroFreexl
-{
-    const void *h = nullptr;
-    int codigo = 0; // freexl_open's result
-    explicit LibroFreexl(const QString &ruta)
-    {
-        codigo = freexl_open(QFile::encodeName(ruta).constData(), &h);
-        if (codigo != FREEXL_OK)
-            h = nullptr;
-    }
-    ~LibroFreexl()
-    {
-        if (h)
-            freexl_close(h);
-    }
-    unsigned info(unsigned short que) const
-    {
-        unsigned v = 0;
-        freexl_get_info(h, que, &v);
-        return v;
-    }
-    FreeXL_CellValue celda(unsigned fila, unsigned short col) const
-    {
-        FreeXL_CellValue v{};
-        const int r = freexl_get_cell_value(h, fila, col, &v);
-        if (r != FREEXL_OK)
-            v.type = 0;
-        return v;
-    }
-    QString texto(unsigned fila, unsigned short col) const
-    {
-        const FreeXL_CellValue v = celda(fila, col);
-        if (v.type != FREEXL_CELL_SST_TEXT && v.type != FREEXL_CELL_TEXT
-            && v.type != FREEXL_CELL_DATE && v.type != FREEXL_CELL_DATETIME)
-            return u"<tipo %1>"_s.arg(v.type);
-        return QString::fromUtf8(v.value.text_value);
-    }
-    double numero(unsigned fila, unsigned short col) const
-    {
-        const FreeXL_CellValue v = celda(fila, col);
-        if (v.type == FREEXL_CELL_INT)
-            return v.value.int_value;
-        if (v.type == FREEXL_CELL_DOUBLE)
-            return v.value.double_value;
-        return qQNaN();
-    }
-};
-
-} // namespace
+using lartest::LibroFreexl;
 
 class TestLibroXls : public QObject
 {
