@@ -7,6 +7,7 @@
 #include "shared/listas.h"
 #include "support/entornoprueba.h"
 #include "support/guionmensajes.h"
+#include "support/sqlprueba.h"
 #include "support/testmain.h"
 #include "toolkit/memgrid.h"
 #include "toolkit/memtable.h"
@@ -360,23 +361,20 @@ private slots:
     {
         m_env = std::make_unique<lartest::EntornoPrueba>();
         m_env->conectaSesion(m_sesion);
-        fb::Query q(&m_sesion.fbDatabase(), &m_sesion.fbUpdateTrans());
         for (const QString &c : {u"101, 'ANA PÉREZ', 'A'"_s,
                                  u"102, 'JUAN ANAYA', 'A'"_s,
                                  u"103, 'BAJA UNO', 'B'"_s,
                                  u"104, 'ZACARÍAS NÚÑEZ', 'A'"_s,
-                                 u"105, 'PATRICK O''BRIEN', 'A'"_s}) {
-            q.setSql(u"INSERT INTO CLIENTES (CLIENTE_ID, NOMBRE, ESTATUS) VALUES ("_s + c + u')');
-            q.execute();
-        }
-        q.setSql(u"INSERT INTO ROLES_CLAVES_CLIENTES (ROL_CLAVE_CLI_ID, NOMBRE) "
-                 u"VALUES (9001, 'Prueba')"_s);
-        q.execute();
-        q.setSql(u"INSERT INTO CLAVES_CLIENTES VALUES (201, 101, 'C-001', 9001)"_s);
-        q.execute();
-        q.setSql(u"INSERT INTO CLAVES_CLIENTES VALUES (202, 101, 'ALT7', 9001)"_s);
-        q.execute();
-        m_sesion.UpdateCommit();
+                                 u"105, 'PATRICK O''BRIEN', 'A'"_s})
+            lartest::ejecutaSql(m_sesion.fbDatabase(),
+                                u"INSERT INTO CLIENTES (CLIENTE_ID, NOMBRE, ESTATUS) VALUES ("_s + c
+                                    + u')');
+        for (
+            const QString &sql :
+            {u"INSERT INTO ROLES_CLAVES_CLIENTES (ROL_CLAVE_CLI_ID, NOMBRE) VALUES (9001, 'Prueba')"_s,
+             u"INSERT INTO CLAVES_CLIENTES VALUES (201, 101, 'C-001', 9001)"_s,
+             u"INSERT INTO CLAVES_CLIENTES VALUES (202, 101, 'ALT7', 9001)"_s})
+            lartest::ejecutaSql(m_sesion.fbDatabase(), sql);
     }
 
     void muestraListaMemoryPath()

@@ -5,6 +5,7 @@
 #include "fb/query.h"
 #include "shared/listas.h"
 #include "support/entornoprueba.h"
+#include "support/sqlprueba.h"
 #include "support/testmain.h"
 #include "toolkit/memgrid.h"
 #include "toolkit/memtable.h"
@@ -22,12 +23,7 @@ private:
     std::unique_ptr<lartest::EntornoPrueba> m_env;
     lar::Sesion m_sesion;
 
-    void exec(const QString &sql)
-    {
-        fb::Query q(&m_sesion.fbDatabase(), &m_sesion.fbUpdateTrans());
-        q.setSql(sql);
-        q.execute();
-    }
+    void exec(const QString &sql) { lartest::ejecutaSql(m_sesion.fbDatabase(), sql); }
 
 private slots:
     void parseColLista_data()
@@ -182,7 +178,6 @@ private slots:
         exec(u"INSERT INTO ALMACENES (ALMACEN_ID, NOMBRE) VALUES (401, 'ZONA NORTE')"_s);
         exec(u"INSERT INTO ALMACENES (ALMACEN_ID, NOMBRE)"
              u" VALUES (402, 'ALMACÉN GENERAL DE LA MATRIZ PRINCIPAL')"_s);
-        m_sesion.UpdateCommit();
     }
 
     void cargaClientes()
