@@ -318,19 +318,20 @@ private slots:
         const QString entrada
             = lartest::filasSql(m_s->fbDatabase(), u"select docto_id from cfd_recibidos"_s)
                   .value(0);
-        const QString script = u"(function() { var m = CfdGetMetodoDePagoFromDocto(%1, '%2', 'X');"
-                               u" return m + ';' + CfdGetCadenaOriginalTimbre(); })()"_s;
-        QCOMPARE(lartest::correScript(script.arg(ventas[0]).arg(u"VE"), {}, &m_s->fbDatabase()),
+        // The method of payment, then the stamp's string of the document read.
+        auto metodo = [&](const QString &docto, const QString &sistema) {
+            return lartest::correScript(
+                u"(function() { var m = CfdGetMetodoDePagoFromDocto(%1, '%2', 'X');"
+                u" return m + ';' + CfdGetCadenaOriginalTimbre(); })()"_s.arg(docto, sistema),
+                {},
+                &m_s->fbDatabase());
+        };
+        QCOMPARE(metodo(ventas[0], u"VE"_s),
                  u"01;||6F3C1A2B-8D4E-4F5A-9B6C-7D8E9F0A1B2C|2016-05-10T11:33:02||"_s);
         // The 3.3 document spells it MetodoPago: the 3.2 name gives nothing.
-        QCOMPARE(lartest::correScript(script.arg(ventas[1]).arg(u"PV"), {}, &m_s->fbDatabase())
-                     .section(u';', 0, 0),
-                 QString());
-        QCOMPARE(lartest::correScript(script.arg(entrada).arg(u"CM"), {}, &m_s->fbDatabase())
-                     .section(u';', 0, 0),
-                 u"01"_s);
-        const QString ninguno
-            = lartest::correScript(script.arg(entrada).arg(u"VE"), {}, &m_s->fbDatabase());
+        QCOMPARE(metodo(ventas[1], u"PV"_s).section(u';', 0, 0), QString());
+        QCOMPARE(metodo(entrada, u"CM"_s).section(u';', 0, 0), u"01"_s);
+        const QString ninguno = metodo(entrada, u"VE"_s);
         QVERIFY2(ninguno.endsWith(u"No se encontro documento XML."), qPrintable(ninguno));
     }
 
