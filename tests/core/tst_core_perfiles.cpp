@@ -27,12 +27,6 @@ void escribe(const QString &ruta, const QByteArray &texto)
     f.write(texto);
 }
 
-QByteArray lee(const QString &ruta)
-{
-    QFile f(ruta);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
 const QByteArray kComun = R"(<?xml version="1.0" encoding="UTF-8"?>
 <ProgramData>
   <LocalMachine>
@@ -161,7 +155,9 @@ private slots:
         FijaNodo(barra, u"Usuario"_s, u"PEPE"_s);
         FijaNodo(barra, u"Conexi_n"_s, u"Local"_s); // added
         GuardaXml(doc, ruta);
-        const QString texto = QString::fromUtf8(lee(ruta));
+        QFile guardado(ruta);
+        QVERIFY(guardado.open(QIODevice::ReadOnly));
+        const QString texto = QString::fromUtf8(guardado.readAll());
         QVERIFY(texto.contains(u"\n  <CurrentUser>\n    <ana>"_s));
         QVERIFY(texto.contains(u"<Usuario>PEPE</Usuario>"_s));
         QVERIFY(texto.contains(u"<Conexi_n>Local</Conexi_n>"_s));

@@ -113,33 +113,30 @@ private slots:
         QVERIFY(QTest::qWaitForWindowExposed(&g));
 
         // Five boxes in two columns: three rows, filled down the first column.
-        const auto b = [&](int i) {
-            return g.boton(i);
-        };
-        QCOMPARE(b(0)->x(), b(1)->x());
-        QCOMPARE(b(0)->x(), b(2)->x());
-        QCOMPARE(b(3)->y(), b(0)->y());
-        QCOMPARE(b(4)->y(), b(1)->y());
-        QVERIFY(b(3)->x() > b(0)->x());
-        QCOMPARE(b(0)->x(), 5);
-        QCOMPARE(b(0)->width(), 100); // (210 - 10) / 2
+        QCOMPARE(g.boton(0)->x(), g.boton(1)->x());
+        QCOMPARE(g.boton(0)->x(), g.boton(2)->x());
+        QCOMPARE(g.boton(3)->y(), g.boton(0)->y());
+        QCOMPARE(g.boton(4)->y(), g.boton(1)->y());
+        QVERIFY(g.boton(3)->x() > g.boton(0)->x());
+        QCOMPARE(g.boton(0)->x(), 5);
+        QCOMPARE(g.boton(0)->width(), 100); // (210 - 10) / 2
         // Rows of one height, the leftover split above and below.
-        const int alto = b(0)->height();
-        QCOMPARE(b(1)->y() - b(0)->y(), alto);
-        QCOMPARE(b(2)->y() - b(1)->y(), alto);
-        QVERIFY(b(0)->y() > 0); // below the title
-        QVERIFY(b(2)->y() + alto <= g.height());
+        const int alto = g.boton(0)->height();
+        QCOMPARE(g.boton(1)->y() - g.boton(0)->y(), alto);
+        QCOMPARE(g.boton(2)->y() - g.boton(1)->y(), alto);
+        QVERIFY(g.boton(0)->y() > 0); // below the title
+        QVERIFY(g.boton(2)->y() + alto <= g.height());
         QVERIFY(3 * alto > g.height() / 2); // the rows share the height, not their own size
 
         // Right to left: the columns mirror.
         g.setLayoutDirection(Qt::RightToLeft);
-        QCOMPARE(b(0)->x(), 210 - 5 - 100);
-        QVERIFY(b(3)->x() < b(0)->x());
+        QCOMPARE(g.boton(0)->x(), 210 - 5 - 100);
+        QVERIFY(g.boton(3)->x() < g.boton(0)->x());
 
         // A wider group: the boxes follow.
         g.setLayoutDirection(Qt::LeftToRight);
         g.resize(410, 160);
-        QCOMPARE(b(0)->width(), 200);
+        QCOMPARE(g.boton(0)->width(), 200);
     }
 };
 
