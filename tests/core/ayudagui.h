@@ -1,7 +1,8 @@
 #pragma once
 
-// Helpers of the core GUI suites: answering the modal dialogs of a flow that runs
-// inside the window's own event handlers, and a stand-in Microsip prepared for it.
+// Helpers of the GUI suites: answering the modal dialogs of a flow that runs inside
+// the window's own event handlers, a stand-in Microsip prepared for it, logging in
+// through the main window, and the ribbon checked against the rights.
 
 #include "core/conecta.h"
 #include "core/fmain.h"
