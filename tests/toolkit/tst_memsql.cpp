@@ -58,48 +58,37 @@ private slots:
     {
         QTest::addColumn<QString>("sql");
         QTest::addColumn<QVariant>("expected");
-        // The statements of the capture, word for word.
-        QTest::newRow("stock check")
-            << "SELECT sum(unidades) as unid FROM tabla WHERE articulo_id = 10" << QVariant(5LL);
-        QTest::newRow("stock check, no line")
-            << "SELECT sum(unidades) as unid FROM tabla WHERE articulo_id = 99" << QVariant();
-        QTest::newRow("other articles, id quoted")
-            << "Select count(*)  FROM tabla where articulo_id <> '10'" << QVariant(2LL);
-        QTest::newRow("ticket units, id quoted")
-            << "Select Sum(Unidades)  FROM tabla where articulo_id = '11'" << QVariant(1LL);
-        // The subset around them.
-        QTest::newRow("count of none")
-            << "select count(*) from tabla where articulo_id > 100" << QVariant(0LL);
-        QTest::newRow("count skips nulls") << "select count(unidades) from tabla" << QVariant(3LL);
-        QTest::newRow("sum of a float")
-            << "select sum(CostoUltimaCompra) from TABLA" << QVariant(5.25);
-        QTest::newRow("sum of money is exact")
-            << "select sum(importe) from tabla" << QVariant::fromValue(fb::Decimal(1535, 2));
-        QTest::newRow("min of text") << u"select min(clave) from tabla"_s << QVariant(u"A10"_s);
-        QTest::newRow("max with condition")
-            << "select max(unidades) from tabla where clave <> 'A10'" << QVariant(1LL);
-        QTest::newRow("and binds before or") << "select count(*) from tabla where articulo_id = 11 "
-                                                "or articulo_id = 10 and unidades = 3"
-                                             << QVariant(2LL);
-        QTest::newRow("parentheses") << "select count(*) from tabla where (articulo_id = 11 or "
-                                        "articulo_id = 10) and unidades = 3"
-                                     << QVariant(1LL);
-        QTest::newRow("null compares false")
-            << "select count(*) from tabla where unidades <> 2" << QVariant(2LL);
-        QTest::newRow("doubled quote")
-            << "select count(*) from tabla where clave = 'O''Brien'" << QVariant(1LL);
-        QTest::newRow("trailing blanks")
-            << "select count(*) from tabla where clave = 'A10  '" << QVariant(2LL);
-        QTest::newRow("negative and decimal")
-            << "select count(*) from tabla where importe >= -1 and importe < 5.06" << QVariant(2LL);
-        QTest::newRow("column against column")
-            << "select count(*) from tabla where unidades >= articulo_id" << QVariant(0LL);
-        QTest::newRow("comments of both kinds")
-            << "select count(*) /* of ; all */ from tabla -- where clave = 'x'\n"
-               "where clave = 'O''Brien' or clave = '--'"
-            << QVariant(1LL);
-        QTest::newRow("text case counts")
-            << "select count(*) from tabla where clave = 'a10'" << QVariant(0LL);
+        // The statements of the capture, word for word, then the subset around them:
+        // AND binds before OR, NULL compares false, text compares with its case and
+        // without trailing blanks.
+        const QList<std::pair<const char *, QVariant>> casos
+            = {{"SELECT sum(unidades) as unid FROM tabla WHERE articulo_id = 10", 5LL},
+               {"SELECT sum(unidades) as unid FROM tabla WHERE articulo_id = 99", QVariant()},
+               {"Select count(*)  FROM tabla where articulo_id <> '10'", 2LL},
+               {"Select Sum(Unidades)  FROM tabla where articulo_id = '11'", 1LL},
+               {"select count(*) from tabla where articulo_id > 100", 0LL},
+               {"select count(unidades) from tabla", 3LL},
+               {"select sum(CostoUltimaCompra) from TABLA", 5.25},
+               {"select sum(importe) from tabla", QVariant::fromValue(fb::Decimal(1535, 2))},
+               {"select min(clave) from tabla", u"A10"_s},
+               {"select max(unidades) from tabla where clave <> 'A10'", 1LL},
+               {"select count(*) from tabla where articulo_id = 11 or articulo_id = 10 and "
+                "unidades = 3",
+                2LL},
+               {"select count(*) from tabla where (articulo_id = 11 or articulo_id = 10) and "
+                "unidades = 3",
+                1LL},
+               {"select count(*) from tabla where unidades <> 2", 2LL},
+               {"select count(*) from tabla where clave = 'O''Brien'", 1LL},
+               {"select count(*) from tabla where clave = 'A10  '", 2LL},
+               {"select count(*) from tabla where importe >= -1 and importe < 5.06", 2LL},
+               {"select count(*) from tabla where unidades >= articulo_id", 0LL},
+               {"select count(*) /* of ; all */ from tabla -- where clave = 'x'\n"
+                "where clave = 'O''Brien' or clave = '--'",
+                1LL},
+               {"select count(*) from tabla where clave = 'a10'", 0LL}};
+        for (const auto &[sql, esperado] : casos)
+            QTest::newRow(sql) << QString::fromUtf8(sql) << esperado;
     }
 
     void scalars()
