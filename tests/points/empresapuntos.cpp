@@ -1,11 +1,11 @@
 #include "empresapuntos.h"
+#include "consultas.h"
 
 #include "db/actualizadb.h"
 #include "fb/error.h"
 #include "fb/query.h"
 #include "fb/transaction.h"
 #include "microsip/sim/puntos.h"
-#include "points/ledger.h"
 
 #include <QCoreApplication>
 #include <QProcess>
@@ -120,11 +120,7 @@ void EmpresaPuntos::cambia(const QString &cambios, const QString &escenario)
 
 void EmpresaPuntos::ejecuta(const QString &sql)
 {
-    fb::Transaction tr(&m_db);
-    fb::Query q(&m_db, &tr);
-    q.setSql(sql);
-    q.execute();
-    tr.commit();
+    lartest::ejecuta(m_db, sql);
 }
 
 QVariant EmpresaPuntos::valor(const QString &sql)
@@ -153,11 +149,7 @@ QString EmpresaPuntos::firma(int docto)
 
 int EmpresaPuntos::saldo(int cliente)
 {
-    fb::Transaction tr(&m_db);
-    fb::Query q(&m_db, &tr);
-    const int s = lar::SaldoCliente(cliente, q);
-    tr.commit();
-    return s;
+    return lartest::saldo(m_db, cliente);
 }
 
 QPair<QStringList, QStringList> EmpresaPuntos::juega(const QString &guion)

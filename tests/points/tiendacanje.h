@@ -26,7 +26,7 @@ struct Tienda
     int almacen = 0;
     int cliente = 0;
     int art1 = 0, art2 = 0, boleto = 0;
-    QString clave1, clave2, claveBoleto;
+    QString clave1, clave2, claveBoleto, claveCliente;
 
     explicit Tienda(bool foliosConceptos, bool servidor = false)
     {
@@ -61,6 +61,9 @@ struct Tienda
         clave1 = clave(art1);
         clave2 = clave(art2);
         claveBoleto = clave(boleto);
+        claveCliente = texto(QStringLiteral("select first 1 clave_cliente from claves_clientes "
+                                            "where cliente_id=%1")
+                                 .arg(cliente));
         for (int a : {art1, art2, boleto})
             ejecuta(QStringLiteral("update or insert into libres_articulos (articulo_id, "
                                    "valor_puntos) values (%1, 10)")

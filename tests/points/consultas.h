@@ -1,0 +1,53 @@
+#pragma once
+
+// Reading and writing a company straight through an attachment, each call in a
+// transaction of its own, for the points suites.
+
+#include "points/ledger.h"
+
+#include "fb/database.h"
+#include "fb/query.h"
+#include "fb/transaction.h"
+
+#include <QStringList>
+
+namespace lartest {
+
+// One statement, committed.
+inline void ejecuta(fb::Database &db, const QString &sql)
+{
+    fb::Transaction tr(&db);
+    fb::Query q(&db, &tr);
+    q.setSql(sql);
+    q.execute();
+    tr.commit();
+}
+
+// Every row of a query, its fields trimmed and joined by '|', NULL as "null".
+inline QStringList filas(fb::Database &db, const QString &sql)
+{
+    fb::Transaction tr(&db);
+    fb::Query q(&db, &tr);
+    q.setTrimChars(true);
+    q.setSql(sql);
+    QStringList out;
+    for (q.open(); !q.eof(); q.next()) {
+        QStringList c;
+        for (int i = 0; i < q.fieldCount(); ++i)
+            c << (q.field(i).isNull() ? QStringLiteral("null") : q.field(i).toTrimmed());
+        out << c.join(u'|');
+    }
+    tr.commit();
+    return out;
+}
+
+inline int saldo(fb::Database &db, int cliente)
+{
+    fb::Transaction tr(&db);
+    fb::Query q(&db, &tr);
+    const int s = lar::SaldoCliente(cliente, q);
+    tr.commit();
+    return s;
+}
+
+} // namespace lartest
