@@ -1,14 +1,12 @@
 // Manual points movement through the real form: several customers in one save,
 // withdrawals capped at the balance, the checks before a save, the folio series.
 
+#include "consultas.h"
+
 #include "core/registro.h"
 #include "core/sesion.h"
-#include "fb/database.h"
-#include "fb/query.h"
-#include "fb/transaction.h"
 #include "points/asignapuntos.h"
 #include "points/asignapuntos_forma.h"
-#include "points/ledger.h"
 #include "shared/flista.h"
 #include "support/accesibilidad.h"
 #include "support/entornoprueba.h"
@@ -38,29 +36,8 @@ class TstMovimientos : public QObject
     std::unique_ptr<lartest::EntornoPrueba> m_env;
     Sesion m_s;
 
-    void ejecuta(const QString &sql)
-    {
-        fb::Query q(&m_s.fbDatabase(), &m_s.fbUpdateTrans());
-        q.setSql(sql);
-        q.execute();
-        m_s.UpdateCommit();
-    }
-
-    QStringList filas(const QString &sql)
-    {
-        fb::Transaction tr(&m_s.fbDatabase());
-        fb::Query q(&m_s.fbDatabase(), &tr);
-        q.setSql(sql);
-        QStringList out;
-        for (q.open(); !q.eof(); q.next()) {
-            QStringList c;
-            for (int i = 0; i < q.fieldCount(); ++i)
-                c << (q.field(i).isNull() ? u"null"_s : q.field(i).toTrimmed());
-            out << c.join(u'|');
-        }
-        tr.commit();
-        return out;
-    }
+    void ejecuta(const QString &sql) { lartest::ejecuta(m_s.fbDatabase(), sql); }
+    QStringList filas(const QString &sql) { return lartest::filas(m_s.fbDatabase(), sql); }
 
     // The rows of one folio: customer|NATURALEZA|VALOR_PUNTOS|PARTIDA, in PARTIDA order.
     QStringList movimiento(const QString &folio)
@@ -69,12 +46,7 @@ class TstMovimientos : public QObject
                      "WHERE folio = '%1' ORDER BY partida"_s.arg(folio));
     }
 
-    int saldo(int cliente)
-    {
-        fb::Transaction tr(&m_s.fbDatabase());
-        fb::Query q(&m_s.fbDatabase(), &tr);
-        return SaldoCliente(cliente, q);
-    }
+    int saldo(int cliente) { return lartest::saldo(m_s.fbDatabase(), cliente); }
 
     QString folioPuntos() { return LeeRegistro(m_s, u"Folio Puntos"_s); }
 
