@@ -41,6 +41,20 @@ inline QStringList filas(fb::Database &db, const QString &sql)
     return out;
 }
 
+// The first field of the first row, trimmed; null without rows.
+inline QVariant valor(fb::Database &db, const QString &sql)
+{
+    fb::Transaction tr(&db);
+    fb::Query q(&db, &tr);
+    q.setTrimChars(true);
+    q.setSql(sql);
+    q.open();
+    const QVariant v = q.eof() ? QVariant() : q.field(0).toVariant();
+    q.close();
+    tr.commit();
+    return v;
+}
+
 inline int saldo(fb::Database &db, int cliente)
 {
     fb::Transaction tr(&db);

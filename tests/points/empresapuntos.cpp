@@ -3,8 +3,6 @@
 
 #include "db/actualizadb.h"
 #include "fb/error.h"
-#include "fb/query.h"
-#include "fb/transaction.h"
 #include "microsip/sim/puntos.h"
 
 #include <QCoreApplication>
@@ -125,15 +123,7 @@ void EmpresaPuntos::ejecuta(const QString &sql)
 
 QVariant EmpresaPuntos::valor(const QString &sql)
 {
-    fb::Transaction tr(&m_db);
-    fb::Query q(&m_db, &tr);
-    q.setTrimChars(true);
-    q.setSql(sql);
-    q.open();
-    const QVariant v = q.eof() ? QVariant() : q.field(0).toVariant();
-    q.close();
-    tr.commit();
-    return v;
+    return lartest::valor(m_db, sql);
 }
 
 QString EmpresaPuntos::firma(int docto)
