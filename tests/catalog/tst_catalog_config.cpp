@@ -242,11 +242,9 @@ private slots:
         f->close(); // without saving
         m_s.reset();
         QCOMPARE(activo(3), u"S"_s);
-        QCOMPARE(m_emp
-                     ->valor(u"SELECT COUNT(*) FROM LIBRES_CLIENTES WHERE "
-                             "CLIENTE_ID = 2"_s)
-                     .toInt(),
-                 0);
+        QCOMPARE(
+            m_emp->valor(u"SELECT COUNT(*) FROM LIBRES_CLIENTES WHERE CLIENTE_ID = 2"_s).toInt(),
+            0);
         QVERIFY(abre(3, false)->mDetalle->isEmpty());
     }
 
@@ -495,10 +493,9 @@ private slots:
             f.chkBoleto->setChecked(false);
             f.mlineaspuntos->appendRecord({30, 5, QVariant::fromValue(fb::Decimal::fromInt(10))});
         });
-        juega(u"sell f c1 d1 100x1 105x2; sell g c14 d1 100x1; =saldo1 107; =g;"
-              "=[SELECT COUNT(*) FROM LAR_PUNTOS WHERE CLIENTE_ID = 1 AND TIPO_DOCTO "
-              "= 'L'] 2; =[SELECT VALOR FROM LAR_REGISTRO WHERE NOMBRE = 'No. de "
-              "vtas'] 0"_s);
+        juega(u"sell f c1 d1 100x1 105x2; sell g c14 d1 100x1; =saldo1 107; =g;=[SELECT COUNT(*) "
+              "FROM LAR_PUNTOS WHERE CLIENTE_ID = 1 AND TIPO_DOCTO = 'L'] 2; =[SELECT VALOR FROM "
+              "LAR_REGISTRO WHERE NOMBRE = 'No. de vtas'] 0"_s);
         // Under by-line points the ticket flag can't be off; the lines were replaced.
         QCOMPARE(valor(u"UsarArtBoleto"_s), u"S"_s);
         QCOMPARE(valor(u"Puntos Importe Activo"_s), u"N"_s);
@@ -508,13 +505,11 @@ private slots:
     void guardadoFallidoNoPierdeLasLineas()
     {
         const QString lineas = u"SELECT LIST(L, ' ') FROM (SELECT LINEA_ID || ':' || PUNTOS || ':' "
-                               u"|| IMPORTE L FROM "
-                               "LAR_PUNTOSLINEAS ORDER BY LINEA_ID)"_s;
+                               u"|| IMPORTE L FROM LAR_PUNTOSLINEAS ORDER BY LINEA_ID)"_s;
         const QString antes = m_emp->valor(lineas).toString();
         m_emp->ejecuta(u"CREATE EXCEPTION E_PRUEBA_LINEAS 'linea rechazada'"_s);
-        m_emp->ejecuta(u"CREATE TRIGGER TR_PRUEBA_LINEAS FOR LAR_PUNTOSLINEAS BEFORE "
-                       "INSERT AS BEGIN IF (NEW.LINEA_ID = 10) THEN EXCEPTION "
-                       "E_PRUEBA_LINEAS; END"_s);
+        m_emp->ejecuta(u"CREATE TRIGGER TR_PRUEBA_LINEAS FOR LAR_PUNTOSLINEAS BEFORE INSERT AS "
+                       "BEGIN IF (NEW.LINEA_ID = 10) THEN EXCEPTION E_PRUEBA_LINEAS; END"_s);
         GuionMensajes guion;
         std::unique_ptr<TfConfig> f = abre();
         f->vFolioPuntos->setText(u"L1"_s);

@@ -36,9 +36,8 @@ QStringList ledgerDe(Tienda &t, int docto)
     QStringList filas;
     fb::Query q(&t.s.fbDatabase(), &t.s.fbViewTrans());
     q.setTrimChars(true);
-    q.setSql(u"select articulo_id, tipo_docto, naturaleza, sistema, unidades, "
-             "valor_puntos, partida, folio from lar_puntos where docto_id=:d "
-             "order by partida"_s);
+    q.setSql(u"select articulo_id, tipo_docto, naturaleza, sistema, unidades, valor_puntos, "
+             "partida, folio from lar_puntos where docto_id=:d order by partida"_s);
     q.bind(u"d"_s, docto);
     for (q.open(); !q.eof(); q.next())
         filas << u"%1:%2%3:%4:%5:%6:%7:%8"_s.arg(q.field(0).toInt())
@@ -107,10 +106,9 @@ private slots:
                 !t.valor(u"select sucursal_id from doctos_in where docto_in_id=%1"_s.arg(r.doctoId))
                      .isNull());
         // The service line goes to the ledger only; Microsip's trigger applied the rest.
-        QCOMPARE(t.texto(u"select list(articulo_id||':'||cast(unidades as integer)||"
-                         "tipo_movto||aplicado, ' ') from (select * from "
-                         "doctos_in_det where docto_in_id=%1 order by "
-                         "docto_in_det_id)"_s.arg(r.doctoId)),
+        QCOMPARE(t.texto(u"select list(articulo_id||':'||cast(unidades as "
+                         "integer)||tipo_movto||aplicado, ' ') from (select * from doctos_in_det "
+                         "where docto_in_id=%1 order by docto_in_det_id)"_s.arg(r.doctoId)),
                  u"%1:2SS %2:3SS"_s.arg(t.art1).arg(t.art2));
         QCOMPARE(t.existencia(t.art1), exis1 - 2);
         QCOMPARE(t.existencia(t.art2), exis2 - 3);

@@ -427,8 +427,7 @@ private slots:
         QVERIFY(conLogin);
         QCOMPARE(guion.textos().size(), 2);
         QCOMPARE(guion.textos().value(0), u"Se perderá la captura. ¿Desea continuar?"_s);
-        QVERIFY2(guion.textos().value(1).startsWith(u"Este cliente está siendo "
-                                                    "utilizado por "_s
+        QVERIFY2(guion.textos().value(1).startsWith(u"Este cliente está siendo utilizado por "_s
                                                     + t->s.UsuarioActual),
                  qPrintable(guion.textos().join(u'|')));
         QVERIFY(f->almacen() != almacen);
