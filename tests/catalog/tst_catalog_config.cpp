@@ -299,15 +299,13 @@ private slots:
                  u"¿Desea reiniciar los puntos?, esta acción no podrá ser revertida."_s);
         QCOMPARE(guion.cajas()[0].titulo, u"Reinicio de puntos"_s);
         QCOMPARE(guion.cajas()[0].flags & 0xFFF, mb::YesNo | mb::IconQuestion | mb::DefButton2);
-        guion.responde({mb::IdYes});
-        autoriza(false);
-        f->btnReiniciar->click();
-        QCOMPARE(m_emp->valor(filas).toInt(), 0);
-        guion.responde({mb::IdYes});
-        autoriza(true);
-        f->btnReiniciar->click();
+        for (const bool admin : {false, true}) { // the administrator's login: refused, given
+            guion.responde({mb::IdYes});
+            autoriza(admin);
+            f->btnReiniciar->click();
+            QCOMPARE(m_emp->valor(filas).toInt(), admin ? 3 : 0);
+        }
         QCOMPARE(guion.cajas().size(), 3); // no message after the reset
-        QCOMPARE(m_emp->valor(filas).toInt(), 3);
         QCOMPARE(m_emp->saldo(11), 0);
         QCOMPARE(f->vFolioPuntos->text(), u"R6"_s);
 
@@ -315,14 +313,12 @@ private slots:
         guion.limpia();
         f->chkReinicio->click();
         QVERIFY(!f->chkReinicio->isChecked());
-        guion.responde({mb::IdYes});
-        autoriza(false);
-        f->chkReinicio->click();
-        QVERIFY(!f->chkReinicio->isChecked());
-        guion.responde({mb::IdYes});
-        autoriza(true);
-        f->chkReinicio->click();
-        QVERIFY(f->chkReinicio->isChecked());
+        for (const bool admin : {false, true}) {
+            guion.responde({mb::IdYes});
+            autoriza(admin);
+            f->chkReinicio->click();
+            QCOMPARE(f->chkReinicio->isChecked(), admin);
+        }
         QCOMPARE(guion.textos(),
                  QStringList(3,
                              u"¿Desea reiniciar los puntos en la fecha "
