@@ -2,13 +2,13 @@
 
 // A seeded stand-in shop ready for redemptions, shared by the redemption suites.
 
+#include "consultas.h"
+
 #include "points/guardaventa.h"
-#include "points/ledger.h"
 
 #include "core/ids.h"
 #include "core/registro.h"
 #include "core/sesion.h"
-#include "fb/query.h"
 #include "microsip/sim/siembra.h"
 #include "support/entornoprueba.h"
 
@@ -74,24 +74,10 @@ struct Tienda
                 cliente));
     }
 
-    QVariant valor(const QString &sql)
-    {
-        fb::Query q(&s.fbDatabase(), &s.fbViewTrans());
-        q.setTrimChars(true);
-        q.setSql(sql);
-        q.open();
-        const QVariant v = q.eof() ? QVariant() : q.field(0).toVariant();
-        q.close();
-        return v;
-    }
+    // Reads and writes in transactions of their own, beside the session's.
+    QVariant valor(const QString &sql) { return lartest::valor(s.fbDatabase(), sql); }
     QString texto(const QString &sql) { return valor(sql).toString().trimmed(); }
-    void ejecuta(const QString &sql)
-    {
-        fb::Query q(&s.fbDatabase(), &s.fbUpdateTrans());
-        q.setSql(sql);
-        q.execute();
-        s.UpdateCommit();
-    }
+    void ejecuta(const QString &sql) { lartest::ejecuta(s.fbDatabase(), sql); }
     QString clave(int articulo)
     {
         return texto(
@@ -106,11 +92,7 @@ struct Tienda
                          .arg(almacen))
             .toDouble();
     }
-    int saldo()
-    {
-        fb::Query q(&s.fbDatabase(), &s.fbViewTrans());
-        return lar::SaldoCliente(cliente, q);
-    }
+    int saldo() { return lartest::saldo(s.fbDatabase(), cliente); }
     // The folio the next save starts from, in either shape.
     QString siguiente()
     {
