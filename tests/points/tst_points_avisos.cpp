@@ -60,12 +60,7 @@ class TstAvisos : public QObject
     {
         ejecuta(
             u"INSERT INTO CLIENTES (CLIENTE_ID, NOMBRE) VALUES (%1, '%2')"_s.arg(id).arg(nombre));
-        ejecuta(u"INSERT INTO LAR_PUNTOS (LAR_PUNTOS_ID, CLIENTE_ID, TIPO_DOCTO, NATURALEZA, "
-                "VALOR_PUNTOS, SISTEMA, FOLIO, FECHA) VALUES (GEN_ID(GEN_LAR_PUNTOS, 1), %1, 'A', "
-                "'%2', %3, 'AP', 'Z00000001', '%4')"_s.arg(id)
-                    .arg(QChar(puntos < 0 ? u'S' : u'E'))
-                    .arg(qAbs(puntos))
-                    .arg(fecha));
+        lartest::asiento(m_db, id, puntos < 0 ? u"AS"_s : u"AE"_s, qAbs(puntos), fecha);
         int n = 0;
         for (const QString &c : correos)
             ejecuta(u"INSERT INTO DIRS_CLIENTES (DIR_CLI_ID, CLIENTE_ID, "

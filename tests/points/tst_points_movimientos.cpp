@@ -95,19 +95,11 @@ private slots:
             ejecuta(u"INSERT INTO CLIENTES (CLIENTE_ID, NOMBRE, ESTATUS) VALUES (%1, '%2', '%3')"_s
                         .arg(c)
                         .arg(nombres[c - 1], c == 5 ? u"B"_s : u"A"_s));
-        const auto fila = [&](int cliente, QChar tipo, QChar nat, int puntos) {
-            ejecuta(u"INSERT INTO LAR_PUNTOS (LAR_PUNTOS_ID, CLIENTE_ID, DOCTO_ID, TIPO_DOCTO, "
-                    "NATURALEZA, VALOR_PUNTOS, SISTEMA, FOLIO) VALUES (GEN_ID(GEN_LAR_PUNTOS, 1), "
-                    "%1, 77, '%2', '%3', %4, 'PV', 'PV0000077')"_s.arg(cliente)
-                        .arg(tipo)
-                        .arg(nat)
-                        .arg(puntos));
-        };
-        fila(1, u'V', u'E', 50);
-        fila(3, u'V', u'E', 10);
-        fila(3, u'V', u'S', 25);
-        fila(4, u'V', u'E', 8);
-        fila(4, u'X', u'S', 5);
+        lartest::asiento(m_s.fbDatabase(), 1, u"VE"_s, 50);
+        lartest::asiento(m_s.fbDatabase(), 3, u"VE"_s, 10);
+        lartest::asiento(m_s.fbDatabase(), 3, u"VS"_s, 25);
+        lartest::asiento(m_s.fbDatabase(), 4, u"VE"_s, 8);
+        lartest::asiento(m_s.fbDatabase(), 4, u"XS"_s, 5);
         GuardaRegistro(m_s, u"Folio Puntos"_s, u"A00000005"_s);
         m_s.Permisos[TfAsignaPuntos::kTag] = 2;
     }

@@ -28,18 +28,9 @@ class TstReinicio : public QObject
     QString valor(const QString &sql) { return lartest::filas(m_db, sql).join(u';'); }
     int saldo(int cliente) { return lartest::saldo(m_db, cliente); }
 
-    // A ledger row: customer, TIPO_DOCTO, NATURALEZA, points, FECHA.
-    void movimiento(int cliente, char tipo, char nat, int puntos, const QString &fecha = {})
+    void movimiento(int cliente, const QString &tipo, int puntos, const QString &fecha = {})
     {
-        ejecuta(
-            u"INSERT INTO LAR_PUNTOS (LAR_PUNTOS_ID, CLIENTE_ID, TIPO_DOCTO, "
-            "NATURALEZA, VALOR_PUNTOS, SISTEMA, FOLIO%5) VALUES "
-            "(GEN_ID(GEN_LAR_PUNTOS, 1), %1, '%2', '%3', %4, 'AP', 'Z00000001'%6)"_s.arg(cliente)
-                .arg(QChar::fromLatin1(tipo))
-                .arg(QChar::fromLatin1(nat))
-                .arg(puntos)
-                .arg(fecha.isEmpty() ? QString() : u", FECHA"_s)
-                .arg(fecha.isEmpty() ? QString() : u", '"_s + fecha + u'\''));
+        lartest::asiento(m_db, cliente, tipo, puntos, fecha);
     }
 
     void folio(const QString &valor)
@@ -59,12 +50,12 @@ private slots:
         // cancelled redemption (a NULL sum); 5 never had a row.
         for (int c = 1; c <= 5; ++c)
             ejecuta(u"INSERT INTO CLIENTES (CLIENTE_ID, NOMBRE) VALUES (%1, 'C%1')"_s.arg(c));
-        movimiento(1, 'V', 'E', 50);
-        movimiento(1, 'C', 'S', 20);
-        movimiento(2, 'A', 'E', 10);
-        movimiento(2, 'A', 'S', 10);
-        movimiento(3, 'V', 'S', 15);
-        movimiento(4, 'X', 'S', 7);
+        movimiento(1, u"VE"_s, 50);
+        movimiento(1, u"CS"_s, 20);
+        movimiento(2, u"AE"_s, 10);
+        movimiento(2, u"AS"_s, 10);
+        movimiento(3, u"VS"_s, 15);
+        movimiento(4, u"XS"_s, 7);
     }
 
     void aManoUnaFilaPorClienteConSuSaldo()
@@ -102,8 +93,8 @@ private slots:
     void unaFallaAMediasNoDejaNada()
     {
         folio(u"B41"_s);
-        movimiento(3, 'A', 'E', 40);
-        movimiento(4, 'A', 'E', 9);
+        movimiento(3, u"AE"_s, 40);
+        movimiento(4, u"AE"_s, 9);
         // The third customer's row fails inside the engine, after two were written.
         ejecuta(u"CREATE EXCEPTION E_PRUEBA_REINICIO 'sin reinicio para el 3'"_s);
         ejecuta(u"CREATE TRIGGER TR_PRUEBA_REINICIO FOR LAR_PUNTOS BEFORE INSERT AS "
@@ -130,10 +121,10 @@ private slots:
     void programadoHastaLaFechaConMarcas()
     {
         folio(u"C1"_s);
-        movimiento(1, 'A', 'E', 25, u"2026-01-31 18:00:00"_s);
+        movimiento(1, u"AE"_s, 25, u"2026-01-31 18:00:00"_s);
         // Written on the day itself: after 00:00, it stays with the customer.
-        movimiento(1, 'A', 'E', 6, u"2026-02-01 09:00:00"_s);
-        movimiento(2, 'A', 'E', 4, u"2026-02-03 09:00:00"_s);
+        movimiento(1, u"AE"_s, 6, u"2026-02-01 09:00:00"_s);
+        movimiento(2, u"AE"_s, 4, u"2026-02-03 09:00:00"_s);
         Sesion s;
         m_env->conectaSesion(s);
         ReinicioPuntos::Opciones op;
