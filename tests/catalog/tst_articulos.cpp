@@ -71,7 +71,6 @@ private slots:
         alternas(false);
         Tfcat_articulos_lista f(m_s);
         QCOMPARE(f.tabla().recordCount(), 0);
-        QCOMPARE(f.Filtros.value(f.FiltroIndice), u"Solo activos"_s);
         LAR_VERIFICA_ACCESIBLE(&f);
         {
             TfAddArticulos agrega(m_s);
