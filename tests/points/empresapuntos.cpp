@@ -1,5 +1,5 @@
 #include "empresapuntos.h"
-#include "consultas.h"
+#include "libro.h"
 
 #include "db/actualizadb.h"
 #include "fb/error.h"

@@ -2,7 +2,7 @@
 
 // A seeded stand-in shop ready for redemptions, shared by the redemption suites.
 
-#include "consultas.h"
+#include "libro.h"
 
 #include "points/guardaventa.h"
 
@@ -74,10 +74,17 @@ struct Tienda
                 cliente));
     }
 
-    // Reads and writes in transactions of their own, beside the session's.
+    // Reads in transactions of their own, beside the session's.
     QVariant valor(const QString &sql) { return lartest::valor(s.fbDatabase(), sql); }
     QString texto(const QString &sql) { return valor(sql).toString().trimmed(); }
-    void ejecuta(const QString &sql) { lartest::ejecuta(s.fbDatabase(), sql); }
+    // Writes go through the session's update transaction and commit it, as the program's.
+    void ejecuta(const QString &sql)
+    {
+        fb::Query q(&s.fbDatabase(), &s.fbUpdateTrans());
+        q.setSql(sql);
+        q.execute();
+        s.UpdateCommit();
+    }
     QString clave(int articulo)
     {
         return texto(

@@ -1,7 +1,7 @@
 // The scheduled reset: notice mails through a real SMTP server (STARTTLS, AUTH),
 // their records, the reset on or after the date, and the main window's timer.
 
-#include "consultas.h"
+#include "libro.h"
 
 #include "core/fmain.h"
 #include "core/ids.h"

@@ -1,7 +1,7 @@
 // Manual points movement through the real form: several customers in one save,
 // withdrawals capped at the balance, the checks before a save, the folio series.
 
-#include "consultas.h"
+#include "libro.h"
 
 #include "core/registro.h"
 #include "core/sesion.h"

@@ -1,7 +1,7 @@
 // The points reset: one expiry row per customer with the balance of that moment,
 // one folio for the run, the next folio written back, all customers or none.
 
-#include "consultas.h"
+#include "libro.h"
 
 #include "core/registro.h"
 #include "core/sesion.h"

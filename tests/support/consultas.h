@@ -1,15 +1,14 @@
 #pragma once
 
-// Reading and writing a company straight through an attachment, each call in a
-// transaction of its own, for the points suites.
-
-#include "points/ledger.h"
+// Reading and writing a database straight through an attachment, each call in a
+// transaction of its own, beside whatever the program holds open.
 
 #include "fb/database.h"
 #include "fb/query.h"
 #include "fb/transaction.h"
 
 #include <QStringList>
+#include <QVariant>
 
 namespace lartest {
 
@@ -41,26 +40,6 @@ inline QStringList filas(fb::Database &db, const QString &sql)
     return out;
 }
 
-// A ledger row of a customer: TIPO_DOCTO and NATURALEZA given as "VE", its points,
-// its moment ("2026-01-31 18:00:00", now by default), on system AP and folio Z00000001.
-inline void asiento(fb::Database &db,
-                    int cliente,
-                    const QString &tipoNaturaleza,
-                    int puntos,
-                    const QString &fecha = {})
-{
-    ejecuta(
-        db,
-        QStringLiteral("INSERT INTO LAR_PUNTOS (LAR_PUNTOS_ID, CLIENTE_ID, TIPO_DOCTO, "
-                       "NATURALEZA, VALOR_PUNTOS, SISTEMA, FOLIO, FECHA) VALUES "
-                       "(GEN_ID(GEN_LAR_PUNTOS, 1), %1, '%2', '%3', %4, 'AP', 'Z00000001', %5)")
-            .arg(cliente)
-            .arg(tipoNaturaleza.at(0))
-            .arg(tipoNaturaleza.at(1))
-            .arg(puntos)
-            .arg(fecha.isEmpty() ? QStringLiteral("CURRENT_TIMESTAMP") : u'\'' + fecha + u'\''));
-}
-
 // The first field of the first row, trimmed; null without rows.
 inline QVariant valor(fb::Database &db, const QString &sql)
 {
@@ -73,15 +52,6 @@ inline QVariant valor(fb::Database &db, const QString &sql)
     q.close();
     tr.commit();
     return v;
-}
-
-inline int saldo(fb::Database &db, int cliente)
-{
-    fb::Transaction tr(&db);
-    fb::Query q(&db, &tr);
-    const int s = lar::SaldoCliente(cliente, q);
-    tr.commit();
-    return s;
 }
 
 } // namespace lartest
