@@ -90,7 +90,7 @@ class TstAvisos : public QObject
     {
         QDir d(m_mensajes);
         QStringList infos = d.entryList({u"*.info"_s}, QDir::Files);
-        // Named "N-SEQ.info": in the order of SEQ.
+        // mensaje-N.info, in the order of N.
         const auto seq = [](const QString &n) {
             return n.section(u'-', 1).section(u'.', 0, 0).toInt();
         };
