@@ -20,70 +20,26 @@ inline void ejecuta(lar::Sesion &s, const QString &sql)
     s.UpdateCommit();
 }
 
-// Articles: id, name, storable, set, status, points, value, keys (principal first).
+// Articles: id, name, storable, status, points, value, keys (principal first), stock.
 struct Art
 {
     int id;
-    QString nombre;
-    QString almacenable;
-    QString estatus;
-    int puntos;
-    int valor;
+    QString nombre, almacenable, estatus;
+    int puntos, valor;
     QStringList claves;
     int existencia;
 };
 
 inline const QList<Art> &articulos()
 {
+    using namespace Qt::StringLiterals;
     static const QList<Art> a{
-        {501,
-         QStringLiteral("BANANA TABASCO"),
-         QStringLiteral("S"),
-         QStringLiteral("A"),
-         1,
-         10,
-         {QStringLiteral("ABC"), QStringLiteral("XYZ")},
-         5},
-        {502,
-         QStringLiteral("ANILLO DE PLATA"),
-         QStringLiteral("S"),
-         QStringLiteral("A"),
-         2,
-         50,
-         {QStringLiteral("ANI-1")},
-         0},
-        {503,
-         QStringLiteral("CORTE DE PELO"),
-         QStringLiteral("N"),
-         QStringLiteral("A"),
-         3,
-         20,
-         {QStringLiteral("SER-1")},
-         0},
-        {504,
-         QStringLiteral("LÁPIZ AZUL"),
-         QStringLiteral("S"),
-         QStringLiteral("A"),
-         0,
-         0,
-         {QStringLiteral("lap-1")},
-         8},
-        {505,
-         QStringLiteral("ARTÍCULO DE BAJA"),
-         QStringLiteral("S"),
-         QStringLiteral("B"),
-         4,
-         5,
-         {QStringLiteral("BAJ-1")},
-         3},
-        {506,
-         QStringLiteral("SUSPENDIDO EN VENTAS"),
-         QStringLiteral("S"),
-         QStringLiteral("V"),
-         5,
-         5,
-         {QStringLiteral("SUS-1")},
-         3},
+        {501, u"BANANA TABASCO"_s, u"S"_s, u"A"_s, 1, 10, {u"ABC"_s, u"XYZ"_s}, 5},
+        {502, u"ANILLO DE PLATA"_s, u"S"_s, u"A"_s, 2, 50, {u"ANI-1"_s}, 0},
+        {503, u"CORTE DE PELO"_s, u"N"_s, u"A"_s, 3, 20, {u"SER-1"_s}, 0},
+        {504, u"LÁPIZ AZUL"_s, u"S"_s, u"A"_s, 0, 0, {u"lap-1"_s}, 8},
+        {505, u"ARTÍCULO DE BAJA"_s, u"S"_s, u"B"_s, 4, 5, {u"BAJ-1"_s}, 3},
+        {506, u"SUSPENDIDO EN VENTAS"_s, u"S"_s, u"V"_s, 5, 5, {u"SUS-1"_s}, 3},
     };
     return a;
 }
@@ -156,6 +112,12 @@ inline QPair<int, int> puntosGuardados(lar::Sesion &s, int id)
     q.close();
     s.UpdateCommit();
     return r;
+}
+
+// A figure of the list (a Decimal) as a double.
+inline double num(lar::MemTable &t, int row, int field)
+{
+    return t.valueAt(row, field).value<fb::Decimal>().toDouble();
 }
 
 inline int fila(lar::MemTable &t, int id)

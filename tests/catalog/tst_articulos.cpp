@@ -29,6 +29,7 @@
 using namespace lar;
 
 using namespace lartest;
+using namespace Qt::StringLiterals;
 
 class TstArticulos : public QObject
 {
@@ -39,18 +40,15 @@ class TstArticulos : public QObject
 
     void alternas(bool si)
     {
-        GuardaRegistro(m_s,
-                       QStringLiteral("Buscar en claves alternas de artículos"),
-                       si ? QStringLiteral("S") : QStringLiteral("N"));
+        GuardaRegistro(m_s, u"Buscar en claves alternas de artículos"_s, si ? u"S"_s : u"N"_s);
     }
 
     void restaura()
     {
         for (const Art &a : articulos())
             ejecuta(m_s,
-                    QStringLiteral("UPDATE LIBRES_ARTICULOS SET PUNTOS = %1, VALOR_PUNTOS = %2"
-                                   " WHERE ARTICULO_ID = %3")
-                        .arg(a.puntos)
+                    u"UPDATE LIBRES_ARTICULOS SET PUNTOS = %1, VALOR_PUNTOS = %2"
+                    " WHERE ARTICULO_ID = %3"_s.arg(a.puntos)
                         .arg(a.valor)
                         .arg(a.id));
     }
@@ -73,25 +71,22 @@ private slots:
         alternas(false);
         Tfcat_articulos_lista f(m_s);
         QCOMPARE(f.tabla().recordCount(), 0);
-        QCOMPARE(f.Filtros.value(f.FiltroIndice), QStringLiteral("Solo activos"));
         LAR_VERIFICA_ACCESIBLE(&f);
         {
             TfAddArticulos agrega(m_s);
             LAR_VERIFICA_ACCESIBLE(&agrega);
         }
         f.Button1Click();
-        QCOMPARE(nombres(f.tabla()),
-                 (QStringList{QStringLiteral("ANILLO DE PLATA"),
-                              QStringLiteral("BANANA TABASCO"),
-                              QStringLiteral("CORTE DE PELO"),
-                              QStringLiteral("LÁPIZ AZUL")}));
+        QCOMPARE(
+            nombres(f.tabla()),
+            (QStringList{
+                u"ANILLO DE PLATA"_s, u"BANANA TABASCO"_s, u"CORTE DE PELO"_s, u"LÁPIZ AZUL"_s}));
         const int r = fila(f.tabla(), 501);
-        QCOMPARE(f.tabla().valueAt(r, art::CLAVE_ARTICULO).toString(), QStringLiteral("ABC"));
-        QCOMPARE(f.tabla().valueAt(r, art::LINEA).toString(), QStringLiteral("Frutas"));
-        QCOMPARE(f.tabla().valueAt(r, art::GRUPO).toString(), QStringLiteral("Frutas y papelería"));
-        QCOMPARE(f.tabla().valueAt(r, art::PUNTOS).value<fb::Decimal>().toDouble(), 1.0);
-        QCOMPARE(f.tabla().valueAt(r, art::VALOR_PUNTOS).value<fb::Decimal>().toDouble(), 10.0);
-        QCOMPARE(f.tabla().indexDefs().size(), size_t(5));
+        QCOMPARE(f.tabla().valueAt(r, art::CLAVE_ARTICULO).toString(), u"ABC"_s);
+        QCOMPARE(f.tabla().valueAt(r, art::LINEA).toString(), u"Frutas"_s);
+        QCOMPARE(f.tabla().valueAt(r, art::GRUPO).toString(), u"Frutas y papelería"_s);
+        QCOMPARE(num(f.tabla(), r, art::PUNTOS), 1.0);
+        QCOMPARE(num(f.tabla(), r, art::VALOR_PUNTOS), 10.0);
 
         QComboBox combo;
         combo.addItems(f.Filtros);
@@ -100,7 +95,7 @@ private slots:
         QCOMPARE(f.tabla().recordCount(), 6);
         combo.setCurrentIndex(3); // Solo suspensión de ventas
         f.DoFiltroChange(&combo);
-        QCOMPARE(nombres(f.tabla()), QStringList{QStringLiteral("SUSPENDIDO EN VENTAS")});
+        QCOMPARE(nombres(f.tabla()), QStringList{u"SUSPENDIDO EN VENTAS"_s});
 
         alternas(true);
         f.Button1Click();
@@ -108,8 +103,7 @@ private slots:
         f.DoFiltroChange(&combo);
         const QStringList claves
             = f.tabla().valueAt(fila(f.tabla(), 501), art::CLAVE_ARTICULO).toString().split(u'^');
-        QCOMPARE(QSet<QString>(claves.begin(), claves.end()),
-                 (QSet<QString>{QStringLiteral("ABC"), QStringLiteral("XYZ")}));
+        QCOMPARE(QSet<QString>(claves.begin(), claves.end()), (QSet<QString>{u"ABC"_s, u"XYZ"_s}));
     }
 
     // Words on the name and the line; on joined keys, any single key, as written.
@@ -118,37 +112,37 @@ private slots:
         alternas(true);
         Tfcat_articulos_lista f(m_s);
         f.Button1Click();
-        f.vBusca->setText(QStringLiteral("an an"));
-        QCOMPARE(nombres(f.tabla()), (QStringList{QStringLiteral("BANANA TABASCO")}));
-        f.vBusca->setText(QStringLiteral("ana ana"));
+        f.vBusca->setText(u"an an"_s);
+        QCOMPARE(nombres(f.tabla()), (QStringList{u"BANANA TABASCO"_s}));
+        f.vBusca->setText(u"ana ana"_s);
         QCOMPARE(f.tabla().recordCount(), 0);
-        f.vBusca->setText(QStringLiteral("de"));
+        f.vBusca->setText(u"de"_s);
         QCOMPARE(f.tabla().recordCount(), 2);
-        f.vBusca->setText(QStringLiteral("de  pelo"));
+        f.vBusca->setText(u"de  pelo"_s);
         QCOMPARE(f.tabla().recordCount(), 0);
 
         f.rLinea->click();
         QVERIFY(f.vBusca->text().isEmpty());
-        f.vBusca->setText(QStringLiteral("papel"));
-        QCOMPARE(nombres(f.tabla()), QStringList{QStringLiteral("LÁPIZ AZUL")});
+        f.vBusca->setText(u"papel"_s);
+        QCOMPARE(nombres(f.tabla()), QStringList{u"LÁPIZ AZUL"_s});
 
         f.rClave->click();
-        f.vBusca->setText(QStringLiteral("xyz"));
-        QCOMPARE(nombres(f.tabla()), QStringList{QStringLiteral("BANANA TABASCO")});
+        f.vBusca->setText(u"xyz"_s);
+        QCOMPARE(nombres(f.tabla()), QStringList{u"BANANA TABASCO"_s});
         const QString claves = f.tabla().valueAt(0, art::CLAVE_ARTICULO).toString();
-        QCOMPARE(f.textoClave(claves), QStringLiteral("XYZ"));
-        QCOMPARE(f.claveElegida(), QStringLiteral("XYZ"));
+        QCOMPARE(f.textoClave(claves), u"XYZ"_s);
+        QCOMPARE(f.claveElegida(), u"XYZ"_s);
         // Words matching across two keys find nothing.
-        f.vBusca->setText(QStringLiteral("ABCXYZ"));
+        f.vBusca->setText(u"ABCXYZ"_s);
         QCOMPARE(f.tabla().recordCount(), 0);
         // Keys are not upper-cased: a lower-case key is out of reach.
-        f.vBusca->setText(QStringLiteral("lap"));
+        f.vBusca->setText(u"lap"_s);
         QCOMPARE(f.tabla().recordCount(), 0);
         f.vBusca->clear();
         QCOMPARE(f.textoClave(claves), claves.section(u'^', 0, 0));
 
         // Esc empties the box.
-        f.vBusca->setText(QStringLiteral("ABC"));
+        f.vBusca->setText(u"ABC"_s);
         QTest::keyClick(f.vBusca, Qt::Key_Escape);
         QVERIFY(f.vBusca->text().isEmpty());
     }
@@ -163,7 +157,7 @@ private slots:
         f.show();
         QVERIFY(f.bGuardar->isVisible());
         f.Button1Click();
-        f.vBusca->setText(QStringLiteral("ANILLO"));
+        f.vBusca->setText(u"ANILLO"_s);
         QCOMPARE(f.tabla().recordCount(), 1);
         f.tabla().setValueAt(0, art::PUNTOS, 7);
         f.tabla().setValueAt(0, art::VALOR_PUNTOS, QVariant());
@@ -171,8 +165,8 @@ private slots:
         guion.responde({mb::IdNo});
         f.bGuardar->click();
         QCOMPARE(guion.cajas().size(), 1);
-        QCOMPARE(guion.cajas()[0].texto, QStringLiteral("¿Desea guardar los cambios?"));
-        QCOMPARE(guion.cajas()[0].titulo, QStringLiteral("Guardar"));
+        QCOMPARE(guion.cajas()[0].texto, u"¿Desea guardar los cambios?"_s);
+        QCOMPARE(guion.cajas()[0].titulo, u"Guardar"_s);
         QCOMPARE(guion.cajas()[0].predeterminado(), 2);
         QCOMPARE(puntosGuardados(m_s, 502), qMakePair(2, 50));
 
@@ -196,24 +190,22 @@ private slots:
         QVERIFY(f.cxGrid->memModel()->column(Tfcat_articulos_lista::colPuntos).editable);
         QVERIFY(!f.cxGrid->memModel()->column(Tfcat_articulos_lista::colValor).editable);
         f.Button1Click();
-        f.vBusca->setText(QStringLiteral("DE"));
+        f.vBusca->setText(u"DE"_s);
         QCOMPARE(f.tabla().recordCount(), 2);
 
         f.BitBtn5->click(); // blank box: nothing
-        f.vAplica->setText(QStringLiteral("9"));
+        f.vAplica->setText(u"9"_s);
         f.rValor->setChecked(true);
         f.BitBtn5->click(); // no right for the value: nothing
         f.rPuntos->setChecked(true);
         f.BitBtn5->click();
         QVERIFY(guion.cajas().isEmpty());
         for (int r = 0; r < f.tabla().recordCount(); ++r) {
-            QCOMPARE(f.tabla().valueAt(r, art::PUNTOS).value<fb::Decimal>().toDouble(), 9.0);
-            QVERIFY(f.tabla().valueAt(r, art::VALOR_PUNTOS).value<fb::Decimal>().toDouble() != 9.0);
+            QCOMPARE(num(f.tabla(), r, art::PUNTOS), 9.0);
+            QVERIFY(num(f.tabla(), r, art::VALOR_PUNTOS) != 9.0);
         }
         f.vBusca->clear();
-        QCOMPARE(
-            f.tabla().valueAt(fila(f.tabla(), 501), art::PUNTOS).value<fb::Decimal>().toDouble(),
-            1.0);
+        QCOMPARE(num(f.tabla(), fila(f.tabla(), 501), art::PUNTOS), 1.0);
 
         // Ctrl with the keypad's plus and minus on a focused points cell.
         const int r = fila(f.tabla(), 501);
@@ -221,7 +213,7 @@ private slots:
         QTest::keyClick(f.cxGrid, Qt::Key_Plus, Qt::ControlModifier | Qt::KeypadModifier);
         QTest::keyClick(f.cxGrid, Qt::Key_Plus, Qt::ControlModifier | Qt::KeypadModifier);
         QTest::keyClick(f.cxGrid, Qt::Key_Minus, Qt::ControlModifier | Qt::KeypadModifier);
-        QCOMPARE(f.tabla().valueAt(r, art::PUNTOS).value<fb::Decimal>().toDouble(), 2.0);
+        QCOMPARE(num(f.tabla(), r, art::PUNTOS), 2.0);
 
         // Neither right: no save button, and the assignment does nothing.
         Tfcat_articulos_lista g(m_s);
@@ -229,11 +221,9 @@ private slots:
         g.show();
         QVERIFY(!g.bGuardar->isVisible());
         g.Button1Click();
-        g.vAplica->setText(QStringLiteral("4"));
+        g.vAplica->setText(u"4"_s);
         g.BitBtn5->click();
-        QCOMPARE(
-            g.tabla().valueAt(fila(g.tabla(), 501), art::PUNTOS).value<fb::Decimal>().toDouble(),
-            1.0);
+        QCOMPARE(num(g.tabla(), fila(g.tabla(), 501), art::PUNTOS), 1.0);
     }
 
     // The redemption's chooser: what the points pay for, in stock, by the warehouse.
@@ -261,25 +251,24 @@ private slots:
         // 20 points: BANANA (10, stock 5). Not ANILLO (50), not LÁPIZ (value 0),
         // not CORTE (in sight only without stock rule: not storable, stock 0).
         f.Button1Click();
-        QCOMPARE(nombres(f.tabla()), QStringList{QStringLiteral("BANANA TABASCO")});
+        QCOMPARE(nombres(f.tabla()), QStringList{u"BANANA TABASCO"_s});
         QCOMPARE(f.tabla().valueAt(0, art::Existencia).toDouble(), 5.0);
         // A load lays the columns out again: the chooser's stay as it set them.
         QVERIFY(f.cxGrid->isColumnHidden(Tfcat_articulos_lista::colPuntos));
         QVERIFY(!f.cxGrid->isColumnHidden(Tfcat_articulos_lista::colExistencia));
         f.chkExist->setChecked(false);
         f.Button1Click();
-        QCOMPARE(nombres(f.tabla()),
-                 (QStringList{QStringLiteral("BANANA TABASCO"), QStringLiteral("CORTE DE PELO")}));
+        QCOMPARE(nombres(f.tabla()), (QStringList{u"BANANA TABASCO"_s, u"CORTE DE PELO"_s}));
 
         // bAdd passes the key in use and closes the chooser.
         f.rClave->click();
-        f.vBusca->setText(QStringLiteral("XYZ"));
+        f.vBusca->setText(u"XYZ"_s);
         f.bAdd->click();
-        QCOMPARE(recibidos, (QList<QPair<int, QString>>{{501, QStringLiteral("XYZ")}}));
+        QCOMPARE(recibidos, (QList<QPair<int, QString>>{{501, u"XYZ"_s}}));
         QCOMPARE(f.result(), 1);
         // Searching another column passes no key.
         f.rNombre->click();
-        f.vBusca->setText(QStringLiteral("BANANA"));
+        f.vBusca->setText(u"BANANA"_s);
         f.bAdd->click();
         QCOMPARE(recibidos.last(), qMakePair(501, QString()));
     }
@@ -300,7 +289,7 @@ private slots:
         QVERIFY(!f.cxGrid->isColumnHidden(Tfcat_articulos_lista::colPuntos));
         QVERIFY(f.bCancelar->isHidden());
         f.Button1Click();
-        QCOMPARE(nombres(f.tabla()), QStringList{QStringLiteral("CORTE DE PELO")});
+        QCOMPARE(nombres(f.tabla()), QStringList{u"CORTE DE PELO"_s});
         QVERIFY(f.cxGrid->isColumnHidden(Tfcat_articulos_lista::colValor));
         f.show();
         const QModelIndex i = f.cxGrid->model()->index(0, Tfcat_articulos_lista::colNombre);
@@ -317,13 +306,12 @@ private slots:
     {
         lartest::GuionMensajes guion;
         Tfcat_articulos_lista f(m_s);
-        QVERIFY(f.AgregaArt(QStringLiteral("XYZ"), 0, 30, 3));
+        QVERIFY(f.AgregaArt(u"XYZ"_s, 0, 30, 3));
         QCOMPARE(f.tabla().recordCount(), 1);
         QCOMPARE(f.tabla().valueAt(0, art::ARTICULO_ID).toInt(), 501);
-        QCOMPARE(f.tabla().valueAt(0, art::VALOR_PUNTOS).value<fb::Decimal>().toDouble(), 30.0);
-        QVERIFY(!f.AgregaArt(QStringLiteral("NO-EXISTE"), 0, 1, 1));
-        QCOMPARE(guion.textos(),
-                 QStringList{QStringLiteral("No fue posible encontrar el artículo")});
+        QCOMPARE(num(f.tabla(), 0, art::VALOR_PUNTOS), 30.0);
+        QVERIFY(!f.AgregaArt(u"NO-EXISTE"_s, 0, 1, 1));
+        QCOMPARE(guion.textos(), QStringList{u"No fue posible encontrar el artículo"_s});
         QCOMPARE(f.tabla().recordCount(), 1);
     }
 
@@ -334,19 +322,14 @@ private slots:
         Tfcat_articulos_lista f(m_s);
         f.Acceso = 7;
         QVERIFY(f.AgregaArt(QString(), 502, 33, 44));
-        f.tabla().appendRecord({999999,
-                                QStringLiteral("FANTASMA"),
-                                QStringLiteral("FANTASMA"),
-                                QStringLiteral("S"),
-                                QStringLiteral("N"),
-                                QStringLiteral("A")});
+        f.tabla().appendRecord({999999, u"FANTASMA"_s, u"FANTASMA"_s, u"S"_s, u"N"_s, u"A"_s});
         guion.responde({mb::IdYes});
         f.bGuardarClick();
         QCOMPARE(guion.cajas().size(), 2);
-        QCOMPARE(guion.cajas()[1].titulo, QStringLiteral("Error de datos"));
+        QCOMPARE(guion.cajas()[1].titulo, u"Error de datos"_s);
         QCOMPARE(guion.cajas()[1].icono(), mb::IconStop);
         QVERIFY(guion.cajas()[1].texto.startsWith(
-            QStringLiteral("No fue posible encontrar un valor en los catálogos: \r\n")));
+            u"No fue posible encontrar un valor en los catálogos: \r\n"_s));
         QCOMPARE(puntosGuardados(m_s, 502), qMakePair(2, 50));
         QCOMPARE(f.tabla().recordCount(), 2);
         QVERIFY(f.pAvisa->isHidden() && f.Panel2->isEnabled());
@@ -370,8 +353,7 @@ private slots:
         env.conectaEmpresa(otra);
         fb::Transaction tOtra(&otra);
         fb::Query qOtra(&otra, &tOtra);
-        qOtra.setSql(
-            QStringLiteral("UPDATE LIBRES_ARTICULOS SET PUNTOS = 99 WHERE ARTICULO_ID = 502"));
+        qOtra.setSql(u"UPDATE LIBRES_ARTICULOS SET PUNTOS = 99 WHERE ARTICULO_ID = 502"_s);
         qOtra.execute();
 
         lartest::GuionMensajes guion;
@@ -379,16 +361,16 @@ private slots:
         f.Acceso = 7;
         f.show();
         f.Button1Click();
-        f.vBusca->setText(QStringLiteral("ANILLO"));
+        f.vBusca->setText(u"ANILLO"_s);
         f.tabla().setValueAt(0, art::PUNTOS, 12);
         guion.responde({mb::IdYes});
         f.bGuardar->click();
         QCOMPARE(guion.cajas().size(), 2);
-        QCOMPARE(guion.cajas()[1].titulo, QStringLiteral("Error de datos"));
+        QCOMPARE(guion.cajas()[1].titulo, u"Error de datos"_s);
         QVERIFY2(guion.cajas()[1].texto.startsWith(
-                     QStringLiteral("Bloqueo de datos, vuelva a guardar en un momento\r\n")),
+                     u"Bloqueo de datos, vuelva a guardar en un momento\r\n"_s),
                  qPrintable(guion.cajas()[1].texto));
-        QCOMPARE(f.tabla().valueAt(0, art::PUNTOS).value<fb::Decimal>().toDouble(), 12.0);
+        QCOMPARE(num(f.tabla(), 0, art::PUNTOS), 12.0);
         QVERIFY(f.bGuardar->isEnabled() && f.vBusca->isEnabled());
 
         tOtra.rollback();

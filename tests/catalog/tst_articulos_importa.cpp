@@ -26,15 +26,7 @@
 
 using namespace lar;
 using namespace lartest;
-
-namespace {
-
-double num(MemTable &t, int row, int field)
-{
-    return t.valueAt(row, field).value<fb::Decimal>().toDouble();
-}
-
-} // namespace
+using namespace Qt::StringLiterals;
 
 class TstArticulosImporta : public QObject
 {
@@ -58,13 +50,13 @@ private slots:
 
     void columnas()
     {
-        QCOMPARE(ColumnaExcel(QStringLiteral("A")), 1);
-        QCOMPARE(ColumnaExcel(QStringLiteral("Z")), 26);
-        QCOMPARE(ColumnaExcel(QStringLiteral("AA")), 27);
-        QCOMPARE(ColumnaExcel(QStringLiteral("XFD")), 16384);
+        QCOMPARE(ColumnaExcel(u"A"_s), 1);
+        QCOMPARE(ColumnaExcel(u"Z"_s), 26);
+        QCOMPARE(ColumnaExcel(u"AA"_s), 27);
+        QCOMPARE(ColumnaExcel(u"XFD"_s), 16384);
         QCOMPARE(ColumnaExcel(QString()), 0);
-        QCOMPARE(ColumnaExcel(QStringLiteral("a")), 0);
-        QCOMPARE(ColumnaExcel(QStringLiteral("A1")), 0);
+        QCOMPARE(ColumnaExcel(u"a"_s), 0);
+        QCOMPARE(ColumnaExcel(u"A1"_s), 0);
     }
 
     // The tests in their order; blanks go except in the value column; key and
@@ -73,36 +65,34 @@ private slots:
     {
         GuionMensajes guion;
         TfImpExcelCP d(m_s);
-        QCOMPARE(d.vExcelClave->text(), QStringLiteral("A"));
-        QCOMPARE(d.vExcelNombre->text(), QStringLiteral("B"));
-        QCOMPARE(d.vExcelPuntos->text(), QStringLiteral("C"));
+        QCOMPARE(d.vExcelClave->text(), u"A"_s);
+        QCOMPARE(d.vExcelNombre->text(), u"B"_s);
+        QCOMPARE(d.vExcelPuntos->text(), u"C"_s);
         QVERIFY(d.vExcelValor->text().isEmpty());
         QCOMPARE(d.vExcelRenglon->value(), 2);
         d.show();
 
         d.bNext->click();
         QCOMPARE(guion.textos().value(0),
-                 QStringLiteral("El nombre de la columna para el valor en puntos no es válido"));
-        QCOMPARE(guion.cajas().value(0).titulo, QStringLiteral("Aviso del sistema"));
+                 u"El nombre de la columna para el valor en puntos no es válido"_s);
+        QCOMPARE(guion.cajas().value(0).titulo, u"Aviso del sistema"_s);
         QCOMPARE(d.focusWidget(), d.vExcelValor);
-        d.vExcelValor->setText(QStringLiteral(" D"));
+        d.vExcelValor->setText(u" D"_s);
         d.bNext->click();
         QCOMPARE(guion.cajas().size(), 2);
 
-        d.vExcelValor->setText(QStringLiteral("D"));
-        d.vExcelClave->setText(QStringLiteral(" C\n"));
+        d.vExcelValor->setText(u"D"_s);
+        d.vExcelClave->setText(u" C\n"_s);
         d.bNext->click();
-        QCOMPARE(guion.textos().value(2),
-                 QStringLiteral("Las letras de columna deben ser diferentes"));
-        QCOMPARE(d.vExcelClave->text(), QStringLiteral("C"));
+        QCOMPARE(guion.textos().value(2), u"Las letras de columna deben ser diferentes"_s);
+        QCOMPARE(d.vExcelClave->text(), u"C"_s);
 
-        d.vExcelClave->setText(QStringLiteral("A"));
-        d.vExcelNombre->setText(QStringLiteral("x"));
+        d.vExcelClave->setText(u"A"_s);
+        d.vExcelNombre->setText(u"x"_s);
         d.bNext->click();
-        QCOMPARE(guion.textos().value(3),
-                 QStringLiteral("El nombre de la columna para el nombre no es válido"));
+        QCOMPARE(guion.textos().value(3), u"El nombre de la columna para el nombre no es válido"_s);
 
-        d.vExcelNombre->setText(QStringLiteral("C"));
+        d.vExcelNombre->setText(u"C"_s);
         d.vExcelRenglon->setValue(4);
         d.chSaveConfig->setChecked(true);
         d.bNext->click();
@@ -112,8 +102,8 @@ private slots:
         QCOMPARE(d.columnas().puntos, 3);
 
         TfImpExcelCP otra(m_s);
-        QCOMPARE(otra.vExcelNombre->text(), QStringLiteral("C"));
-        QCOMPARE(otra.vExcelValor->text(), QStringLiteral("D"));
+        QCOMPARE(otra.vExcelNombre->text(), u"C"_s);
+        QCOMPARE(otra.vExcelValor->text(), u"D"_s);
         QCOMPARE(otra.vExcelRenglon->value(), 4);
         // Back to the defaults for the other cases.
         for (const char16_t *k : {u"ImpExcelClaveStrE",
@@ -122,7 +112,7 @@ private slots:
                                   u"ImpExcelPrefijoE",
                                   u"ImpExcelRenglonE"}) {
             QString vacio;
-            Registro(m_s, {}, QStringLiteral("PuntosLar"), {}, false, vacio, QString::fromUtf16(k));
+            Registro(m_s, {}, u"PuntosLar"_s, {}, false, vacio, QString::fromUtf16(k));
         }
     }
 
@@ -134,8 +124,8 @@ private slots:
     {
         QTest::addColumn<QString>("archivo");
         QTest::addColumn<int>("titulo");
-        QTest::newRow("xlsx") << QStringLiteral("puntos.xlsx") << 1;
-        QTest::newRow("xls desde el renglón 3") << QStringLiteral("puntos.xls") << 3;
+        QTest::newRow("xlsx") << u"puntos.xlsx"_s << 1;
+        QTest::newRow("xls desde el renglón 3") << u"puntos.xls"_s << 3;
     }
     void importa()
     {
@@ -143,26 +133,11 @@ private slots:
         QFETCH(int, titulo);
         const QString ruta = tempPath(archivo);
         const QString e = escribeHoja(ruta,
-                                      {{QStringLiteral("'Clave'"),
-                                        QStringLiteral("'Nombre'"),
-                                        QStringLiteral("'Puntos'"),
-                                        QStringLiteral("'Valor'")},
-                                       {QStringLiteral("'ANI-1'"),
-                                        QStringLiteral("'BANANA TABASCO'"),
-                                        QStringLiteral("4"),
-                                        QStringLiteral("40")},
-                                       {QStringLiteral("'ANI-1'"),
-                                        QStringLiteral("'NO EXISTE ESTE'"),
-                                        QStringLiteral("'6'"),
-                                        QStringLiteral("None")},
-                                       {QStringLiteral("None"),
-                                        QStringLiteral("' LÁPIZ AZUL '"),
-                                        QStringLiteral("2.4"),
-                                        QStringLiteral("'x'")},
-                                       {QStringLiteral("'NADA'"),
-                                        QStringLiteral("'TAMPOCO'"),
-                                        QStringLiteral("1"),
-                                        QStringLiteral("1")}},
+                                      {{u"'Clave'"_s, u"'Nombre'"_s, u"'Puntos'"_s, u"'Valor'"_s},
+                                       {u"'ANI-1'"_s, u"'BANANA TABASCO'"_s, u"4"_s, u"40"_s},
+                                       {u"'ANI-1'"_s, u"'NO EXISTE ESTE'"_s, u"'6'"_s, u"None"_s},
+                                       {u"None"_s, u"' LÁPIZ AZUL '"_s, u"2.4"_s, u"'x'"_s},
+                                       {u"'NADA'"_s, u"'TAMPOCO'"_s, u"1"_s, u"1"_s}},
                                       titulo);
         QVERIFY2(e.isEmpty(), qPrintable(e));
 
@@ -173,18 +148,18 @@ private slots:
         f.importaExcel(ruta, 1, 2, 3, 4, titulo + 1);
 
         QCOMPARE(guion.cajas().size(), 1);
-        QCOMPARE(guion.cajas()[0].titulo, QStringLiteral("Importar de Excel"));
+        QCOMPARE(guion.cajas()[0].titulo, u"Importar de Excel"_s);
         QCOMPARE(guion.cajas()[0].icono(), mb::IconInformation);
         QCOMPARE(guion.cajas()[0].texto,
-                 QStringLiteral("Se importaron 3 partidas de 5 renglones\r\n\r\n"
-                                "No se encontraron 2 artículos\r\n\r\n"
-                                "El detalle está en el portapapeles de Windows"));
+                 u"Se importaron 3 partidas de 5 renglones\r\n\r\n"
+                 "No se encontraron 2 artículos\r\n\r\n"
+                 "El detalle está en el portapapeles de Windows"_s);
         QCOMPARE(m_portapapeles,
-                 QStringLiteral("----------------------------------\r\n"
-                                "Artículos no encontrados: \r\n"
-                                "----------------------------------\r\n"
-                                "NADA\tTAMPOCO\t1\r\n"
-                                "Art. sin clave\t\t1\r\n"));
+                 u"----------------------------------\r\n"
+                 "Artículos no encontrados: \r\n"
+                 "----------------------------------\r\n"
+                 "NADA\tTAMPOCO\t1\r\n"
+                 "Art. sin clave\t\t1\r\n"_s);
         MemTable &t = f.tabla();
         QCOMPARE(t.recordCount(), 3);
         const int banana = fila(t, 501);
@@ -205,7 +180,7 @@ private slots:
     void resumenes()
     {
         HojaCalculo h;
-        h.pon(1, 2, QStringLiteral("BANANA TABASCO"));
+        h.pon(1, 2, u"BANANA TABASCO"_s);
         auto porNombre = [](const QString &n) {
             return n == u"BANANA TABASCO" ? 501 : 0;
         };
@@ -217,26 +192,26 @@ private slots:
             ++agregados;
         };
         ResultadoImportacion r = ImportaHoja(h, {1, 2, 3, 4, 1}, porNombre, ninguno, agrega);
-        QCOMPARE(r.resumen, QStringLiteral("Se importó un artículo de 1 renglón"));
+        QCOMPARE(r.resumen, u"Se importó un artículo de 1 renglón"_s);
         QVERIFY(r.detalle.isEmpty());
         QCOMPARE(agregados, 1);
 
-        h.pon(2, 1, QStringLiteral("K-9"));
+        h.pon(2, 1, u"K-9"_s);
         r = ImportaHoja(h, {1, 2, 3, 4, 1}, ninguno, ninguno, agrega);
         QCOMPARE(r.resumen,
-                 QStringLiteral("No se importaron artículos en 2 renglones\r\n\r\n"
-                                "No se encontraron 2 artículos\r\n\r\n"
-                                "El detalle está en el portapapeles de Windows"));
-        QVERIFY(r.detalle.endsWith(QStringLiteral("K-9\t\t1\r\n")));
+                 u"No se importaron artículos en 2 renglones\r\n\r\n"
+                 "No se encontraron 2 artículos\r\n\r\n"
+                 "El detalle está en el portapapeles de Windows"_s);
+        QVERIFY(r.detalle.endsWith(u"K-9\t\t1\r\n"_s));
         // A first row past the used range reads nothing.
         r = ImportaHoja(HojaCalculo(), {1, 2, 3, 4, 3}, ninguno, ninguno, agrega);
-        QCOMPARE(r.resumen, QStringLiteral("No se importaron artículos en 0 renglones"));
+        QCOMPARE(r.resumen, u"No se importaron artículos en 0 renglones"_s);
     }
 
     // A corrupt file says why and leaves the list as it was.
     void archivoDanado()
     {
-        const QString ruta = tempPath(QStringLiteral("danado.xlsx"));
+        const QString ruta = tempPath(u"danado.xlsx"_s);
         QFile f(ruta);
         QVERIFY(f.open(QIODevice::WriteOnly));
         f.write("PK\x03\x04 cortado");
@@ -247,10 +222,9 @@ private slots:
         const int antes = lista.tabla().recordCount();
         lista.importaExcel(ruta, 1, 2, 3, 4, 2);
         QCOMPARE(guion.cajas().size(), 1);
-        QVERIFY(
-            guion.cajas()[0].texto.startsWith(QStringLiteral("No fue posible abrir el archivo: ")));
+        QVERIFY(guion.cajas()[0].texto.startsWith(u"No fue posible abrir el archivo: "_s));
         QVERIFY(guion.cajas()[0].texto.size() > 40);
-        QCOMPARE(guion.cajas()[0].titulo, QStringLiteral("Error"));
+        QCOMPARE(guion.cajas()[0].titulo, u"Error"_s);
         QCOMPARE(guion.cajas()[0].icono(), mb::IconStop);
         QCOMPARE(lista.tabla().recordCount(), antes);
         QVERIFY(m_portapapeles.isEmpty());
@@ -259,13 +233,9 @@ private slots:
     // The whole road from the button: the file, the dialog, the import.
     void botonExcel()
     {
-        const QString ruta = tempPath(QStringLiteral("boton.xlsx"));
-        const QString e = escribeHoja(ruta,
-                                      {{QStringLiteral("'Clave'")},
-                                       {QStringLiteral("'SER-1'"),
-                                        QStringLiteral("None"),
-                                        QStringLiteral("9"),
-                                        QStringLiteral("90")}});
+        const QString ruta = tempPath(u"boton.xlsx"_s);
+        const QString e
+            = escribeHoja(ruta, {{u"'Clave'"_s}, {u"'SER-1'"_s, u"None"_s, u"9"_s, u"90"_s}});
         QVERIFY2(e.isEmpty(), qPrintable(e));
         Tfcat_articulos_lista::SelectorArchivo() = [ruta](QWidget *) {
             return ruta;
@@ -273,15 +243,15 @@ private slots:
         GuionMensajes guion;
         Tfcat_articulos_lista f(m_s);
         alAparecer<TfImpExcelCP>([](TfImpExcelCP *d) {
-            d->vExcelValor->setText(QStringLiteral("D"));
+            d->vExcelValor->setText(u"D"_s);
             d->bNext->click();
         });
         f.btnExcel->click();
         // The title row pushes the last row one past the used range: it reads empty.
         QCOMPARE(guion.textos(),
-                 QStringList{QStringLiteral("Se importó un artículo de 2 renglones\r\n\r\n"
-                                            "No se encontró un artículo\r\n\r\n"
-                                            "El detalle está en el portapapeles de Windows")});
+                 QStringList{u"Se importó un artículo de 2 renglones\r\n\r\n"
+                             "No se encontró un artículo\r\n\r\n"
+                             "El detalle está en el portapapeles de Windows"_s});
         QCOMPARE(f.tabla().recordCount(), 1);
         QCOMPARE(f.tabla().valueAt(0, art::ARTICULO_ID).toInt(), 503);
         QCOMPARE(num(f.tabla(), 0, art::VALOR_PUNTOS), 90.0);
@@ -299,8 +269,8 @@ private slots:
             d.rClasificadores->setChecked(true);
             d.bOk->click();
             QCOMPARE(guion.textos(),
-                     (QStringList{QStringLiteral("Debé seleccionar un línea."),
-                                  QStringLiteral("Deé seleccionar un clasificador.")}));
+                     (QStringList{u"Debé seleccionar un línea."_s,
+                                  u"Deé seleccionar un clasificador."_s}));
             QVERIFY(!d.Valido);
             QVERIFY(d.isVisible());
 
@@ -328,11 +298,11 @@ private slots:
         Tfcat_articulos_lista f(m_s);
         alAparecer<TfAddArticulos>([](TfAddArticulos *a) {
             a->chkpuntos->setChecked(true);
-            a->edtPuntos->setText(QStringLiteral("8"));
+            a->edtPuntos->setText(u"8"_s);
             a->bOk->click();
         });
         f.bArticulos->click();
-        QCOMPARE(nombres(f.tabla()), QStringList{QStringLiteral("LÁPIZ AZUL")});
+        QCOMPARE(nombres(f.tabla()), QStringList{u"LÁPIZ AZUL"_s});
         QCOMPARE(num(f.tabla(), 0, art::PUNTOS), 8.0);
         QCOMPARE(num(f.tabla(), 0, art::VALOR_PUNTOS), 0.0);
     }

@@ -1,11 +1,9 @@
 #include "empresapuntos.h"
+#include "libro.h"
 
 #include "db/actualizadb.h"
 #include "fb/error.h"
-#include "fb/query.h"
-#include "fb/transaction.h"
 #include "microsip/sim/puntos.h"
-#include "points/ledger.h"
 
 #include <QCoreApplication>
 #include <QProcess>
@@ -120,24 +118,12 @@ void EmpresaPuntos::cambia(const QString &cambios, const QString &escenario)
 
 void EmpresaPuntos::ejecuta(const QString &sql)
 {
-    fb::Transaction tr(&m_db);
-    fb::Query q(&m_db, &tr);
-    q.setSql(sql);
-    q.execute();
-    tr.commit();
+    lartest::ejecuta(m_db, sql);
 }
 
 QVariant EmpresaPuntos::valor(const QString &sql)
 {
-    fb::Transaction tr(&m_db);
-    fb::Query q(&m_db, &tr);
-    q.setTrimChars(true);
-    q.setSql(sql);
-    q.open();
-    const QVariant v = q.eof() ? QVariant() : q.field(0).toVariant();
-    q.close();
-    tr.commit();
-    return v;
+    return lartest::valor(m_db, sql);
 }
 
 QString EmpresaPuntos::firma(int docto)
@@ -153,11 +139,7 @@ QString EmpresaPuntos::firma(int docto)
 
 int EmpresaPuntos::saldo(int cliente)
 {
-    fb::Transaction tr(&m_db);
-    fb::Query q(&m_db, &tr);
-    const int s = lar::SaldoCliente(cliente, q);
-    tr.commit();
-    return s;
+    return lartest::saldo(m_db, cliente);
 }
 
 QPair<QStringList, QStringList> EmpresaPuntos::juega(const QString &guion)

@@ -2,80 +2,26 @@
 // employee from either list, the non-stocked activity lines priced from PUNTOS,
 // totals that add, the save and its voucher, and the quirks of the commands after it.
 
-#include "tiendacanje.h"
+#include "capturaprueba.h"
 
 #include "points/asignarpa.h"
 #include "points/asignarpa_forma.h"
 
 #include "catalog/articulos_lista.h"
-#include "reports/formas.h"
-#include "reports/imprimirforma.h"
 #include "shared/flista.h"
 #include "support/accesibilidad.h"
-#include "support/guionmensajes.h"
-#include "support/testenv.h"
 #include "support/testmain.h"
-#include "toolkit/memgrid.h"
 #include "toolkit/memtable.h"
 
-#include <QCheckBox>
-#include <QDir>
 #include <QFileInfo>
 #include <QLabel>
-#include <QLineEdit>
-#include <QPushButton>
-#include <QTest>
-#include <QTimer>
 #include <QToolButton>
 
 using namespace lar;
+using lartest::escribe;
+using lartest::Impresion;
 using lartest::Tienda;
 using namespace Qt::StringLiterals;
-
-namespace {
-
-void escribe(CapturaPuntos &f, int col, const QString &texto)
-{
-    MemGrid *g = f.cxGrid;
-    const QModelIndex i = g->model()->index(f.mDet->recNo(), col);
-    g->setCurrentIndex(i);
-    g->edit(i);
-    auto *editor = qobject_cast<QLineEdit *>(QApplication::focusWidget());
-    QVERIFY(editor);
-    editor->selectAll();
-    QTest::keyClicks(editor, texto);
-    QTest::keyClick(editor, Qt::Key_Return);
-    QTest::qWait(1);
-    QCoreApplication::processEvents();
-}
-
-// Answers the print dialog when it comes up, noting what it was given; prints to a
-// file or cancels.
-struct Impresion
-{
-    QString documento;
-    int docto = -1, veces = 0;
-    QTimer timer;
-    explicit Impresion(bool imprimir = false)
-    {
-        QObject::connect(&timer, &QTimer::timeout, [this, imprimir] {
-            if (auto *d = qobject_cast<TfImprimirForma *>(QApplication::activeModalWidget())) {
-                ++veces;
-                documento = d->Documento;
-                docto = d->DoctoId;
-                if (imprimir) {
-                    d->findChild<QCheckBox *>(QStringLiteral("vPrintToFile"))->setChecked(true);
-                    d->findChild<QPushButton *>(QStringLiteral("bPrint"))->click();
-                }
-                if (d->isVisible())
-                    d->reject();
-            }
-        });
-        timer.start(20);
-    }
-};
-
-} // namespace
 
 class TestActividad : public QObject
 {
@@ -85,21 +31,17 @@ private:
     std::unique_ptr<Tienda> t;
     QString m_casa;
     int actividad = 0, sinPuntos = 0;
-    QString claveActividad, claveSinPuntos, claveCliente;
+    QString claveActividad, claveSinPuntos;
 
     void lista(bool porClientes)
     {
-        GuardaRegistro(t->s, QStringLiteral("Lista por clientes"), porClientes ? u"S"_s : u"N"_s);
-        GuardaRegistro(t->s, QStringLiteral("Lista por empleados"), porClientes ? u"N"_s : u"S"_s);
+        GuardaRegistro(t->s, u"Lista por clientes"_s, porClientes ? u"S"_s : u"N"_s);
+        GuardaRegistro(t->s, u"Lista por empleados"_s, porClientes ? u"N"_s : u"S"_s);
     }
     std::unique_ptr<TfAsignar_PA> abre()
     {
         auto f = std::make_unique<TfAsignar_PA>(t->s);
-        f->show();
-        f->activateWindow();
-        [&] {
-            QVERIFY(QTest::qWaitForWindowActive(f.get()));
-        }();
+        lartest::muestra(*f);
         return f;
     }
     // Picks the row of the list whose name holds `nombre`, through the real picker.
@@ -119,11 +61,6 @@ private:
     {
         return t->valor(u"select count(*) from lar_puntos where "_s + condicion).toInt();
     }
-    int saldo(int id)
-    {
-        fb::Query q(&t->s.fbDatabase(), &t->s.fbViewTrans());
-        return SaldoCliente(id, q);
-    }
 
 private slots:
     void initTestCase()
@@ -140,21 +77,9 @@ private slots:
         t->ejecuta(
             u"update articulos set es_almacenable='N' where articulo_id=%1"_s.arg(sinPuntos));
         claveSinPuntos = t->clave(sinPuntos);
-        claveCliente = t->texto(
-            u"select first 1 clave_cliente from claves_clientes where cliente_id=%1"_s.arg(
-                t->cliente));
-        QVERIFY(!claveActividad.isEmpty() && !claveSinPuntos.isEmpty() && !claveCliente.isEmpty());
-        GuardaRegistro(t->s, QStringLiteral("Folio puntos empleados"), u"E00000001"_s);
-
-        InstalaFormasMuestra(t->s.fbConfig());
-        RecuerdaForma(t->s,
-                      QStringLiteral("Puntos"),
-                      QStringLiteral("Ventas"),
-                      QStringLiteral("Vale de canje"));
-        m_casa = lartest::tempPath(QStringLiteral("casa"));
-        QDir().mkpath(m_casa);
-        qputenv("HOME", m_casa.toUtf8());
-        qputenv("XDG_CONFIG_HOME", (m_casa + QStringLiteral("/.config")).toUtf8());
+        QVERIFY(!claveActividad.isEmpty() && !claveSinPuntos.isEmpty());
+        GuardaRegistro(t->s, u"Folio puntos empleados"_s, u"E00000001"_s);
+        m_casa = lartest::preparaVale(*t);
     }
 
     // Customers as employees: the key road takes only a flagged, active customer;
@@ -165,14 +90,14 @@ private slots:
     {
         lista(true);
         lartest::GuionMensajes guion;
-        const int antes = saldo(t->cliente);
+        const int antes = t->saldo();
         auto f = abre();
-        QCOMPARE(f->windowTitle(), QStringLiteral("Asignar Puntos a Empleados"));
-        QCOMPARE(f->FolioEmpleados, QStringLiteral("E00000001"));
+        QCOMPARE(f->windowTitle(), u"Asignar Puntos a Empleados"_s);
+        QCOMPARE(f->FolioEmpleados, u"E00000001"_s);
         LAR_VERIFICA_ACCESIBLE(f.get());
         QCOMPARE(f->mClientes->recordCount(), 0); // nobody flagged yet
 
-        QTest::keyClicks(f->txtCliente, claveCliente);
+        QTest::keyClicks(f->txtCliente, t->claveCliente);
         QTest::keyClick(f->txtCliente, Qt::Key_Return);
         QCOMPARE(guion.textos(),
                  QStringList{u"El cliente no esta activo como empleado o esta en lista negra."_s});
@@ -194,11 +119,11 @@ private slots:
                          u"El artículo no tiene promoción de puntos."_s}));
         guion.limpia();
         escribe(*f, CapturaPuntos::colClave, claveActividad);
-        QCOMPARE(f->mDet->fieldByName(QStringLiteral("Valor_Puntos")).asInteger(), 25);
-        escribe(*f, CapturaPuntos::colUnidades, QStringLiteral("3"));
+        QCOMPARE(f->mDet->fieldByName(u"Valor_Puntos"_s).asInteger(), 25);
+        escribe(*f, CapturaPuntos::colUnidades, u"3"_s);
         escribe(*f, CapturaPuntos::colClave, claveActividad);
-        escribe(*f, CapturaPuntos::colUnidades, QStringLiteral("1"));
-        QVERIFY2(guion.cajas().isEmpty(), qPrintable(guion.textos().join(u'|')));
+        escribe(*f, CapturaPuntos::colUnidades, u"1"_s);
+        LAR_SIN_CAJAS(guion);
         QCOMPARE(f->TotalPuntos, 100);
         QCOMPARE(f->PuntosDisponibles, antes + 100); // the balance after the save
         QCOMPARE(f->lbPuntosDisponibles->text(),
@@ -206,14 +131,13 @@ private slots:
 
         Impresion impresion(true);
         f->bSaveClose->click();
-        QVERIFY2(guion.cajas().isEmpty(), qPrintable(guion.textos().join(u'|')));
+        LAR_SIN_CAJAS(guion);
         QVERIFY(!f->isVisible());
         QCOMPARE(impresion.veces, 1);
-        QCOMPARE(impresion.documento, QStringLiteral("Venta E00000001"));
+        QCOMPARE(impresion.documento, u"Venta E00000001"_s);
         QVERIFY(f->DoctoID > 0);
         QCOMPARE(impresion.docto, f->DoctoID);
-        const QFileInfo vale(m_casa
-                             + QStringLiteral("/Documents/Venta E00000001 - Vale de canje.xls"));
+        const QFileInfo vale(m_casa + u"/Documents/Venta E00000001 - Vale de canje.xls"_s);
         QVERIFY2(vale.exists() && vale.size() > 0, qPrintable(vale.filePath()));
 
         const QString guia = u"docto_id=%1"_s.arg(f->DoctoID);
@@ -225,8 +149,8 @@ private slots:
                  2);
         QCOMPARE(filas(guia + u" and partida=1 and unidades=3 and valor_puntos=75"_s), 1);
         QCOMPARE(filas(guia + u" and partida=2 and unidades=1 and valor_puntos=25"_s), 1);
-        QCOMPARE(saldo(t->cliente), antes + 100);
-        QCOMPARE(LeeRegistro(t->s, QStringLiteral("Folio puntos empleados")), u"E00000002"_s);
+        QCOMPARE(t->saldo(), antes + 100);
+        QCOMPARE(LeeRegistro(t->s, u"Folio puntos empleados"_s), u"E00000002"_s);
         QCOMPARE(t->valor(u"select count(*) from lar_datosclte"_s).toInt(), 0);
     }
 
@@ -240,7 +164,7 @@ private slots:
         const int empleado = t->valor(u"select min(empleado_id) from empleados"_s).toInt();
         const QString nombre = t->texto(
             u"select nombre_completo from empleados where empleado_id=%1"_s.arg(empleado));
-        const QString folio = LeeRegistro(t->s, QStringLiteral("Folio puntos empleados"));
+        const QString folio = LeeRegistro(t->s, u"Folio puntos empleados"_s);
         auto f = abre();
         QCOMPARE(f->mClientes->recordCount(),
                  t->valor(u"select count(*) from empleados where estatus='A'"_s).toInt());
@@ -251,11 +175,11 @@ private slots:
         QCOMPARE(f->lblNomCliente->text(), nombre);
         f->cxGrid->setFocus();
         escribe(*f, CapturaPuntos::colClave, claveActividad);
-        escribe(*f, CapturaPuntos::colUnidades, QStringLiteral("2"));
+        escribe(*f, CapturaPuntos::colUnidades, u"2"_s);
 
         Impresion impresion;
         f->bSaveNew->click();
-        QVERIFY2(guion.cajas().isEmpty(), qPrintable(guion.textos().join(u'|')));
+        LAR_SIN_CAJAS(guion);
         QVERIFY(!f->isVisible());
         QCOMPARE(impresion.veces, 1);
         const QString mismas = u"cliente_id=%1 and folio='%2'"_s.arg(empleado).arg(folio);
@@ -266,8 +190,7 @@ private slots:
         QCOMPARE(impresion.docto,
                  t->valor(u"select max(docto_id) from lar_puntos where "_s + mismas).toInt());
         // Both saves write the folio after the one read at opening.
-        QCOMPARE(LeeRegistro(t->s, QStringLiteral("Folio puntos empleados")),
-                 FolioSiguiente(folio, 9));
+        QCOMPARE(LeeRegistro(t->s, u"Folio puntos empleados"_s), FolioSiguiente(folio, 9));
         QCOMPARE(t->valor(u"select count(*) from lar_datosclte"_s).toInt(), 0);
     }
 
@@ -280,7 +203,7 @@ private slots:
         lartest::GuionMensajes guion;
         const int antes = filas(u"1=1"_s);
         auto f = abre();
-        QTest::keyClicks(f->txtCliente, claveCliente);
+        QTest::keyClicks(f->txtCliente, t->claveCliente);
         QTest::keyClick(f->txtCliente, Qt::Key_Return);
         QCOMPARE(f->ClienteID, t->cliente);
         // The articles list needs no warehouse and offers only activities.
@@ -293,7 +216,7 @@ private slots:
             }
         });
         QTest::keyClick(f.get(), Qt::Key_F4);
-        QVERIFY2(guion.cajas().isEmpty(), qPrintable(guion.textos().join(u'|')));
+        LAR_SIN_CAJAS(guion);
         QVERIFY(soloActividades);
         f->bNew->click();
         QVERIFY(f->isVisible());
@@ -328,7 +251,7 @@ private slots:
                  u"La venta no tiene artículos"_s);
 
         auto linea = [&](int articulo, int unidades) {
-            return t->linea(articulo, QStringLiteral("X"), unidades, 0);
+            return t->linea(articulo, u"X"_s, unidades, 0);
         };
         const GuardaActividad::Resultado r = g.guarda(
             {empleado, u"E00000100"_s, {linea(actividad, 1), linea(0, 0), linea(actividad, 4)}});
@@ -337,7 +260,7 @@ private slots:
         QCOMPARE(filas(guia + u" and partida=1 and valor_puntos=10"_s), 1);
         QCOMPARE(filas(guia + u" and partida=3 and valor_puntos=40"_s), 1);
         QCOMPARE(filas(guia), 2);
-        QCOMPARE(LeeRegistro(t->s, QStringLiteral("Folio puntos empleados")), u"E00000101"_s);
+        QCOMPARE(LeeRegistro(t->s, u"Folio puntos empleados"_s), u"E00000101"_s);
 
         // A folio wider than the column: the engine refuses, everything goes back.
         const int antes = filas(u"1=1"_s);
@@ -346,7 +269,7 @@ private slots:
         QVERIFY(!mal.ok);
         QVERIFY(!mal.error.isEmpty());
         QCOMPARE(filas(u"1=1"_s), antes);
-        QCOMPARE(LeeRegistro(t->s, QStringLiteral("Folio puntos empleados")), u"E00000101"_s);
+        QCOMPARE(LeeRegistro(t->s, u"Folio puntos empleados"_s), u"E00000101"_s);
     }
 };
 

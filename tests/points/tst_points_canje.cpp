@@ -26,6 +26,7 @@
 
 using namespace lar;
 using lartest::Tienda;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -35,13 +36,11 @@ QStringList ledgerDe(Tienda &t, int docto)
     QStringList filas;
     fb::Query q(&t.s.fbDatabase(), &t.s.fbViewTrans());
     q.setTrimChars(true);
-    q.setSql(QStringLiteral("select articulo_id, tipo_docto, naturaleza, sistema, unidades, "
-                            "valor_puntos, partida, folio from lar_puntos where docto_id=:d "
-                            "order by partida"));
-    q.bind(QStringLiteral("d"), docto);
+    q.setSql(u"select articulo_id, tipo_docto, naturaleza, sistema, unidades, valor_puntos, "
+             "partida, folio from lar_puntos where docto_id=:d order by partida"_s);
+    q.bind(u"d"_s, docto);
     for (q.open(); !q.eof(); q.next())
-        filas << QStringLiteral("%1:%2%3:%4:%5:%6:%7:%8")
-                     .arg(q.field(0).toInt())
+        filas << u"%1:%2%3:%4:%5:%6:%7:%8"_s.arg(q.field(0).toInt())
                      .arg(q.field(1).toString(), q.field(2).toString(), q.field(3).toString())
                      .arg(q.field(4).toInt())
                      .arg(q.field(5).toInt())
@@ -78,11 +77,11 @@ private slots:
     {
         QFETCH(bool, series);
         Tienda &t = series ? *m_series : *m_sigFolio;
-        GuardaRegistro(t.s, QStringLiteral("ArtBoleto"), QString());
+        GuardaRegistro(t.s, u"ArtBoleto"_s, QString());
         const double exis1 = t.existencia(t.art1), exis2 = t.existencia(t.art2);
         const int saldo = t.saldo();
         const QString antes = t.siguiente();
-        const QString folio = series ? QStringLiteral("CP") + antes : FolioNormaliza(antes);
+        const QString folio = series ? u"CP"_s + antes : FolioNormaliza(antes);
         // A line left without an article keeps its number in the ledger.
         LineaCanje vacia;
         const Canje c = t.canje({t.linea(t.art1, t.clave1, 2, 1),
@@ -95,33 +94,28 @@ private slots:
         QVERIFY2(r.ok, qPrintable(r.error + r.aviso.texto));
         const QString padded = FolioRellena(folio, 9);
         QCOMPARE(r.folioDocto, padded);
-        QCOMPARE(t.texto(QStringLiteral("select folio||'|'||concepto_in_id||'|'||almacen_id||'|'||"
-                                        "naturaleza_concepto||aplicado||cancelado||sistema_origen"
-                                        "||'|'||descripcion from doctos_in where docto_in_id=%1")
-                             .arg(r.doctoId)),
-                 QStringLiteral("%1|%2|%3|SSNLV|Cliente: C-1 salida generada automáticamente por "
-                                "concepto de canjeo de puntos.")
-                     .arg(padded)
+        QCOMPARE(t.texto(u"select folio||'|'||concepto_in_id||'|'||almacen_id||'|'||"
+                         "naturaleza_concepto||aplicado||cancelado||sistema_origen"
+                         "||'|'||descripcion from doctos_in where docto_in_id=%1"_s.arg(r.doctoId)),
+                 u"%1|%2|%3|SSNLV|Cliente: C-1 salida generada automáticamente por "
+                 "concepto de canjeo de puntos."_s.arg(padded)
                      .arg(t.concepto)
                      .arg(t.almacen));
         if (series)
             QVERIFY(
-                !t.valor(QStringLiteral("select sucursal_id from doctos_in where docto_in_id=%1")
-                             .arg(r.doctoId))
+                !t.valor(u"select sucursal_id from doctos_in where docto_in_id=%1"_s.arg(r.doctoId))
                      .isNull());
         // The service line goes to the ledger only; Microsip's trigger applied the rest.
-        QCOMPARE(t.texto(QStringLiteral("select list(articulo_id||':'||cast(unidades as integer)||"
-                                        "tipo_movto||aplicado, ' ') from (select * from "
-                                        "doctos_in_det where docto_in_id=%1 order by "
-                                        "docto_in_det_id)")
-                             .arg(r.doctoId)),
-                 QStringLiteral("%1:2SS %2:3SS").arg(t.art1).arg(t.art2));
+        QCOMPARE(t.texto(u"select list(articulo_id||':'||cast(unidades as "
+                         "integer)||tipo_movto||aplicado, ' ') from (select * from doctos_in_det "
+                         "where docto_in_id=%1 order by docto_in_det_id)"_s.arg(r.doctoId)),
+                 u"%1:2SS %2:3SS"_s.arg(t.art1).arg(t.art2));
         QCOMPARE(t.existencia(t.art1), exis1 - 2);
         QCOMPARE(t.existencia(t.art2), exis2 - 3);
         QCOMPARE(ledgerDe(t, r.doctoId),
-                 (QStringList{QStringLiteral("%1:CS:IN:2:20:1:%2").arg(t.art1).arg(padded),
-                              QStringLiteral("%1:CS:IN:1:10:3:%2").arg(t.boleto).arg(padded),
-                              QStringLiteral("%1:CS:IN:3:30:4:%2").arg(t.art2).arg(padded)}));
+                 (QStringList{u"%1:CS:IN:2:20:1:%2"_s.arg(t.art1).arg(padded),
+                              u"%1:CS:IN:1:10:3:%2"_s.arg(t.boleto).arg(padded),
+                              u"%1:CS:IN:3:30:4:%2"_s.arg(t.art2).arg(padded)}));
         QCOMPARE(t.saldo(), saldo - 60);
         QCOMPARE(t.siguiente(),
                  series ? QString::number(antes.toInt() + 1) : FolioSiguiente(folio, 9));
@@ -131,10 +125,8 @@ private slots:
         QVERIFY(v.existe && !v.cancelada);
         QCOMPARE(v.clienteId, t.cliente);
         QCOMPARE(v.almacen, QString::number(t.almacen));
-        QCOMPARE(
-            v.cliente,
-            t.texto(
-                QStringLiteral("select nombre from clientes where cliente_id=%1").arg(t.cliente)));
+        QCOMPARE(v.cliente,
+                 t.texto(u"select nombre from clientes where cliente_id=%1"_s.arg(t.cliente)));
         QCOMPARE(v.lineas.size(), 3);
         QCOMPARE(v.lineas.at(2).valorPuntos, 10);
         QCOMPARE(v.lineas.at(2).totalPuntos, 30);
@@ -144,10 +136,9 @@ private slots:
         QCOMPARE(t.saldo(), saldo);
         QCOMPARE(t.existencia(t.art1), exis1);
         QCOMPARE(t.existencia(t.art2), exis2);
-        QCOMPARE(t.texto(QStringLiteral("select list(distinct tipo_docto) from lar_puntos where "
-                                        "docto_id=%1")
-                             .arg(r.doctoId)),
-                 QStringLiteral("X"));
+        QCOMPARE(t.texto(u"select list(distinct tipo_docto) from lar_puntos where "
+                         "docto_id=%1"_s.arg(r.doctoId)),
+                 u"X"_s);
         v = CargaVenta(t.s, r.doctoId);
         QVERIFY(v.cancelada);
         QCOMPARE(v.lineas.size(), 3);
@@ -161,14 +152,13 @@ private slots:
     {
         QFETCH(bool, series);
         Tienda &t = series ? *m_series : *m_sigFolio;
-        GuardaRegistro(t.s, QStringLiteral("ArtBoleto"), QString());
+        GuardaRegistro(t.s, u"ArtBoleto"_s, QString());
         const QString antes = t.siguiente();
-        const QString folio = series ? QStringLiteral("CP") + antes : FolioNormaliza(antes);
+        const QString folio = series ? u"CP"_s + antes : FolioNormaliza(antes);
         const QString ocupado = FolioRellena(folio, 9);
-        t.ejecuta(QStringLiteral("insert into doctos_in (docto_in_id, almacen_id, concepto_in_id, "
-                                 "folio, naturaleza_concepto, aplicado) values (-1, %1, %2, '%3', "
-                                 "'S', 'N')")
-                      .arg(t.almacen)
+        t.ejecuta(u"insert into doctos_in (docto_in_id, almacen_id, concepto_in_id, "
+                  "folio, naturaleza_concepto, aplicado) values (-1, %1, %2, '%3', "
+                  "'S', 'N')"_s.arg(t.almacen)
                       .arg(t.concepto)
                       .arg(ocupado));
         GuardaVenta g(t.s);
@@ -176,10 +166,8 @@ private slots:
         QVERIFY2(r.ok, qPrintable(r.error + r.aviso.texto));
         const QString tomado = FolioNormaliza(FolioSiguiente(folio, 9));
         QCOMPARE(r.folioDocto, FolioRellena(tomado, 9));
-        QCOMPARE(
-            t.texto(
-                QStringLiteral("select folio from doctos_in where docto_in_id=%1").arg(r.doctoId)),
-            FolioRellena(tomado, 9));
+        QCOMPARE(t.texto(u"select folio from doctos_in where docto_in_id=%1"_s.arg(r.doctoId)),
+                 FolioRellena(tomado, 9));
         QCOMPARE(ledgerDe(t, r.doctoId).value(0).section(u':', 6), FolioRellena(tomado, 9));
         QCOMPARE(t.siguiente(),
                  series ? QString::number(antes.toInt() + 1) : FolioSiguiente(tomado, 9));
@@ -190,22 +178,22 @@ private slots:
     void soloBoletos()
     {
         Tienda &t = *m_series;
-        GuardaRegistro(t.s, QStringLiteral("ArtBoleto"), QString::number(t.boleto));
-        const int documentos = t.cuenta(QStringLiteral("doctos_in"));
+        GuardaRegistro(t.s, u"ArtBoleto"_s, QString::number(t.boleto));
+        const int documentos = t.cuenta(u"doctos_in"_s);
         const int saldo = t.saldo();
         const QString antes = t.siguiente();
         GuardaVenta g(t.s);
         const GuardaVenta::Resultado r
             = g.guarda(t.canje({t.linea(t.boleto, t.claveBoleto, 4, 1)}));
-        GuardaRegistro(t.s, QStringLiteral("ArtBoleto"), QString());
+        GuardaRegistro(t.s, u"ArtBoleto"_s, QString());
         QVERIFY2(r.ok, qPrintable(r.error + r.aviso.texto));
         QVERIFY(r.soloBoletos);
-        QCOMPARE(t.cuenta(QStringLiteral("doctos_in")), documentos);
+        QCOMPARE(t.cuenta(u"doctos_in"_s), documentos);
         QCOMPARE(ledgerDe(t, r.doctoId),
-                 QStringList{QStringLiteral("%1:CS:IN:4:40:1:%2").arg(t.boleto).arg(r.folioDocto)});
+                 QStringList{u"%1:CS:IN:4:40:1:%2"_s.arg(t.boleto).arg(r.folioDocto)});
         QCOMPARE(t.saldo(), saldo - 40);
         QCOMPARE(t.siguiente(), QString::number(antes.toInt() + 1));
-        QCOMPARE(CargaVenta(t.s, r.doctoId).almacen, QStringLiteral("--1"));
+        QCOMPARE(CargaVenta(t.s, r.doctoId).almacen, u"--1"_s);
         QCOMPARE(CancelaVenta(t.s, r.doctoId), QString());
         QCOMPARE(t.saldo(), saldo);
     }
@@ -214,9 +202,9 @@ private slots:
     void fallas()
     {
         Tienda &t = *m_sigFolio;
-        GuardaRegistro(t.s, QStringLiteral("ArtBoleto"), QString());
-        const int documentos = t.cuenta(QStringLiteral("doctos_in"));
-        const int filas = t.cuenta(QStringLiteral("lar_puntos"));
+        GuardaRegistro(t.s, u"ArtBoleto"_s, QString());
+        const int documentos = t.cuenta(u"doctos_in"_s);
+        const int filas = t.cuenta(u"lar_puntos"_s);
         const QString folio = t.siguiente();
         const double exis = t.existencia(t.art1);
         GuardaVenta g(t.s);
@@ -224,8 +212,8 @@ private slots:
             const GuardaVenta::Resultado r = g.guarda(c);
             [&] {
                 QVERIFY(!r.ok);
-                QCOMPARE(t.cuenta(QStringLiteral("doctos_in")), documentos);
-                QCOMPARE(t.cuenta(QStringLiteral("lar_puntos")), filas);
+                QCOMPARE(t.cuenta(u"doctos_in"_s), documentos);
+                QCOMPARE(t.cuenta(u"lar_puntos"_s), filas);
                 QCOMPARE(t.siguiente(), folio);
                 QCOMPARE(t.existencia(t.art1), exis);
             }();
@@ -236,50 +224,49 @@ private slots:
         Canje c = bueno;
         c.clienteId = 0;
         GuardaVenta::Resultado r = intenta(c);
-        QCOMPARE(r.aviso.texto, QStringLiteral("Primero debe seleccionar un cliente."));
+        QCOMPARE(r.aviso.texto, u"Primero debe seleccionar un cliente."_s);
         QCOMPARE(r.aviso.foco, AvisoCanje::Cliente);
         c = bueno;
         c.almacenId = -1;
-        QCOMPARE(intenta(c).aviso.texto, QStringLiteral("Primero debe seleccionar un almacén."));
+        QCOMPARE(intenta(c).aviso.texto, u"Primero debe seleccionar un almacén."_s);
         c = bueno;
         c.lineas.clear();
         r = intenta(c);
-        QCOMPARE(r.aviso.texto, QStringLiteral("La venta no tiene artículos"));
-        QCOMPARE(r.aviso.clase, QStringLiteral("Error"));
+        QCOMPARE(r.aviso.texto, u"La venta no tiene artículos"_s);
+        QCOMPARE(r.aviso.clase, u"Error"_s);
 
         // The concept: not configured (silent), unknown, folios by hand.
-        GuardaRegistro(t.s, QStringLiteral("Concepto Salida Puntos"), QString());
-        QCOMPARE(intenta(bueno).aviso.clase, QStringLiteral("Verificar"));
-        GuardaRegistro(t.s, QStringLiteral("Concepto Salida Puntos"), QStringLiteral("999999"));
+        GuardaRegistro(t.s, u"Concepto Salida Puntos"_s, QString());
+        QCOMPARE(intenta(bueno).aviso.clase, u"Verificar"_s);
+        GuardaRegistro(t.s, u"Concepto Salida Puntos"_s, u"999999"_s);
         QCOMPARE(intenta(bueno).aviso.texto,
-                 QStringLiteral("No se encontró el concepto de inventarios en Microsip"));
-        GuardaRegistro(t.s, QStringLiteral("Concepto Salida Puntos"), QString::number(t.concepto));
-        t.ejecuta(QStringLiteral("update conceptos_in set folio_autom='N' where concepto_in_id=%1")
-                      .arg(t.concepto));
-        QCOMPARE(
-            intenta(bueno).aviso.texto,
-            QStringLiteral("Debe configurar los folios de Salida por puntos como automáticos"));
-        t.ejecuta(QStringLiteral("update conceptos_in set folio_autom='S' where concepto_in_id=%1")
-                      .arg(t.concepto));
+                 u"No se encontró el concepto de inventarios en Microsip"_s);
+        GuardaRegistro(t.s, u"Concepto Salida Puntos"_s, QString::number(t.concepto));
+        t.ejecuta(
+            u"update conceptos_in set folio_autom='N' where concepto_in_id=%1"_s.arg(t.concepto));
+        QCOMPARE(intenta(bueno).aviso.texto,
+                 u"Debe configurar los folios de Salida por puntos como automáticos"_s);
+        t.ejecuta(
+            u"update conceptos_in set folio_autom='S' where concepto_in_id=%1"_s.arg(t.concepto));
 
         // Microsip's trigger refuses an exit beyond the stock: the engine's text.
         c = t.canje({t.linea(t.art1, t.clave1, int(exis) + 1, 1)});
         r = intenta(c);
-        QVERIFY2(r.error.contains(QStringLiteral("existencia")), qPrintable(r.error));
+        QVERIFY2(r.error.contains(u"existencia"_s), qPrintable(r.error));
         QVERIFY(!r.enPuntos);
         // No rollback after an error in the issue: the folio, the header and its lines
         // stay pending in fbUpdateTrans, and the next commit on it, here a customer
         // lock's, makes them durable; the document never applied, stock and ledger agree.
         QVERIFY(r.pendiente);
         QVERIFY(t.s.fbUpdateTrans().isActive());
-        BloqueaCliente(t.s, t.cliente, t.clave1, QStringLiteral("Cliente"));
+        BloqueaCliente(t.s, t.cliente, t.clave1, u"Cliente"_s);
         LiberaCliente(t.s, t.cliente);
         QVERIFY(!t.s.fbUpdateTrans().isActive());
-        QCOMPARE(t.cuenta(QStringLiteral("doctos_in")), documentos + 1);
-        QCOMPARE(t.texto(QStringLiteral("select aplicado from doctos_in where docto_in_id = "
-                                        "(select max(docto_in_id) from doctos_in)")),
-                 QStringLiteral("N"));
-        QCOMPARE(t.cuenta(QStringLiteral("lar_puntos")), filas);
+        QCOMPARE(t.cuenta(u"doctos_in"_s), documentos + 1);
+        QCOMPARE(t.texto(u"select aplicado from doctos_in where docto_in_id = "
+                         "(select max(docto_in_id) from doctos_in)"_s),
+                 u"N"_s);
+        QCOMPARE(t.cuenta(u"lar_puntos"_s), filas);
         QCOMPARE(t.existencia(t.art1), exis);
         QVERIFY(t.siguiente() != folio);
     }
@@ -295,9 +282,9 @@ private slots:
         Tienda t(true, true);
         Sesion otra;
         t.env->conectaSesion(otra);
-        otra.UsuarioActual = QStringLiteral("CAJERO2");
+        otra.UsuarioActual = u"CAJERO2"_s;
 
-        BloqueaCliente(t.s, t.cliente, QStringLiteral("C-1"), QStringLiteral("Cliente"));
+        BloqueaCliente(t.s, t.cliente, u"C-1"_s, u"Cliente"_s);
         BloqueoCliente b = LeeBloqueo(otra, t.cliente);
         QVERIFY(b.existe);
         QCOMPARE(b.usuario, t.s.UsuarioActual);
@@ -307,23 +294,23 @@ private slots:
         QVERIFY(!LeeBloqueo(t.s, t.cliente).existe);
 
         fb::Query q(&otra.fbDatabase(), &otra.fbUpdateTrans());
-        q.setSql(QStringLiteral("update folios_conceptos set consecutivo = consecutivo + 100 "
-                                "where concepto_id = :c"));
-        q.bind(QStringLiteral("c"), t.concepto);
+        q.setSql(u"update folios_conceptos set consecutivo = consecutivo + 100 "
+                 "where concepto_id = :c"_s);
+        q.bind(u"c"_s, t.concepto);
         q.execute();
-        const int documentos = t.cuenta(QStringLiteral("doctos_in"));
-        const int filas = t.cuenta(QStringLiteral("lar_puntos"));
+        const int documentos = t.cuenta(u"doctos_in"_s);
+        const int filas = t.cuenta(u"lar_puntos"_s);
         const double exis = t.existencia(t.art1);
         GuardaVenta g(t.s);
         const Canje c = t.canje({t.linea(t.art1, t.clave1, 1, 1)});
         GuardaVenta::Resultado r = g.guarda(c);
         QVERIFY(!r.ok);
-        QVERIFY2(r.error.contains(QStringLiteral("deadlock"), Qt::CaseInsensitive)
-                     || r.error.contains(QStringLiteral("conflict"), Qt::CaseInsensitive),
+        QVERIFY2(r.error.contains(u"deadlock"_s, Qt::CaseInsensitive)
+                     || r.error.contains(u"conflict"_s, Qt::CaseInsensitive),
                  qPrintable(r.error));
         QVERIFY(r.pendiente);
-        QCOMPARE(t.cuenta(QStringLiteral("doctos_in")), documentos);
-        QCOMPARE(t.cuenta(QStringLiteral("lar_puntos")), filas);
+        QCOMPARE(t.cuenta(u"doctos_in"_s), documentos);
+        QCOMPARE(t.cuenta(u"lar_puntos"_s), filas);
         QCOMPARE(t.existencia(t.art1), exis);
 
         // The failed save left its transaction active with nothing in it; the next
@@ -340,9 +327,9 @@ private slots:
     void caida()
     {
         Tienda &t = *m_series;
-        GuardaRegistro(t.s, QStringLiteral("ArtBoleto"), QString());
-        const int documentos = t.cuenta(QStringLiteral("doctos_in"));
-        const int filas = t.cuenta(QStringLiteral("lar_puntos"));
+        GuardaRegistro(t.s, u"ArtBoleto"_s, QString());
+        const int documentos = t.cuenta(u"doctos_in"_s);
+        const int filas = t.cuenta(u"lar_puntos"_s);
         const double exis = t.existencia(t.art1);
         const QString folio = t.siguiente();
         // The embedded engine serves one process at a time: let the child have it.
@@ -351,8 +338,7 @@ private slots:
         QProcess hijo;
         QProcessEnvironment entorno = QProcessEnvironment::systemEnvironment();
         entorno.insert(QString::fromLatin1(kCrashEnv),
-                       QStringLiteral("%1|%2|%3|%4|%5")
-                           .arg(t.env->carpeta(), t.env->rutaEmpresa())
+                       u"%1|%2|%3|%4|%5"_s.arg(t.env->carpeta(), t.env->rutaEmpresa())
                            .arg(t.cliente)
                            .arg(t.almacen)
                            .arg(t.art1));
@@ -368,8 +354,8 @@ private slots:
         QVERIFY(hijo.waitForFinished());
 
         t.env->conectaSesion(t.s);
-        QCOMPARE(t.cuenta(QStringLiteral("doctos_in")), documentos);
-        QCOMPARE(t.cuenta(QStringLiteral("lar_puntos")), filas);
+        QCOMPARE(t.cuenta(u"doctos_in"_s), documentos);
+        QCOMPARE(t.cuenta(u"lar_puntos"_s), filas);
         QCOMPARE(t.existencia(t.art1), exis);
         QCOMPARE(t.siguiente(), folio);
 
@@ -408,10 +394,10 @@ static int estacionQueCae(const QString &datos)
             }
         }
     }
-    s.UsuarioActual = QStringLiteral("SYSDBA");
+    s.UsuarioActual = u"SYSDBA"_s;
     Canje c;
     c.clienteId = p.at(2).toInt();
-    c.txtCliente = QStringLiteral("C-1");
+    c.txtCliente = u"C-1"_s;
     c.almacenId = p.at(3).toInt();
     LineaCanje l;
     l.articuloId = p.at(4).toInt();

@@ -2,13 +2,11 @@
 // the tests before it opens, the load and its filters, and the capture opened from
 // it moving the list with bUp and bDown.
 
-#include "tiendacanje.h"
+#include "capturaprueba.h"
 
-#include "points/ventaspuntos.h"
 #include "points/ventaspuntoslista.h"
 #include "shared/periodo.h"
 
-#include "support/guionmensajes.h"
 #include "support/testmain.h"
 #include "toolkit/memgrid.h"
 #include "toolkit/memtable.h"
@@ -25,6 +23,7 @@
 
 using namespace lar;
 using lartest::Tienda;
+using namespace Qt::StringLiterals;
 
 class TestLista : public QObject
 {
@@ -49,10 +48,10 @@ private slots:
         }
         QCOMPARE(CancelaVenta(t->s, doctos.at(1)), QString());
         // Tickets alone: no issue document, so no warehouse.
-        GuardaRegistro(t->s, QStringLiteral("ArtBoleto"), QString::number(t->boleto));
+        GuardaRegistro(t->s, u"ArtBoleto"_s, QString::number(t->boleto));
         const GuardaVenta::Resultado r
             = g.guarda(t->canje({t->linea(t->boleto, t->claveBoleto, 1, 1)}));
-        GuardaRegistro(t->s, QStringLiteral("ArtBoleto"), QString());
+        GuardaRegistro(t->s, u"ArtBoleto"_s, QString());
         QVERIFY2(r.ok && r.soloBoletos, qPrintable(r.error + r.aviso.texto));
         boletos = r.doctoId;
     }
@@ -62,30 +61,18 @@ private slots:
         QTest::addColumn<QString>("valor");
         QTest::addColumn<QString>("texto");
         // Today is 15/05/2026 in these rows; serial 46143 is 01/05/2026.
-        QTest::newRow("todo") << "0;1;1;0;0"
-                              << "Todos los meses";
-        QTest::newRow("un mes") << "1;1;1;0;0"
-                                << "Último mes";
-        QTest::newRow("meses") << "1;3;1;0;0"
-                               << "Últimos 3 meses";
-        QTest::newRow("un día") << "3;1;1;0;0"
-                                << "Último día";
-        QTest::newRow("días") << "3;1;7;0;0"
-                              << "Últimos 7 días";
-        QTest::newRow("hoy") << "5;1;1;0;0"
-                             << "Hoy: 15/05/2026";
-        QTest::newRow("un mes entero") << "2;1;1;46143;46173"
-                                       << "mayo del 2026";
-        QTest::newRow("un año") << "2;1;1;46023;46387"
-                                << "2026";
-        QTest::newRow("meses enteros") << "2;1;1;46143;46234"
-                                       << "mayo/2026 a julio/2026";
-        QTest::newRow("un día del rango") << "2;1;1;46150;46150"
-                                          << "08/05/2026";
-        QTest::newRow("rango") << "2;1;1;46150;46160"
-                               << "08/05/2026 al 18/05/2026";
-        QTest::newRow("corto: valores iniciales") << "1;3"
-                                                  << "Todos los meses";
+        QTest::newRow("todo") << u"0;1;1;0;0"_s << u"Todos los meses"_s;
+        QTest::newRow("un mes") << u"1;1;1;0;0"_s << u"Último mes"_s;
+        QTest::newRow("meses") << u"1;3;1;0;0"_s << u"Últimos 3 meses"_s;
+        QTest::newRow("un día") << u"3;1;1;0;0"_s << u"Último día"_s;
+        QTest::newRow("días") << u"3;1;7;0;0"_s << u"Últimos 7 días"_s;
+        QTest::newRow("hoy") << u"5;1;1;0;0"_s << u"Hoy: 15/05/2026"_s;
+        QTest::newRow("un mes entero") << u"2;1;1;46143;46173"_s << u"mayo del 2026"_s;
+        QTest::newRow("un año") << u"2;1;1;46023;46387"_s << u"2026"_s;
+        QTest::newRow("meses enteros") << u"2;1;1;46143;46234"_s << u"mayo/2026 a julio/2026"_s;
+        QTest::newRow("un día del rango") << u"2;1;1;46150;46150"_s << u"08/05/2026"_s;
+        QTest::newRow("rango") << u"2;1;1;46150;46160"_s << u"08/05/2026 al 18/05/2026"_s;
+        QTest::newRow("corto: valores iniciales") << u"1;3"_s << u"Todos los meses"_s;
     }
     void textoPeriodo()
     {
@@ -105,12 +92,12 @@ private slots:
         p.tipo = 4;
         p.capturaIni = QDate(2026, 2, 1);
         p.capturaFin = QDate(2026, 1, 1);
-        QCOMPARE(p.texto(), QStringLiteral(" "));
+        QCOMPARE(p.texto(), u" "_s);
         QCOMPARE(p.tipo, 0);
         p.tipo = 4;
         p.capturaIni = QDate(2026, 1, 1);
         p.capturaFin = QDate(2026, 3, 31);
-        QCOMPARE(p.texto(), QStringLiteral("enero/2026 a marzo/2026"));
+        QCOMPARE(p.texto(), u"enero/2026 a marzo/2026"_s);
     }
 
     // Stored where Microsip's viewer reads it (the user's node of the installation's
@@ -130,13 +117,12 @@ private slots:
         t->env->conectaConfig(config);
         fb::Transaction tr(&config);
         fb::Query q(&config, &tr);
-        q.setSql(QStringLiteral(
-            "select v.valor from registry u join registry i on i.padre_id=u.elemento_id and "
-            "i.nombre='Inventarios' join registry w on w.padre_id=i.elemento_id and "
-            "w.nombre='VisorENTRADAS' join registry v on v.padre_id=w.elemento_id and "
-            "v.nombre='Período' where u.padre_id=0 and u.nombre='SYSDBA'"));
+        q.setSql(u"select v.valor from registry u join registry i on i.padre_id=u.elemento_id and "
+                 "i.nombre='Inventarios' join registry w on w.padre_id=i.elemento_id and "
+                 "w.nombre='VisorENTRADAS' join registry v on v.padre_id=w.elemento_id and "
+                 "v.nombre='Período' where u.padre_id=0 and u.nombre='SYSDBA'"_s);
         q.open();
-        QCOMPARE(q.field(0).toTrimmed(), QStringLiteral("3;4;9;0;0"));
+        QCOMPARE(q.field(0).toTrimmed(), u"3;4;9;0;0"_s);
         q.next();
         QVERIFY(q.eof());
         q.close();
@@ -156,25 +142,19 @@ private slots:
         QChar metodo;
         QCOMPARE(ValidaPreferencias(t->s, metodo), QString());
         QCOMPARE(metodo, QLatin1Char('C'));
-        t->ejecuta(QStringLiteral("update registry set valor=NULL where nombre='METODO_COSTEO'"));
-        QCOMPARE(ValidaPreferencias(t->s, metodo),
-                 QStringLiteral("Primero debe definir el método de costeo en las preferencias de "
-                                "inventarios de Microsip"));
-        t->ejecuta(QStringLiteral("update registry set valor='C' where nombre='METODO_COSTEO'"));
-        GuardaRegistro(t->s, QStringLiteral("Concepto Salida Puntos"), QString());
+        // Without a costing method: see comandos().
+        GuardaRegistro(t->s, u"Concepto Salida Puntos"_s, QString());
         QCOMPARE(PuedeAbrirCanjes(t->s),
-                 QStringLiteral("Indique un concepto de salida de inventarios en la configuración "
-                                "del sistema."));
-        GuardaRegistro(
-            t->s, QStringLiteral("Concepto Salida Puntos"), QString::number(t->concepto));
-        t->ejecuta(
-            QStringLiteral("delete from folios_conceptos where concepto_id=%1").arg(t->concepto));
+                 u"Indique un concepto de salida de inventarios en la configuración "
+                 "del sistema."_s);
+        GuardaRegistro(t->s, u"Concepto Salida Puntos"_s, QString::number(t->concepto));
+        t->ejecuta(u"delete from folios_conceptos where concepto_id=%1"_s.arg(t->concepto));
         QCOMPARE(PuedeAbrirCanjes(t->s),
-                 QStringLiteral("Es necesario asignar una serie y consecutivo al concepto de "
-                                "salida de inventarios en Microsip."));
+                 u"Es necesario asignar una serie y consecutivo al concepto de "
+                 "salida de inventarios en Microsip."_s);
         fb::Database db;
         t->env->conectaEmpresa(db);
-        microsip::asignaSerie(db, t->concepto, QStringLiteral("CP"), 50);
+        microsip::asignaSerie(db, t->concepto, u"CP"_s, 50);
     }
 
     // The load and the filters: status and warehouse reload, type and search filter
@@ -188,8 +168,8 @@ private slots:
         QCOMPARE(m.recordCount(), 4);
         l.mCancelados->trigger();
         QCOMPARE(m.recordCount(), 1);
-        QCOMPARE(m.fieldByName(QStringLiteral("DoctoID")).asInteger(), doctos.at(1));
-        QCOMPARE(m.fieldByName(QStringLiteral("Cancelado")).asString(), QStringLiteral("C"));
+        QCOMPARE(m.fieldByName(u"DoctoID"_s).asInteger(), doctos.at(1));
+        QCOMPARE(m.fieldByName(u"Cancelado"_s).asString(), u"C"_s);
         l.mNormales->trigger();
         QCOMPARE(m.recordCount(), 3);
         l.mTodosEstatus->trigger();
@@ -202,7 +182,7 @@ private slots:
         // The warehouse drops the redemption of tickets alone; another one shows nothing.
         l.vAlmacen->setCurrentIndex(l.vAlmacen->findData(t->almacen));
         QCOMPARE(m.recordCount(), 3);
-        QVERIFY(!m.locate(QStringLiteral("DoctoID"), boletos));
+        QVERIFY(!m.locate(u"DoctoID"_s, boletos));
         const int otro = l.vAlmacen->currentIndex() == 1 ? 2 : 1;
         if (otro < l.vAlmacen->count()) {
             l.vAlmacen->setCurrentIndex(otro);
@@ -210,43 +190,43 @@ private slots:
         }
         l.vAlmacen->setCurrentIndex(0);
         QCOMPARE(m.recordCount(), 4);
-        QVERIFY(m.locate(QStringLiteral("DoctoID"), boletos));
-        QVERIFY(m.fieldByName(QStringLiteral("Almacen")).asString().isEmpty());
+        QVERIFY(m.locate(u"DoctoID"_s, boletos));
+        QVERIFY(m.fieldByName(u"Almacen"_s).asString().isEmpty());
 
         // Search by folio, words in any order without overlap, painted in that column.
-        const QString folio = FolioNormaliza(t->texto(
-            QStringLiteral("select folio from doctos_in where docto_in_id=%1").arg(doctos.at(2))));
+        const QString folio = FolioNormaliza(
+            t->texto(u"select folio from doctos_in where docto_in_id=%1"_s.arg(doctos.at(2))));
         l.rFolio->setChecked(true);
         l.vBusca->setText(folio.toLower());
         QCOMPARE(m.recordCount(), 1);
         QCOMPARE(l.cxGrid->itemDelegate(), &l.pintor());
-        QCOMPARE(l.pintor().field(), m.fieldIndex(QStringLiteral("Folio")));
+        QCOMPARE(l.pintor().field(), m.fieldIndex(u"Folio"_s));
         QCOMPARE(l.pintor().words(), QStringList{folio});
         QCOMPARE(l.pintor().highlightRects(folio, l.cxGrid->font()).size(), 1);
-        l.vBusca->setText(QStringLiteral("P C"));
+        l.vBusca->setText(u"P C"_s);
         QCOMPARE(m.recordCount(), 4);
-        l.vBusca->setText(QStringLiteral("CP CP"));
+        l.vBusca->setText(u"CP CP"_s);
         QCOMPARE(m.recordCount(), 0);
         // The same words on the customer: the painted column follows the radio button.
-        const QString nombre = t->texto(
-            QStringLiteral("select nombre from clientes where cliente_id=%1").arg(t->cliente));
+        const QString nombre
+            = t->texto(u"select nombre from clientes where cliente_id=%1"_s.arg(t->cliente));
         const QString palabra = nombre.section(u' ', 0, 0);
         l.rDestino->setChecked(true);
         l.vBusca->setText(palabra);
         QCOMPARE(m.recordCount(), 4);
-        QCOMPARE(l.pintor().field(), m.fieldIndex(QStringLiteral("Cliente")));
+        QCOMPARE(l.pintor().field(), m.fieldIndex(u"Cliente"_s));
         QCOMPARE(l.pintor().words(), QStringList{palabra.toUpper()});
 
         // On the grid a printable key goes on in the box, Esc empties it.
         l.vBusca->clear();
         l.cxGrid->setFocus();
-        QTest::keyClicks(l.cxGrid, QStringLiteral("zq"));
-        QCOMPARE(l.vBusca->text(), QStringLiteral("zq"));
+        QTest::keyClicks(l.cxGrid, u"zq"_s);
+        QCOMPARE(l.vBusca->text(), u"zq"_s);
         QCOMPARE(m.recordCount(), 0);
         QTest::keyClick(l.cxGrid, Qt::Key_Escape);
         QVERIFY(l.vBusca->text().isEmpty());
         QCOMPARE(m.recordCount(), 4);
-        QVERIFY2(guion.cajas().isEmpty(), qPrintable(guion.textos().join(u'|')));
+        LAR_SIN_CAJAS(guion);
     }
 
     // Enter on the grid opens the row; bDown and bUp move the list's grid and load
@@ -260,7 +240,7 @@ private slots:
         QVERIFY(m.recordCount() >= 3);
         QList<int> orden;
         for (m.first(); !m.eof(); m.next())
-            orden << m.fieldByName(QStringLiteral("DoctoID")).asInteger();
+            orden << m.fieldByName(u"DoctoID"_s).asInteger();
         m.first();
         QList<int> vistos;
         QList<int> filas;
@@ -288,7 +268,7 @@ private slots:
         QTest::keyClick(l.cxGrid, Qt::Key_Return);
         QCOMPARE(vistos, (QList<int>{orden[0], orden[0], orden[1], orden[2], orden[1]}));
         QCOMPARE(filas, (QList<int>{0, 0, 1, 2, 1}));
-        QVERIFY2(guion.cajas().isEmpty(), qPrintable(guion.textos().join(u'|')));
+        LAR_SIN_CAJAS(guion);
     }
 
     // bNew and bOpen ask ValidaPreferencias first: without a costing method nothing
@@ -298,7 +278,7 @@ private slots:
         lartest::GuionMensajes guion;
         TfVentasPuntosLista l(t->s);
         l.show();
-        t->ejecuta(QStringLiteral("update registry set valor=NULL where nombre='METODO_COSTEO'"));
+        t->ejecuta(u"update registry set valor=NULL where nombre='METODO_COSTEO'"_s);
         bool abierta = false;
         QTimer sondeo;
         QObject::connect(&sondeo, &QTimer::timeout, [&] {
@@ -310,18 +290,18 @@ private slots:
         sondeo.start(20);
         l.bNew->click();
         l.bOpen->click();
-        const QString aviso = QStringLiteral("Primero debe definir el método de costeo en las "
-                                             "preferencias de inventarios de Microsip");
+        const QString aviso = u"Primero debe definir el método de costeo en las "
+                              "preferencias de inventarios de Microsip"_s;
         QCOMPARE(guion.textos(), (QStringList{aviso, aviso}));
         QVERIFY(!abierta);
-        t->ejecuta(QStringLiteral("update registry set valor='C' where nombre='METODO_COSTEO'"));
+        t->ejecuta(u"update registry set valor='C' where nombre='METODO_COSTEO'"_s);
         guion.limpia();
         guion.responde({mb::IdYes}); // the closing question of the new capture
         l.bNew->click();
         QVERIFY(abierta);
         sondeo.stop();
         QCOMPARE(guion.textos(),
-                 QStringList{QStringLiteral("¿Desea cancelar la edición de la Canje de puntos?")});
+                 QStringList{u"¿Desea cancelar la edición de la Canje de puntos?"_s});
         guion.limpia();
 
         // The period dialog: "Hoy" accepted, stored, the list reloaded on today's rows.
@@ -333,8 +313,7 @@ private slots:
         });
         l.bPeriodo->click();
         QCOMPARE(l.Periodo.tipo, 5);
-        QCOMPARE(l.vPeriodo->text(),
-                 QStringLiteral("Hoy: ") + QDate::currentDate().toString(u"dd/MM/yyyy"));
+        QCOMPARE(l.vPeriodo->text(), u"Hoy: "_s + QDate::currentDate().toString(u"dd/MM/yyyy"));
         QCOMPARE(LeePeriodo(t->s).tipo, 5);
         QCOMPARE(l.tabla().recordCount(), 4); // all saved today
         QTimer::singleShot(0, this, [] {
@@ -345,7 +324,7 @@ private slots:
         QCOMPARE(LeePeriodo(t->s).tipo, 5);
         PeriodoVista todo;
         QCOMPARE(GuardaPeriodo(t->s, todo), QString());
-        QVERIFY2(guion.cajas().isEmpty(), qPrintable(guion.textos().join(u'|')));
+        LAR_SIN_CAJAS(guion);
     }
 };
 

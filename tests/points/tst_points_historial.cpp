@@ -26,9 +26,7 @@
 #include <QFile>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMap>
 #include <QPushButton>
-#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
@@ -87,22 +85,25 @@ class TstHistorial : public QObject
         return out;
     }
 
-    // Each cell of the workbook's first sheet that holds something, "B1=text".
+    // Each cell of the workbook's first sheet that holds something, "B1=text", then
+    // each data row (from row 4, with something in A to E) as "#B|C|D|E".
     QStringList celdas(const QString &archivo)
     {
         const QString salida = m_dir.filePath(u"celdas.txt"_s);
-        const QString error
-            = lartest::ejecutaPython(u"import sys, openpyxl\n"
-                                     "ws = openpyxl.load_workbook(sys.argv[1]).worksheets[0]\n"
-                                     "with open(sys.argv[2], 'w', encoding='utf-8') as f:\n"
-                                     "    for fila in ws.iter_rows():\n"
-                                     "        for c in fila:\n"
-                                     "            if c.value is not None:\n"
-                                     "                v = c.value\n"
-                                     "                if hasattr(v, 'strftime'):\n"
-                                     "                    v = 'fecha'\n"
-                                     "                f.write('%s=%s\\n' % (c.coordinate, v))\n"_s,
-                                     {archivo, salida});
+        const QString error = lartest::ejecutaPython(
+            u"import sys, openpyxl\n"
+            "ws = openpyxl.load_workbook(sys.argv[1]).worksheets[0]\n"
+            "def texto(v):\n"
+            "    return 'fecha' if hasattr(v, 'strftime') else '' if v is None else str(v)\n"
+            "with open(sys.argv[2], 'w', encoding='utf-8') as f:\n"
+            "    for fila in ws.iter_rows():\n"
+            "        for c in fila:\n"
+            "            if c.value is not None:\n"
+            "                f.write('%s=%s\\n' % (c.coordinate, texto(c.value)))\n"
+            "    for fila in ws.iter_rows(min_row=4, max_col=5):\n"
+            "        if any(c.value is not None for c in fila):\n"
+            "            f.write('#%s\\n' % '|'.join(texto(c.value) for c in fila[1:]))\n"_s,
+            {archivo, salida});
         if (!error.isEmpty())
             return {error};
         QFile f(salida);
@@ -111,24 +112,13 @@ class TstHistorial : public QObject
         return QString::fromUtf8(f.readAll()).split(u'\n', Qt::SkipEmptyParts);
     }
 
-    // The data rows of the workbook (from row 4), each "B|C|D|E".
+    // The data rows of the workbook, each "B|C|D|E".
     static QStringList filasHoja(const QStringList &celdas)
     {
-        QMap<int, QStringList> filas;
-        static const QRegularExpression celda(u"^([A-E])(\\d+)=(.*)$"_s);
-        for (const QString &c : celdas) {
-            const auto m = celda.match(c);
-            if (!m.hasMatch() || m.captured(2).toInt() < 4)
-                continue;
-            QStringList &f = filas[m.captured(2).toInt()];
-            if (f.isEmpty())
-                f = QStringList(4);
-            if (m.captured(1) != u"A"_s)
-                f[m.captured(1).at(0).unicode() - u'B'] = m.captured(3);
-        }
         QStringList out;
-        for (const QStringList &f : std::as_const(filas))
-            out << f.join(u'|');
+        for (const QString &c : celdas)
+            if (c.startsWith(u'#'))
+                out << c.mid(1);
         return out;
     }
 

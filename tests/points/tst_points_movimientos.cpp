@@ -1,14 +1,12 @@
 // Manual points movement through the real form: several customers in one save,
 // withdrawals capped at the balance, the checks before a save, the folio series.
 
+#include "libro.h"
+
 #include "core/registro.h"
 #include "core/sesion.h"
-#include "fb/database.h"
-#include "fb/query.h"
-#include "fb/transaction.h"
 #include "points/asignapuntos.h"
 #include "points/asignapuntos_forma.h"
-#include "points/ledger.h"
 #include "shared/flista.h"
 #include "support/accesibilidad.h"
 #include "support/entornoprueba.h"
@@ -38,29 +36,8 @@ class TstMovimientos : public QObject
     std::unique_ptr<lartest::EntornoPrueba> m_env;
     Sesion m_s;
 
-    void ejecuta(const QString &sql)
-    {
-        fb::Query q(&m_s.fbDatabase(), &m_s.fbUpdateTrans());
-        q.setSql(sql);
-        q.execute();
-        m_s.UpdateCommit();
-    }
-
-    QStringList filas(const QString &sql)
-    {
-        fb::Transaction tr(&m_s.fbDatabase());
-        fb::Query q(&m_s.fbDatabase(), &tr);
-        q.setSql(sql);
-        QStringList out;
-        for (q.open(); !q.eof(); q.next()) {
-            QStringList c;
-            for (int i = 0; i < q.fieldCount(); ++i)
-                c << (q.field(i).isNull() ? u"null"_s : q.field(i).toTrimmed());
-            out << c.join(u'|');
-        }
-        tr.commit();
-        return out;
-    }
+    void ejecuta(const QString &sql) { lartest::ejecuta(m_s.fbDatabase(), sql); }
+    QStringList filas(const QString &sql) { return lartest::filas(m_s.fbDatabase(), sql); }
 
     // The rows of one folio: customer|NATURALEZA|VALOR_PUNTOS|PARTIDA, in PARTIDA order.
     QStringList movimiento(const QString &folio)
@@ -69,12 +46,7 @@ class TstMovimientos : public QObject
                      "WHERE folio = '%1' ORDER BY partida"_s.arg(folio));
     }
 
-    int saldo(int cliente)
-    {
-        fb::Transaction tr(&m_s.fbDatabase());
-        fb::Query q(&m_s.fbDatabase(), &tr);
-        return SaldoCliente(cliente, q);
-    }
+    int saldo(int cliente) { return lartest::saldo(m_s.fbDatabase(), cliente); }
 
     QString folioPuntos() { return LeeRegistro(m_s, u"Folio Puntos"_s); }
 
@@ -123,19 +95,11 @@ private slots:
             ejecuta(u"INSERT INTO CLIENTES (CLIENTE_ID, NOMBRE, ESTATUS) VALUES (%1, '%2', '%3')"_s
                         .arg(c)
                         .arg(nombres[c - 1], c == 5 ? u"B"_s : u"A"_s));
-        const auto fila = [&](int cliente, QChar tipo, QChar nat, int puntos) {
-            ejecuta(u"INSERT INTO LAR_PUNTOS (LAR_PUNTOS_ID, CLIENTE_ID, DOCTO_ID, TIPO_DOCTO, "
-                    "NATURALEZA, VALOR_PUNTOS, SISTEMA, FOLIO) VALUES (GEN_ID(GEN_LAR_PUNTOS, 1), "
-                    "%1, 77, '%2', '%3', %4, 'PV', 'PV0000077')"_s.arg(cliente)
-                        .arg(tipo)
-                        .arg(nat)
-                        .arg(puntos));
-        };
-        fila(1, u'V', u'E', 50);
-        fila(3, u'V', u'E', 10);
-        fila(3, u'V', u'S', 25);
-        fila(4, u'V', u'E', 8);
-        fila(4, u'X', u'S', 5);
+        lartest::asiento(m_s.fbDatabase(), 1, u"VE"_s, 50);
+        lartest::asiento(m_s.fbDatabase(), 3, u"VE"_s, 10);
+        lartest::asiento(m_s.fbDatabase(), 3, u"VS"_s, 25);
+        lartest::asiento(m_s.fbDatabase(), 4, u"VE"_s, 8);
+        lartest::asiento(m_s.fbDatabase(), 4, u"XS"_s, 5);
         GuardaRegistro(m_s, u"Folio Puntos"_s, u"A00000005"_s);
         m_s.Permisos[TfAsignaPuntos::kTag] = 2;
     }
