@@ -6,8 +6,8 @@
 #include "fb/database.h"
 #include "fb/query.h"
 #include "fb/transaction.h"
+#include "support/consultas.h"
 #include "support/entornoprueba.h"
-#include "support/sqlprueba.h"
 #include "support/testenv.h"
 #include "support/testmain.h"
 
@@ -28,8 +28,8 @@ private:
 
     QStringList generadores()
     {
-        return lartest::filasSql(m_s->fbDatabase(),
-                                 u"select rdb$generator_name from rdb$generators"_s);
+        return lartest::filas(m_s->fbDatabase(),
+                              u"select rdb$generator_name from rdb$generators"_s);
     }
 
 private slots:

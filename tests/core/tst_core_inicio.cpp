@@ -9,8 +9,8 @@
 #include "core/ids.h"
 #include "core/presentacion.h"
 #include "db/dbscript.h"
+#include "support/consultas.h"
 #include "support/guionmensajes.h"
-#include "support/sqlprueba.h"
 #include "support/testmain.h"
 
 #include <QAction>
@@ -117,13 +117,13 @@ private slots:
         QCOMPARE(m.fPanelFondo->texto, u"Empresa de demostración"_s);
         // The last company is remembered in Microsip's registry of the configuration.
         fb::Database &config = m.sesion().fbConfig();
-        QCOMPARE(lartest::filasSql(
-                     config,
-                     u"select valor from registry where nombre='Empresa' and padre_id="
-                     u"(select elemento_id from registry where nombre='Microsip' and padre_id="
-                     u"(select elemento_id from registry where nombre='SYSDBA' and padre_id=0))"_s),
-                 lartest::filasSql(config,
-                                   u"select empresa_id from empresas where nombre_corto='DEMO'"_s));
+        QCOMPARE(
+            lartest::filas(
+                config,
+                u"select valor from registry where nombre='Empresa' and padre_id="
+                u"(select elemento_id from registry where nombre='Microsip' and padre_id="
+                u"(select elemento_id from registry where nombre='SYSDBA' and padre_id=0))"_s),
+            lartest::filas(config, u"select empresa_id from empresas where nombre_corto='DEMO'"_s));
         QTRY_VERIFY(reinicios >= 1);
         TfMain::RutinaReinicio() = {};
         QVERIFY(!a.terminada);

@@ -17,8 +17,8 @@
 #include <QDir>
 
 using namespace Qt::StringLiterals;
-using lartest::ejecutaSql;
-using lartest::filasSql;
+using lartest::ejecuta;
+using lartest::filas;
 
 class TestRegistro : public QObject
 {
@@ -52,7 +52,7 @@ private slots:
     void init()
     {
         nuevaSesion();
-        ejecutaSql(m_s->fbDatabase(), u"delete from lar_registro"_s);
+        ejecuta(m_s->fbDatabase(), u"delete from lar_registro"_s);
     }
 
     void cleanupTestCase() { m_s.reset(); }
@@ -66,19 +66,19 @@ private slots:
         const QString arbol
             = u"select r.nombre, r.tipo, coalesce(p.nombre, '-'), r.valor from lar_registro r left "
               u"join lar_registro p on p.registro_id = r.padre_id order by r.registro_id"_s;
-        const QStringList rows = filasSql(m_s->fbDatabase(), arbol);
+        const QStringList rows = filas(m_s->fbDatabase(), arbol);
         QCOMPARE(
             rows,
             QStringList(
-                {u"PuntosLar|F|-|<null>"_s, u"Puntos|F|PuntosLar|<null>"_s, u"Clave|V|Puntos|"_s}));
+                {u"PuntosLar|F|-|null"_s, u"Puntos|F|PuntosLar|null"_s, u"Clave|V|Puntos|"_s}));
         QCOMPARE(QString::number(m_s->RegistroCache.value(u"PuntosLar*Puntos*"_s)),
-                 filasSql(m_s->fbDatabase(),
-                          u"select registro_id from lar_registro where nombre='Puntos'"_s)[0]);
+                 filas(m_s->fbDatabase(),
+                       u"select registro_id from lar_registro where nombre='Puntos'"_s)[0]);
 
         // A new session finds the same rows and adds none.
         lar::Sesion &s2 = nuevaSesion();
         QCOMPARE(lar::Registro(s2, {}, u"PuntosLar"_s, u"Puntos"_s, true, v, u"Clave"_s), id);
-        QCOMPARE(filasSql(s2.fbDatabase(), arbol), rows);
+        QCOMPARE(filas(s2.fbDatabase(), arbol), rows);
         lar::GuardaRegistro(s2, u"Clave"_s, u"Sí, 5"_s);
         QCOMPARE(lar::LeeRegistro(s2, u"Clave"_s), u"Sí, 5"_s);
     }
@@ -106,28 +106,27 @@ private slots:
             = u"select nombre, valor from lar_registro where nombre in ('Nueva', 'Otra', "
               u"'PuntosLar_DB') order by nombre"_s;
         const QStringList esperadas{u"Nueva|"_s, u"Otra|x"_s, u"PuntosLar_DB|"_s};
-        QCOMPARE(filasSql(otra, claves), esperadas);
+        QCOMPARE(filas(otra, claves), esperadas);
         const QString pendiente
             = u"select count(*) from lar_permisos where usuario = 'PENDIENTE'"_s;
-        QCOMPARE(filasSql(otra, pendiente), QStringList{u"0"_s});
+        QCOMPARE(filas(otra, pendiente), QStringList{u"0"_s});
 
         s.UpdateRollback();
-        QCOMPARE(filasSql(otra, pendiente), QStringList{u"0"_s});
-        QCOMPARE(filasSql(otra, claves), esperadas);
+        QCOMPARE(filas(otra, pendiente), QStringList{u"0"_s});
+        QCOMPARE(filas(otra, claves), esperadas);
     }
 
     // Folder ids stay cached for the whole session, even when the rows go away.
     void cacheDeCarpetas()
     {
         lar::GuardaRegistro(*m_s, u"Clave"_s, u"7"_s);
-        ejecutaSql(m_s->fbDatabase(), u"delete from lar_registro where tipo = 'F'"_s);
+        ejecuta(m_s->fbDatabase(), u"delete from lar_registro where tipo = 'F'"_s);
         QCOMPARE(lar::LeeRegistro(*m_s, u"Clave"_s), u"7"_s);
-        QVERIFY(
-            filasSql(m_s->fbDatabase(), u"select 1 from lar_registro where tipo='F'"_s).isEmpty());
+        QVERIFY(filas(m_s->fbDatabase(), u"select 1 from lar_registro where tipo='F'"_s).isEmpty());
 
         nuevaSesion();
         QCOMPARE(lar::LeeRegistro(*m_s, u"Clave"_s), QString());
-        QCOMPARE(filasSql(m_s->fbDatabase(), u"select count(*) from lar_registro where tipo='F'"_s),
+        QCOMPARE(filas(m_s->fbDatabase(), u"select count(*) from lar_registro where tipo='F'"_s),
                  QStringList{u"2"_s});
     }
 
@@ -140,16 +139,15 @@ private slots:
         lar::GuardaRegistro(*m_s, u"Clave"_s, u"abc"_s);
         lar::GuardaRegistro(*m_s, u"Clave"_s, u"def"_s);
         QCOMPARE(
-            filasSql(
-                m_s->fbDatabase(),
-                u"select nombre, valor from lar_registro where tipo='F' order by registro_id"_s),
+            filas(m_s->fbDatabase(),
+                  u"select nombre, valor from lar_registro where tipo='F' order by registro_id"_s),
             QStringList({u"PuntosLar|abc"_s, u"Puntos|abc"_s}));
         QCOMPARE(lar::LeeRegistro(*m_s, u"Clave"_s), u"def"_s);
 
         QString uno = u"1"_s;
         lar::Registro(*m_s, {}, {}, {}, false, uno, u"PuntosLar"_s);
-        QCOMPARE(filasSql(m_s->fbDatabase(),
-                          u"select tipo, valor from lar_registro where nombre='PuntosLar'"_s),
+        QCOMPARE(filas(m_s->fbDatabase(),
+                       u"select tipo, valor from lar_registro where nombre='PuntosLar'"_s),
                  QStringList{u"V|1"_s});
         QVERIFY(!m_s->RegistroCache.contains(u"**"_s));
     }
@@ -169,10 +167,10 @@ private slots:
             lar::Registro(*m_s, c3, u"PuntosLar"_s, u"Puntos"_s, false, v, u"Clave"_s);
         }
         QCOMPARE(
-            filasSql(m_s->fbDatabase(),
-                     u"select p.nombre || '/' || h.nombre, r.valor from lar_registro r join "
-                     "lar_registro h on h.registro_id = r.padre_id join lar_registro p on "
-                     "p.registro_id = h.padre_id where r.nombre = 'Clave' order by 2"_s),
+            filas(m_s->fbDatabase(),
+                  u"select p.nombre || '/' || h.nombre, r.valor from lar_registro r join "
+                  "lar_registro h on h.registro_id = r.padre_id join lar_registro p on "
+                  "p.registro_id = h.padre_id where r.nombre = 'Clave' order by 2"_s),
             QStringList(
                 {u"PuntosLar/Puntos|dos"_s, u"Puntos/Otra|tres Otra"_s, u"Puntos/Sub|tres Sub"_s}));
         for (int vez = 0; vez < 2; ++vez) {
@@ -182,10 +180,10 @@ private slots:
                 QCOMPARE(v, valor(c3));
             }
             QCOMPARE(QString::number(m_s->RegistroCache.value(u"PuntosLar*Puntos*Sub"_s)),
-                     filasSql(m_s->fbDatabase(),
-                              u"select h.registro_id from lar_registro h join lar_registro p on "
-                              "p.registro_id = h.padre_id where h.nombre = 'Sub' and p.nombre = "
-                              "'Puntos'"_s)
+                     filas(m_s->fbDatabase(),
+                           u"select h.registro_id from lar_registro h join lar_registro p on "
+                           "p.registro_id = h.padre_id where h.nombre = 'Sub' and p.nombre = "
+                           "'Puntos'"_s)
                          .value(0));
             nuevaSesion();
         }
@@ -233,8 +231,8 @@ private slots:
             QCOMPARE(c.titulo, u"Aviso del sistema"_s);
         QVERIFY(!terminada);
         // The read of a missing key leaves it, empty.
-        QCOMPARE(filasSql(m_s->fbDatabase(),
-                          u"select valor from lar_registro where nombre='PuntosLar_DB'"_s),
+        QCOMPARE(filas(m_s->fbDatabase(),
+                       u"select valor from lar_registro where nombre='PuntosLar_DB'"_s),
                  QStringList{valor == u"-" ? QString() : valor.trimmed()});
         QCOMPARE(m_s->VersionMicrosip, u"7.22.1"_s);
     }
@@ -269,7 +267,7 @@ private slots:
         QFETCH(bool, aceptada);
         QFETCH(QString, texto);
         ponVersion(u"000040"_s);
-        ejecutaSql(m_s->fbMetadatos(), u"update versiones_sis set version_sis = ?"_s, {versionSis});
+        ejecuta(m_s->fbMetadatos(), u"update versiones_sis set version_sis = ?"_s, {versionSis});
         lartest::GuionMensajes guion;
         int terminada = 0;
         m_s->terminaAplicacion = [&] {
@@ -285,7 +283,7 @@ private slots:
                      : QStringList{u"Puntos Larvenos 2026 no es compatible con la versión de "_s
                                    u"Microsip "_s
                                    + texto});
-        ejecutaSql(m_s->fbMetadatos(), u"update versiones_sis set version_sis = '72201'"_s);
+        ejecuta(m_s->fbMetadatos(), u"update versiones_sis set version_sis = '72201'"_s);
     }
 
     void existenObjetos()
@@ -299,11 +297,11 @@ private slots:
 
         // The answer is kept for the session, also a negative one.
         QVERIFY(!lar::ExisteProcedimiento(s, u"LAR_NUEVO"_s));
-        ejecutaSql(s.fbDatabase(),
-                   u"create procedure LAR_NUEVO returns (n integer) as begin n = 1; end"_s);
+        ejecuta(s.fbDatabase(),
+                u"create procedure LAR_NUEVO returns (n integer) as begin n = 1; end"_s);
         QVERIFY(!lar::ExisteProcedimiento(s, u"LAR_NUEVO"_s));
         QVERIFY(lar::ExisteProcedimiento(nuevaSesion(), u"LAR_NUEVO"_s));
-        ejecutaSql(m_s->fbDatabase(), u"drop procedure LAR_NUEVO"_s);
+        ejecuta(m_s->fbDatabase(), u"drop procedure LAR_NUEVO"_s);
     }
 
     void registroMicrosip()
@@ -320,12 +318,11 @@ private slots:
         QCOMPARE(lar::RegistroMicrosip(s, u"Empresa"_s, microsip, u"V"_s, false, u"9"_s), empresa);
         s.ConfigCommit();
         // What TfConecta reads back as the user's last company.
-        QCOMPARE(
-            filasSql(s.fbConfig(),
-                     u"select valor from registry where nombre='Empresa' and padre_id= (select "_s
-                     u"elemento_id from registry where nombre='Microsip' and padre_id= (select "_s
-                     u"elemento_id from registry where nombre='PEPE' and padre_id=0))"_s),
-            QStringList{u"7"_s});
+        QCOMPARE(filas(s.fbConfig(),
+                       u"select valor from registry where nombre='Empresa' and padre_id= (select "_s
+                       u"elemento_id from registry where nombre='Microsip' and padre_id= (select "_s
+                       u"elemento_id from registry where nombre='PEPE' and padre_id=0))"_s),
+                 QStringList{u"7"_s});
     }
 
     void cargaCatalogo()
@@ -333,9 +330,9 @@ private slots:
         lar::Sesion &s = *m_s;
         const QString largo = u"Bodega de materiales de construcción pesada"_s;
         for (const QString &n : {u"Zona sur"_s, u"Almacén central"_s, largo})
-            ejecutaSql(s.fbDatabase(),
-                       u"insert into almacenes (almacen_id, nombre) values (-1, ?)"_s,
-                       {n});
+            ejecuta(s.fbDatabase(),
+                    u"insert into almacenes (almacen_id, nombre) values (-1, ?)"_s,
+                    {n});
         const auto catalogo = [&s] {
             return lar::CargaCatalogo(s, u"ALMACENES"_s, u"ALMACEN_ID"_s, u"NOMBRE"_s);
         };
@@ -351,9 +348,9 @@ private slots:
         QCOMPARE(combo.itemText(2), u"Zona sur"_s);
         combo.setCurrentIndex(2);
         QCOMPARE(
-            filasSql(s.fbDatabase(), u"select almacen_id from almacenes where nombre='Zona sur'"_s),
+            filas(s.fbDatabase(), u"select almacen_id from almacenes where nombre='Zona sur'"_s),
             QStringList{combo.keyValue().toString()});
-        ejecutaSql(s.fbDatabase(), u"delete from almacenes"_s);
+        ejecuta(s.fbDatabase(), u"delete from almacenes"_s);
         lar::LlenaCatalogo(&combo, catalogo());
         QCOMPARE(combo.count(), 0);
         QCOMPARE(combo.currentIndex(), -1);

@@ -8,8 +8,8 @@
 #include "reports/formas.h"
 #include "reports/funcionesreporte.h"
 #include "scriptprueba.h"
+#include "support/consultas.h"
 #include "support/entornoprueba.h"
-#include "support/sqlprueba.h"
 #include "support/testenv.h"
 #include "support/testmain.h"
 #include "toolkit/reporte/pintor.h"
@@ -80,8 +80,8 @@ private:
     // The sales documents with a stamped XML.
     QStringList timbradas()
     {
-        return lartest::filasSql(m_s->fbDatabase(),
-                                 u"select docto_id from usos_folios_fiscales order by docto_id"_s);
+        return lartest::filas(m_s->fbDatabase(),
+                              u"select docto_id from usos_folios_fiscales order by docto_id"_s);
     }
 
 private slots:
@@ -316,8 +316,7 @@ private slots:
         const QStringList ventas = timbradas();
         QCOMPARE(ventas.size(), 3);
         const QString entrada
-            = lartest::filasSql(m_s->fbDatabase(), u"select docto_id from cfd_recibidos"_s)
-                  .value(0);
+            = lartest::filas(m_s->fbDatabase(), u"select docto_id from cfd_recibidos"_s).value(0);
         // The method of payment, then the stamp's string of the document read.
         auto metodo = [&](const QString &docto, const QString &sistema) {
             return lartest::correScript(
@@ -342,11 +341,10 @@ private slots:
         const int formas = InstalaFormasMuestra(m_s->fbConfig());
         const QStringList ventas = timbradas();
         QCOMPARE(ventas.size(), 3);
-        const int sinCfdi = lartest::filaSql(m_s->fbDatabase(),
-                                             u"select first 1 docto_ve_id from doctos_ve where "
-                                             u"docto_ve_id not in (select docto_id from "
-                                             u"usos_folios_fiscales)"_s)
-                                .value(0)
+        const int sinCfdi = lartest::valor(m_s->fbDatabase(),
+                                           u"select first 1 docto_ve_id from doctos_ve where "
+                                           u"docto_ve_id not in (select docto_id from "
+                                           u"usos_folios_fiscales)"_s)
                                 .toInt();
         auto imprime = [&](int docto, reporte::Reporte &r) {
             QString error;

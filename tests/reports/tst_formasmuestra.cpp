@@ -27,9 +27,9 @@ private:
 
     void ejecuta(const QString &sql, const QVariantList &params = {})
     {
-        lartest::ejecutaSql(m_s->fbDatabase(), sql, params);
+        lartest::ejecuta(m_s->fbDatabase(), sql, params);
     }
-    QVariant valor(const QString &sql) { return lartest::filaSql(m_s->fbDatabase(), sql).value(0); }
+    QVariant valor(const QString &sql) { return lartest::valor(m_s->fbDatabase(), sql); }
     QStringList genera(const QString &forma, int docto, reporte::Reporte &r)
     {
         QString error;

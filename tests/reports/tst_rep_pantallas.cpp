@@ -74,9 +74,9 @@ private:
 
     void ejecuta(const QString &sql, const QVariantList &params = {})
     {
-        lartest::ejecutaSql(m_s->fbDatabase(), sql, params);
+        lartest::ejecuta(m_s->fbDatabase(), sql, params);
     }
-    QVariantList fila(const QString &sql) { return lartest::filaSql(m_s->fbDatabase(), sql); }
+    QVariantList fila(const QString &sql) { return lartest::fila(m_s->fbDatabase(), sql); }
     void fuentes(bool pv, bool ve)
     {
         GuardaRegistro(*m_s, u"Puntos General Activo"_s, pv ? u"S"_s : u"N"_s);
@@ -166,9 +166,9 @@ private slots:
                 u"'228 555 0101')"_s,
                 {alfa, estado});
 
-        for (const QString &id : lartest::filasSql(
-                 m_s->fbDatabase(),
-                 u"select first 105 articulo_id from articulos order by articulo_id"_s))
+        for (const QString &id :
+             lartest::filas(m_s->fbDatabase(),
+                            u"select first 105 articulo_id from articulos order by articulo_id"_s))
             m_articulos << id.toInt();
         QCOMPARE(m_articulos.size(), 105);
 

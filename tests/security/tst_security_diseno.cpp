@@ -8,8 +8,8 @@
 #include "security/sisdiseno.h"
 #include "shared/flista.h"
 #include "shared/listas.h"
+#include "support/consultas.h"
 #include "support/guionmensajes.h"
-#include "support/sqlprueba.h"
 #include "support/testmain.h"
 #include "toolkit/memtable.h"
 
@@ -26,7 +26,7 @@ namespace {
 
 QStringList filas(Sesion &s, const QString &sql)
 {
-    return lartest::filasSql(s.fbDatabase(), sql);
+    return lartest::filas(s.fbDatabase(), sql);
 }
 
 // bNew's popup: checks what it offers and takes one entry.
@@ -92,7 +92,7 @@ private slots:
         lartest::preparaExtension(*m_env, {}, u"VACIA"_s);
         fb::Database vacia;
         m_env->conectaEmpresa(vacia, u"VACIA"_s);
-        lartest::ejecutaSql(vacia, u"delete from lar_menusistema"_s);
+        lartest::ejecuta(vacia, u"delete from lar_menusistema"_s);
         lartest::usaPerfiles(m_env->entorno());
     }
 

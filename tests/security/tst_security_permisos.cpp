@@ -8,8 +8,8 @@
 #include "security/sisdiseno.h"
 #include "shared/flista.h"
 #include "support/accesibilidad.h"
+#include "support/consultas.h"
 #include "support/guionmensajes.h"
-#include "support/sqlprueba.h"
 #include "support/testmain.h"
 #include "toolkit/memtable.h"
 #include "toolkit/safecheckgroup.h"
@@ -71,9 +71,9 @@ class TstPermisos : public QObject
     {
         fb::Database db;
         m_env->conectaEmpresa(db);
-        return lartest::filasSql(db,
-                                 u"select modulo, acceso from lar_permisos where usuario = '%1' "
-                                 u"order by modulo"_s.arg(usuario));
+        return lartest::filas(db,
+                              u"select modulo, acceso from lar_permisos where usuario = '%1' "
+                              u"order by modulo"_s.arg(usuario));
     }
 
     void administrador(Sesion &s)
@@ -107,9 +107,9 @@ private slots:
               u"insert into lar_menusistema values (21, 'Cajas', 8)"_s,
               u"insert into lar_menubotones values (21, 62, '&Cortes', 'LVN')"_s,
               u"insert into lar_menubotondef values (62, 'Consulta', 1)"_s})
-            lartest::ejecutaSql(db, sql);
+            lartest::ejecuta(db, sql);
         // A group of Microsip users is no user.
-        lartest::ejecutaSql(
+        lartest::ejecuta(
             config,
             u"insert into usuarios (usuario_id, nombre, tipo) values (-1, 'VENTAS', 'G')"_s);
     }

@@ -5,9 +5,9 @@
 #include "fb/query.h"
 #include "shared/flista.h"
 #include "shared/listas.h"
+#include "support/consultas.h"
 #include "support/entornoprueba.h"
 #include "support/guionmensajes.h"
-#include "support/sqlprueba.h"
 #include "support/testmain.h"
 #include "toolkit/memgrid.h"
 #include "toolkit/memtable.h"
@@ -366,15 +366,15 @@ private slots:
                                  u"103, 'BAJA UNO', 'B'"_s,
                                  u"104, 'ZACARÍAS NÚÑEZ', 'A'"_s,
                                  u"105, 'PATRICK O''BRIEN', 'A'"_s})
-            lartest::ejecutaSql(m_sesion.fbDatabase(),
-                                u"INSERT INTO CLIENTES (CLIENTE_ID, NOMBRE, ESTATUS) VALUES ("_s + c
-                                    + u')');
+            lartest::ejecuta(m_sesion.fbDatabase(),
+                             u"INSERT INTO CLIENTES (CLIENTE_ID, NOMBRE, ESTATUS) VALUES ("_s + c
+                                 + u')');
         for (
             const QString &sql :
             {u"INSERT INTO ROLES_CLAVES_CLIENTES (ROL_CLAVE_CLI_ID, NOMBRE) VALUES (9001, 'Prueba')"_s,
              u"INSERT INTO CLAVES_CLIENTES VALUES (201, 101, 'C-001', 9001)"_s,
              u"INSERT INTO CLAVES_CLIENTES VALUES (202, 101, 'ALT7', 9001)"_s})
-            lartest::ejecutaSql(m_sesion.fbDatabase(), sql);
+            lartest::ejecuta(m_sesion.fbDatabase(), sql);
     }
 
     void muestraListaMemoryPath()

@@ -4,8 +4,8 @@
 #include "core/sesion.h"
 #include "fb/query.h"
 #include "shared/listas.h"
+#include "support/consultas.h"
 #include "support/entornoprueba.h"
-#include "support/sqlprueba.h"
 #include "support/testmain.h"
 #include "toolkit/memgrid.h"
 #include "toolkit/memtable.h"
@@ -23,7 +23,7 @@ private:
     std::unique_ptr<lartest::EntornoPrueba> m_env;
     lar::Sesion m_sesion;
 
-    void exec(const QString &sql) { lartest::ejecutaSql(m_sesion.fbDatabase(), sql); }
+    void exec(const QString &sql) { lartest::ejecuta(m_sesion.fbDatabase(), sql); }
 
 private slots:
     void parseColLista_data()

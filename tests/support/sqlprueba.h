@@ -1,17 +1,14 @@
 #pragma once
-// Statements and reads of a test outside the session's transactions: each call
-// commits a transaction of its own, so it sees what others committed.
+// What support/consultas.h leaves out: a statement with parameters, and the whole
+// first row of a query; each call in a transaction of its own.
 
-#include "fb/database.h"
-#include "fb/query.h"
-#include "fb/transaction.h"
+#include "support/consultas.h"
 
-#include <QStringList>
 #include <QVariantList>
 
 namespace lartest {
 
-inline void ejecutaSql(fb::Database &db, const QString &sql, const QVariantList &params = {})
+inline void ejecuta(fb::Database &db, const QString &sql, const QVariantList &params)
 {
     fb::Transaction tr(&db);
     fb::Query q(&db, &tr);
@@ -22,26 +19,8 @@ inline void ejecutaSql(fb::Database &db, const QString &sql, const QVariantList 
     tr.commit();
 }
 
-// Each row as its fields, trimmed, joined by '|'; NULL as "<null>".
-inline QStringList filasSql(fb::Database &db, const QString &sql)
-{
-    fb::Transaction tr(&db);
-    fb::Query q(&db, &tr);
-    q.setSql(sql);
-    QStringList r;
-    for (q.open(); !q.eof(); q.next()) {
-        QStringList campos;
-        for (int i = 0; i < q.fieldCount(); ++i)
-            campos << (q.field(i).isNull() ? QStringLiteral("<null>") : q.field(i).toTrimmed());
-        r << campos.join(u'|');
-    }
-    q.close();
-    tr.commit();
-    return r;
-}
-
 // The first row's values (CHAR trimmed); empty without rows.
-inline QVariantList filaSql(fb::Database &db, const QString &sql)
+inline QVariantList fila(fb::Database &db, const QString &sql)
 {
     fb::Transaction tr(&db);
     fb::Query q(&db, &tr);

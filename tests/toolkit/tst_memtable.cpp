@@ -4,7 +4,7 @@
 #include "fb/database.h"
 #include "fb/query.h"
 #include "fb/transaction.h"
-#include "support/sqlprueba.h"
+#include "support/consultas.h"
 #include "support/testenv.h"
 #include "support/testmain.h"
 #include "toolkit/displayformat.h"
@@ -408,14 +408,14 @@ private slots:
     {
         fb::Database db;
         lartest::createDatabase(db, lartest::tempPath(u"memtable.fdb"_s));
-        lartest::ejecutaSql(db,
-                            u"create table t (id integer, clave varchar(20), limite numeric(15,2),"
-                            u" factor double precision, fecha date, creado timestamp,"
-                            u" activo boolean, estatus char(1))"_s);
-        lartest::ejecutaSql(db,
-                            u"insert into t values (1, 'Añejo^A1', 1500.75, 0.5, '2024-02-29',"
-                            u" '2024-03-01 10:20:30', true, 'A')"_s);
-        lartest::ejecutaSql(db, u"insert into t (id) values (2)"_s);
+        lartest::ejecuta(db,
+                         u"create table t (id integer, clave varchar(20), limite numeric(15,2),"
+                         u" factor double precision, fecha date, creado timestamp,"
+                         u" activo boolean, estatus char(1))"_s);
+        lartest::ejecuta(db,
+                         u"insert into t values (1, 'Añejo^A1', 1500.75, 0.5, '2024-02-29',"
+                         u" '2024-03-01 10:20:30', true, 'A')"_s);
+        lartest::ejecuta(db, u"insert into t (id) values (2)"_s);
         fb::Transaction tr(&db);
         fb::Query q(&db, &tr);
         q.setSql(u"select * from t order by id"_s);

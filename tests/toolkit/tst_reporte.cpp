@@ -343,14 +343,14 @@ private slots:
     {
         fb::Database db;
         lartest::createDatabase(db, lartest::tempPath(u"reporte.fdb"_s));
-        lartest::ejecutaSql(db,
-                            u"create table mov (doc integer, art varchar(30), "
-                            u"pts numeric(15,2), fecha date)"_s);
+        lartest::ejecuta(db,
+                         u"create table mov (doc integer, art varchar(30), "
+                         u"pts numeric(15,2), fecha date)"_s);
         for (const QVariantList &f :
              QList<QVariantList>{{7, u"Café molido"_s, 12.5, QDate(2026, 3, 1)},
                                  {7, u"Azúcar"_s, 3, QDate(2026, 3, 2)},
                                  {8, u"Otro"_s, 99, QDate(2026, 3, 3)}})
-            lartest::ejecutaSql(db, u"insert into mov values (?, ?, ?, ?)"_s, f);
+            lartest::ejecuta(db, u"insert into mov values (?, ?, ?, ?)"_s, f);
         const QByteArray texto = R"(<reporte>
           <vista nombre="Encabezado">
             <consulta nombre="Cuenta">select count(*) as N from mov where doc = :DOCTO_ID</consulta>
