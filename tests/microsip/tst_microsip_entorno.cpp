@@ -3,10 +3,12 @@
 
 #include "microsip/sim/entorno.h"
 
+#include "ayudasim.h"
 #include "fb/database.h"
 #include "fb/error.h"
 #include "fb/query.h"
 #include "fb/transaction.h"
+#include "support/consultas.h"
 #include "support/entornoprueba.h"
 #include "support/testenv.h"
 #include "support/testmain.h"
@@ -14,37 +16,24 @@
 #include <QDir>
 #include <QDomDocument>
 #include <QFileInfo>
-#include <QProcess>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
 using microsip::Entorno;
 
 Q_DECLARE_METATYPE(microsip::OpcionesEntorno)
 
 namespace {
 
-// The first column of the first row of a query, as text.
+// The first field of the first row, as text.
 QString valor(fb::Database &db, const QString &sql)
 {
-    fb::Transaction tr(&db);
-    fb::Query q(&db, &tr);
-    q.setTrimChars(true);
-    q.setSql(sql);
-    q.open();
-    const QString v = q.eof() ? QStringLiteral("<ninguno>") : q.field(0).toString();
-    q.close();
-    tr.commit();
-    return v;
+    return lartest::filas(db, sql).value(0);
 }
 
 QDomElement hijo(const QDomElement &padre, const QString &nombre)
 {
     return padre.firstChildElement(nombre);
-}
-
-QString microsipSim()
-{
-    return qEnvironmentVariable("LAR_BUILD_DIR") + QStringLiteral("/microsip/microsip-sim");
 }
 
 // Nothing named after the folder, hidden or not, is left in its parent.
@@ -69,59 +58,56 @@ private slots:
     void initTestCase()
     {
         lartest::OpcionesPrueba op;
-        op.empresas = {QStringLiteral("DEMO"), QStringLiteral("SUCURSAL_2")};
+        op.empresas = {u"DEMO"_s, u"SUCURSAL_2"_s};
         op.larSync = true;
-        op.usuarios = {{QStringLiteral("cajera"), QStringLiteral("uno"), u'T', {}},
-                       {QStringLiteral("LIMITADO"),
-                        QStringLiteral("dos"),
-                        u'L',
-                        {QStringLiteral("SUCURSAL_2")}}};
+        op.usuarios = {{u"cajera"_s, u"uno"_s, u'T', {}},
+                       {u"LIMITADO"_s, u"dos"_s, u'L', {u"SUCURSAL_2"_s}}};
         m_prueba = std::make_unique<lartest::EntornoPrueba>(op);
     }
 
     void archivosYFilas()
     {
         const Entorno &e = m_prueba->entorno();
-        for (const QString &f : {QStringLiteral("System/Config.fdb"),
-                                 QStringLiteral("System/Metadatos.fdb"),
-                                 QStringLiteral("DEMO.fdb"),
-                                 QStringLiteral("SUCURSAL_2.fdb")})
+        for (const QString &f : {u"System/Config.fdb"_s,
+                                 u"System/Metadatos.fdb"_s,
+                                 u"DEMO.fdb"_s,
+                                 u"SUCURSAL_2.fdb"_s})
             QVERIFY2(QFileInfo::exists(e.carpeta() + u'/' + f), qPrintable(f));
         QCOMPARE(e.path(), e.carpeta() + u'/');
-        QCOMPARE(e.rutaEmpresa(QStringLiteral("DEMO")), e.carpeta() + QStringLiteral("/DEMO.fdb"));
-        QCOMPARE(e.empresas(), (QStringList{QStringLiteral("DEMO"), QStringLiteral("SUCURSAL_2")}));
+        QCOMPARE(e.rutaEmpresa(u"DEMO"_s), e.carpeta() + u"/DEMO.fdb"_s);
+        QCOMPARE(e.empresas(), (QStringList{u"DEMO"_s, u"SUCURSAL_2"_s}));
 
         fb::Database config;
         m_prueba->conectaConfig(config);
         QCOMPARE(valor(config,
-                       QStringLiteral("SELECT LIST(NOMBRE || ':' || TIPO || ACCESO_EMPRESAS, ',')"
-                                      " FROM (SELECT * FROM USUARIOS ORDER BY NOMBRE)")),
-                 QStringLiteral("CAJERA:UT,LIMITADO:UL"));
+                       u"SELECT LIST(NOMBRE || ':' || TIPO || ACCESO_EMPRESAS, ',')"
+                       " FROM (SELECT * FROM USUARIOS ORDER BY NOMBRE)"_s),
+                 u"CAJERA:UT,LIMITADO:UL"_s);
         // The limited user reaches only the company he was given, by the program's query.
         QCOMPARE(valor(config,
-                       QStringLiteral("select list(e.nombre_corto) from empresas e join"
-                                      " empresas_usuarios u on e.empresa_id=u.empresa_id"
-                                      " where u.usuario_id=(select usuario_id from usuarios"
-                                      " where nombre='LIMITADO')")),
-                 QStringLiteral("SUCURSAL_2"));
+                       u"select list(e.nombre_corto) from empresas e join"
+                       " empresas_usuarios u on e.empresa_id=u.empresa_id"
+                       " where u.usuario_id=(select usuario_id from usuarios"
+                       " where nombre='LIMITADO')"_s),
+                 u"SUCURSAL_2"_s);
 
         fb::Database meta;
         m_prueba->conectaMetadatos(meta);
         QCOMPARE(valor(meta,
-                       QStringLiteral("SELECT MAX(V.VERSION_SIS) FROM VERSIONES_SIS V JOIN SISTEMAS"
-                                      " S ON S.SISTEMA_ID = V.SISTEMA_ID"
-                                      " WHERE S.NOMBRE = 'Microsip - Administración'")),
-                 QStringLiteral("72201"));
+                       u"SELECT MAX(V.VERSION_SIS) FROM VERSIONES_SIS V JOIN SISTEMAS"
+                       " S ON S.SISTEMA_ID = V.SISTEMA_ID"
+                       " WHERE S.NOMBRE = 'Microsip - Administración'"_s),
+                 u"72201"_s);
 
         fb::Database demo;
-        m_prueba->conectaEmpresa(demo, QStringLiteral("SUCURSAL_2"));
+        m_prueba->conectaEmpresa(demo, u"SUCURSAL_2"_s);
         // Newer Microsip and the replication queue were asked for.
         QCOMPARE(valor(demo,
-                       QStringLiteral("SELECT COUNT(*) FROM RDB$RELATIONS WHERE RDB$RELATION_NAME"
-                                      " IN ('FOLIOS_CONCEPTOS', 'LAR_SYNC_ID')")),
-                 QStringLiteral("2"));
-        QCOMPARE(valor(demo, QStringLiteral("SELECT VALOR FROM REGISTRY WHERE NOMBRE = 'Nombre'")),
-                 QStringLiteral("Empresa de demostración"));
+                       u"SELECT COUNT(*) FROM RDB$RELATIONS WHERE RDB$RELATION_NAME"
+                       " IN ('FOLIOS_CONCEPTOS', 'LAR_SYNC_ID')"_s),
+                 u"2"_s);
+        QCOMPARE(valor(demo, u"SELECT VALOR FROM REGISTRY WHERE NOMBRE = 'Nombre'"_s),
+                 u"Empresa de demostración"_s);
     }
 
     // The user connects with the role and reads Microsip's tables through it; an
@@ -129,62 +115,53 @@ private slots:
     void usuariosConRol()
     {
         fb::Database db;
-        m_prueba->conectaEmpresa(
-            db, QStringLiteral("DEMO"), QStringLiteral("CAJERA"), QStringLiteral("uno"));
-        QCOMPARE(valor(db, QStringLiteral("SELECT CURRENT_ROLE FROM RDB$DATABASE")),
-                 QStringLiteral("USUARIO_MICROSIP"));
-        QCOMPARE(valor(db, QStringLiteral("SELECT COUNT(*) FROM DOCTOS_PV")), QStringLiteral("0"));
+        m_prueba->conectaEmpresa(db, u"DEMO"_s, u"CAJERA"_s, u"uno"_s);
+        QCOMPARE(valor(db, u"SELECT CURRENT_ROLE FROM RDB$DATABASE"_s), u"USUARIO_MICROSIP"_s);
+        QCOMPARE(valor(db, u"SELECT COUNT(*) FROM DOCTOS_PV"_s), u"0"_s);
 
         fb::Database extrano;
-        m_prueba->conectaConfig(extrano, QStringLiteral("INTRUSO"), QStringLiteral("x"));
-        try {
-            valor(extrano, QStringLiteral("SELECT COUNT(*) FROM USUARIOS"));
-            QFAIL("un usuario sin el rol leyó USUARIOS");
-        } catch (const fb::Error &e) {
-            QVERIFY2(e.message().contains(QStringLiteral("no permission")),
-                     qPrintable(e.message()));
-        }
+        m_prueba->conectaConfig(extrano, u"INTRUSO"_s, u"x"_s);
+        const auto e = lartest::fallo([&] { valor(extrano, u"SELECT COUNT(*) FROM USUARIOS"_s); });
+        QVERIFY2(e.message().contains(u"no permission"_s), qPrintable(e.message()));
     }
 
     // The two XML files in Microsip's layout, read back as the program reads them.
     void perfilXml()
     {
         const Entorno &e = m_prueba->entorno();
-        QFile f(e.carpetaComun() + QStringLiteral("/Microsip/ProgramData.xml"));
+        QFile f(e.carpetaComun() + u"/Microsip/ProgramData.xml"_s);
         QVERIFY(f.open(QIODevice::ReadOnly));
         const QByteArray texto = f.readAll();
         QVERIFY(texto.contains("\n  <LocalMachine>\n    <Software>"));
         QDomDocument doc;
         QVERIFY(doc.setContent(texto));
         QDomElement conexiones
-            = hijo(hijo(hijo(hijo(doc.documentElement(), QStringLiteral("LocalMachine")),
-                             QStringLiteral("Software")),
-                        QStringLiteral("Microsip")),
-                   QStringLiteral("Conexiones"));
-        QCOMPARE(doc.documentElement().tagName(), QStringLiteral("ProgramData"));
-        const QDomElement demo = hijo(conexiones, QStringLiteral("Demo"));
+            = hijo(hijo(hijo(hijo(doc.documentElement(), u"LocalMachine"_s), u"Software"_s),
+                        u"Microsip"_s),
+                   u"Conexiones"_s);
+        QCOMPARE(doc.documentElement().tagName(), u"ProgramData"_s);
+        const QDomElement demo = hijo(conexiones, u"Demo"_s);
         QVERIFY(!demo.isNull());
-        QCOMPARE(hijo(demo, QStringLiteral("Nombre_del_servidor")).text(), QString());
-        QCOMPARE(hijo(demo, QStringLiteral("Directorio_de_datos")).text(), e.carpeta() + u'/');
-        QCOMPARE(hijo(demo, QStringLiteral("Protocolo")).text(), QStringLiteral("0"));
+        QCOMPARE(hijo(demo, u"Nombre_del_servidor"_s).text(), QString());
+        QCOMPARE(hijo(demo, u"Directorio_de_datos"_s).text(), e.carpeta() + u'/');
+        QCOMPARE(hijo(demo, u"Protocolo"_s).text(), u"0"_s);
 
-        QFile fu(e.carpetaLocal() + QStringLiteral("/Microsip/ProgramData.xml"));
+        QFile fu(e.carpetaLocal() + u"/Microsip/ProgramData.xml"_s);
         QVERIFY(fu.open(QIODevice::ReadOnly));
         QDomDocument du;
         QVERIFY(du.setContent(&fu));
-        QDomElement barra
-            = hijo(hijo(hijo(hijo(hijo(du.documentElement(), QStringLiteral("CurrentUser")),
-                                  Entorno::usuarioSistema()),
-                             QStringLiteral("Software")),
-                        QStringLiteral("Microsip")),
-                   QStringLiteral("Barra_Microsip"));
-        QCOMPARE(hijo(barra, QStringLiteral("Usuario")).text(), QStringLiteral("SYSDBA"));
-        QCOMPARE(hijo(barra, QStringLiteral("Conexi_n")).text(), QStringLiteral("Demo"));
+        QDomElement barra = hijo(
+            hijo(hijo(hijo(hijo(du.documentElement(), u"CurrentUser"_s), Entorno::usuarioSistema()),
+                      u"Software"_s),
+                 u"Microsip"_s),
+            u"Barra_Microsip"_s);
+        QCOMPARE(hijo(barra, u"Usuario"_s).text(), u"SYSDBA"_s);
+        QCOMPARE(hijo(barra, u"Conexi_n"_s).text(), u"Demo"_s);
 
         const Entorno abierto = Entorno::abre(e.carpeta() + u'/');
         QCOMPARE(abierto.carpeta(), e.carpeta());
         QCOMPARE(abierto.servidor(), QString());
-        QCOMPARE(abierto.nombreConexion(), QStringLiteral("Demo"));
+        QCOMPARE(abierto.nombreConexion(), u"Demo"_s);
         QCOMPARE(abierto.rutaConfig(), e.rutaConfig());
     }
 
@@ -196,33 +173,32 @@ private slots:
         m_prueba->conectaEmpresa(db);
         fb::Transaction tr(&db);
         fb::Query q(&db, &tr);
-        q.setSql(QStringLiteral("SELECT GEN_ID(ID_CATALOGOS, 0), GEN_ID(ID_DOCTOS, 0)"
-                                " FROM RDB$DATABASE"));
+        q.setSql(u"SELECT GEN_ID(ID_CATALOGOS, 0), GEN_ID(ID_DOCTOS, 0)"
+                 " FROM RDB$DATABASE"_s);
         q.open();
         const int catalogos = q.field(0).toInt();
         const int doctos = q.field(1).toInt();
         q.close();
-        q.setSql(
-            QStringLiteral("INSERT INTO CLIENTES (CLIENTE_ID, NOMBRE) VALUES (-1, 'Ñandú Pérez')"
-                           " RETURNING CLIENTE_ID"));
+        q.setSql(u"INSERT INTO CLIENTES (CLIENTE_ID, NOMBRE) VALUES (-1, 'Ñandú Pérez')"
+                 " RETURNING CLIENTE_ID"_s);
         q.execute();
         QCOMPARE(q.field(0).toInt(), catalogos + 1);
-        q.setSql(QStringLiteral("INSERT INTO DOCTOS_PV (DOCTO_PV_ID, TIPO_DOCTO, FOLIO, CAJA_ID)"
-                                " VALUES (-1, 'V', 'X00000001', 1) RETURNING DOCTO_PV_ID"));
+        q.setSql(u"INSERT INTO DOCTOS_PV (DOCTO_PV_ID, TIPO_DOCTO, FOLIO, CAJA_ID)"
+                 " VALUES (-1, 'V', 'X00000001', 1) RETURNING DOCTO_PV_ID"_s);
         q.execute();
         const int docto = q.field(0).toInt();
         QCOMPARE(docto, doctos + 1);
-        q.setSql(QStringLiteral("INSERT INTO DOCTOS_PV_DET (DOCTO_PV_DET_ID, DOCTO_PV_ID,"
-                                " ARTICULO_ID, POSICION) VALUES (-1, :d, 1, -1)"
-                                " RETURNING DOCTO_PV_DET_ID, POSICION"));
-        q.bind(QStringLiteral("d"), docto);
+        q.setSql(u"INSERT INTO DOCTOS_PV_DET (DOCTO_PV_DET_ID, DOCTO_PV_ID,"
+                 " ARTICULO_ID, POSICION) VALUES (-1, :d, 1, -1)"
+                 " RETURNING DOCTO_PV_DET_ID, POSICION"_s);
+        q.bind(u"d"_s, docto);
         q.execute();
         QCOMPARE(q.field(0).toInt(), doctos + 2);
         QCOMPARE(q.field(1).toInt(), 1);
-        q.setSql(QStringLiteral("SELECT NOMBRE FROM CLIENTES WHERE CLIENTE_ID = :c"));
-        q.bind(QStringLiteral("c"), catalogos + 1);
+        q.setSql(u"SELECT NOMBRE FROM CLIENTES WHERE CLIENTE_ID = :c"_s);
+        q.bind(u"c"_s, catalogos + 1);
         q.open();
-        QCOMPARE(q.field(0).toString(), QStringLiteral("Ñandú Pérez"));
+        QCOMPARE(q.field(0).toString(), u"Ñandú Pérez"_s);
         q.close();
         tr.rollback();
     }
@@ -240,39 +216,39 @@ private slots:
         caso(
             "sin empresas",
             [](auto &op) { op.empresas.clear(); },
-            QStringLiteral("Indique al menos una empresa."));
+            u"Indique al menos una empresa."_s);
         caso(
             "nombre con espacio",
-            [](auto &op) { op.empresas = {QStringLiteral("MI EMPRESA")}; },
-            QStringLiteral("El nombre corto de empresa 'MI EMPRESA' no es válido"));
+            [](auto &op) { op.empresas = {u"MI EMPRESA"_s}; },
+            u"El nombre corto de empresa 'MI EMPRESA' no es válido"_s);
         caso(
             "empresa repetida",
             [](auto &op) {
-                op.empresas = {QStringLiteral("DEMO"), QStringLiteral("demo")};
+                op.empresas = {u"DEMO"_s, u"demo"_s};
             },
-            QStringLiteral("La empresa 'demo' está repetida."));
+            u"La empresa 'demo' está repetida."_s);
         caso(
             "versión",
-            [](auto &op) { op.versionSis = QStringLiteral("7.22"); },
-            QStringLiteral("La versión de Microsip '7.22' no es válida"));
+            [](auto &op) { op.versionSis = u"7.22"_s; },
+            u"La versión de Microsip '7.22' no es válida"_s);
         caso(
             "acceso a empresa ajena",
             [](auto &op) {
-                op.usuarios = {{QStringLiteral("ANA"), {}, u'L', {QStringLiteral("OTRA")}}};
+                op.usuarios = {{u"ANA"_s, {}, u'L', {u"OTRA"_s}}};
             },
-            QStringLiteral("El usuario 'ANA' tiene acceso a la empresa 'OTRA'"));
+            u"El usuario 'ANA' tiene acceso a la empresa 'OTRA'"_s);
         caso(
             "servidor sin contraseña de usuario",
             [](auto &op) {
-                op.servidor = QStringLiteral("127.0.0.1/3050");
-                op.usuarios = {{QStringLiteral("ANA"), {}, u'T', {}}};
+                op.servidor = u"127.0.0.1/3050"_s;
+                op.usuarios = {{u"ANA"_s, {}, u'T', {}}};
             },
-            QStringLiteral("El usuario 'ANA' necesita una contraseña en un servidor."));
+            u"El usuario 'ANA' necesita una contraseña en un servidor."_s);
         // Valid options, but nothing listens there: fails after the folder was started.
         caso(
             "servidor inalcanzable",
-            [](auto &op) { op.servidor = QStringLiteral("127.0.0.1/1"); },
-            QStringLiteral("No fue posible crear la base de datos 127.0.0.1/1:"));
+            [](auto &op) { op.servidor = u"127.0.0.1/1"_s; },
+            u"No fue posible crear la base de datos 127.0.0.1/1:"_s);
     }
 
     // A refused or failed creation leaves neither the folder nor its temporary twin.
@@ -280,45 +256,28 @@ private slots:
     {
         QFETCH(microsip::OpcionesEntorno, opciones);
         QFETCH(QString, mensaje);
-        const QString carpeta = lartest::tempPath(QStringLiteral("fallido/entorno"));
-        try {
-            Entorno::crea(carpeta, opciones);
-            QFAIL("se creó el entorno");
-        } catch (const fb::Error &e) {
-            QVERIFY2(e.message().startsWith(mensaje), qPrintable(e.message()));
-        }
+        const QString carpeta = lartest::tempPath(u"fallido/entorno"_s);
+        const auto e = lartest::fallo([&] { Entorno::crea(carpeta, opciones); });
+        QVERIFY2(e.message().startsWith(mensaje), qPrintable(e.message()));
         QCOMPARE(restos(carpeta), QStringList());
     }
 
     void carpetaOcupada()
     {
-        const QString carpeta = lartest::tempPath(QStringLiteral("ocupada"));
+        const QString carpeta = lartest::tempPath(u"ocupada"_s);
         QDir().mkpath(carpeta);
-        QFile f(carpeta + QStringLiteral("/nota.txt"));
+        QFile f(carpeta + u"/nota.txt"_s);
         QVERIFY(f.open(QIODevice::WriteOnly));
         f.close();
-        try {
-            Entorno::crea(carpeta, {});
-            QFAIL("se creó el entorno sobre una carpeta ocupada");
-        } catch (const fb::Error &e) {
-            QCOMPARE(e.message(),
-                     QStringLiteral("La carpeta %1 ya existe y no está vacía.").arg(carpeta));
-        }
+        auto e = lartest::fallo([&] { Entorno::crea(carpeta, {}); });
+        QCOMPARE(e.message(), u"La carpeta %1 ya existe y no está vacía."_s.arg(carpeta));
         QCOMPARE(QDir(carpeta).entryList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::Hidden),
-                 QStringList{QStringLiteral("nota.txt")});
+                 QStringList{u"nota.txt"_s});
 
-        try {
-            Entorno::abre(lartest::tempPath(QStringLiteral("no-existe")));
-            QFAIL("se abrió una carpeta que no existe");
-        } catch (const fb::Error &e) {
-            QVERIFY(e.message().startsWith(QStringLiteral("No existe la carpeta")));
-        }
-        try {
-            Entorno::abre(carpeta);
-            QFAIL("se abrió una carpeta sin entorno");
-        } catch (const fb::Error &e) {
-            QVERIFY(e.message().contains(QStringLiteral("no contiene un entorno de Microsip")));
-        }
+        e = lartest::fallo([&] { Entorno::abre(lartest::tempPath(u"no-existe"_s)); });
+        QVERIFY(e.message().startsWith(u"No existe la carpeta"_s));
+        e = lartest::fallo([&] { Entorno::abre(carpeta); });
+        QVERIFY(e.message().contains(u"no contiene un entorno de Microsip"_s));
     }
 
     // Through the server: real accounts with passwords, and the role.
@@ -328,28 +287,22 @@ private slots:
             QSKIP("sin servidor de pruebas (LAR_FB_PORT)");
         lartest::OpcionesPrueba op;
         op.servidor = true;
-        op.usuarios = {{QStringLiteral("VENDEDORA"), QStringLiteral("clave1"), u'T', {}}};
+        op.usuarios = {{u"VENDEDORA"_s, u"clave1"_s, u'T', {}}};
         const lartest::EntornoPrueba prueba(op);
         const Entorno &e = prueba.entorno();
-        QCOMPARE(e.rutaConfig(),
-                 lartest::serverPrefix() + e.carpeta() + QStringLiteral("/System/Config.fdb"));
+        QCOMPARE(e.rutaConfig(), lartest::serverPrefix() + e.carpeta() + u"/System/Config.fdb"_s);
         QCOMPARE(Entorno::abre(e.carpeta()).servidor(), lartest::serverPrefix().chopped(1));
 
         fb::Database db;
-        prueba.conectaEmpresa(
-            db, QStringLiteral("DEMO"), QStringLiteral("VENDEDORA"), QStringLiteral("clave1"));
+        prueba.conectaEmpresa(db, u"DEMO"_s, u"VENDEDORA"_s, u"clave1"_s);
         QCOMPARE(valor(db,
-                       QStringLiteral("SELECT CURRENT_USER || '/' || CURRENT_ROLE FROM"
-                                      " RDB$DATABASE")),
-                 QStringLiteral("VENDEDORA/USUARIO_MICROSIP"));
+                       u"SELECT CURRENT_USER || '/' || CURRENT_ROLE FROM"
+                       " RDB$DATABASE"_s),
+                 u"VENDEDORA/USUARIO_MICROSIP"_s);
         db.disconnect();
-        try {
-            prueba.conectaEmpresa(
-                db, QStringLiteral("DEMO"), QStringLiteral("VENDEDORA"), QStringLiteral("otra"));
-            QFAIL("entró con una contraseña equivocada");
-        } catch (const fb::Error &err) {
-            QCOMPARE(err.iscCode(), fb::isc::LoginFailed);
-        }
+        const auto err = lartest::fallo(
+            [&] { prueba.conectaEmpresa(db, u"DEMO"_s, u"VENDEDORA"_s, u"otra"_s); });
+        QCOMPARE(err.iscCode(), fb::isc::LoginFailed);
     }
 
     // The command line: Spanish messages, exit codes, and nothing half-written.
@@ -358,27 +311,20 @@ private slots:
         QTest::addColumn<QStringList>("args");
         QTest::addColumn<int>("codigo");
         QTest::addColumn<QString>("mensaje");
-        const QString nueva = lartest::tempPath(QStringLiteral("cli/nuevo"));
-        QTest::newRow("orden desconocida") << QStringList{QStringLiteral("vuela"), nueva} << 2
-                                           << QStringLiteral("Orden desconocida: vuela");
+        const QString nueva = lartest::tempPath(u"cli/nuevo"_s);
+        QTest::newRow("orden desconocida")
+            << QStringList{u"vuela"_s, nueva} << 2 << u"Orden desconocida: vuela"_s;
         QTest::newRow("opción desconocida")
-            << QStringList{QStringLiteral("init"), nueva, QStringLiteral("--color")} << 2
-            << QStringLiteral("Opción desconocida: --color");
-        QTest::newRow("falta el valor")
-            << QStringList{QStringLiteral("init"), nueva, QStringLiteral("--empresa")} << 2
-            << QStringLiteral("Falta el valor de --empresa.");
-        QTest::newRow("bandera con valor")
-            << QStringList{QStringLiteral("init"), nueva, QStringLiteral("--sin-folios=1")} << 2
-            << QStringLiteral("La opción --sin-folios no lleva valor.");
+            << QStringList{u"init"_s, nueva, u"--color"_s} << 2 << u"Opción desconocida: --color"_s;
+        QTest::newRow("falta el valor") << QStringList{u"init"_s, nueva, u"--empresa"_s} << 2
+                                        << u"Falta el valor de --empresa."_s;
+        QTest::newRow("bandera con valor") << QStringList{u"init"_s, nueva, u"--sin-folios=1"_s}
+                                           << 2 << u"La opción --sin-folios no lleva valor."_s;
         QTest::newRow("usuario mal escrito")
-            << QStringList{QStringLiteral("init"),
-                           nueva,
-                           QStringLiteral("--usuario"),
-                           QStringLiteral("ANA")}
-            << 2 << QStringLiteral("El usuario debe escribirse NOMBRE:CONTRASEÑA");
-        QTest::newRow("empresa inválida")
-            << QStringList{QStringLiteral("init"), nueva, QStringLiteral("--empresa=A B")} << 1
-            << QStringLiteral("El nombre corto de empresa 'A B' no es válido");
+            << QStringList{u"init"_s, nueva, u"--usuario"_s, u"ANA"_s} << 2
+            << u"El usuario debe escribirse NOMBRE:CONTRASEÑA"_s;
+        QTest::newRow("empresa inválida") << QStringList{u"init"_s, nueva, u"--empresa=A B"_s} << 1
+                                          << u"El nombre corto de empresa 'A B' no es válido"_s;
     }
 
     void lineaDeOrdenes()
@@ -386,44 +332,38 @@ private slots:
         QFETCH(QStringList, args);
         QFETCH(int, codigo);
         QFETCH(QString, mensaje);
-        QProcess p;
-        p.start(microsipSim(), args);
-        QVERIFY(p.waitForFinished(60000));
-        QCOMPARE(p.exitCode(), codigo);
-        const QString err = QString::fromUtf8(p.readAllStandardError());
-        QVERIFY2(err.contains(mensaje), qPrintable(err));
-        QCOMPARE(restos(lartest::tempPath(QStringLiteral("cli/nuevo"))), QStringList());
+        const lartest::Salida s = lartest::corre(args);
+        QCOMPARE(s.codigo, codigo);
+        QVERIFY2(s.error.contains(mensaje), qPrintable(s.error));
+        QCOMPARE(restos(lartest::tempPath(u"cli/nuevo"_s)), QStringList());
     }
 
     void lineaDeOrdenesCrea()
     {
-        const QString carpeta = lartest::tempPath(QStringLiteral("cli/creado"));
-        QProcess p;
-        p.start(microsipSim(),
-                {QStringLiteral("init"),
-                 carpeta,
-                 QStringLiteral("--empresa"),
-                 QStringLiteral("TIENDA"),
-                 QStringLiteral("--sin-folios"),
-                 QStringLiteral("--version"),
-                 QStringLiteral("71000"),
-                 QStringLiteral("--conexion"),
-                 QStringLiteral("Tienda")});
-        QVERIFY(p.waitForFinished(60000));
-        QCOMPARE(p.exitCode(), 0);
+        const QString carpeta = lartest::tempPath(u"cli/creado"_s);
+        QCOMPARE(lartest::corre({u"init"_s,
+                                 carpeta,
+                                 u"--empresa"_s,
+                                 u"TIENDA"_s,
+                                 u"--sin-folios"_s,
+                                 u"--version"_s,
+                                 u"71000"_s,
+                                 u"--conexion"_s,
+                                 u"Tienda"_s})
+                     .codigo,
+                 0);
         const Entorno e = Entorno::abre(carpeta);
-        QCOMPARE(e.nombreConexion(), QStringLiteral("Tienda"));
-        QCOMPARE(e.empresas(), QStringList{QStringLiteral("TIENDA")});
+        QCOMPARE(e.nombreConexion(), u"Tienda"_s);
+        QCOMPARE(e.empresas(), QStringList{u"TIENDA"_s});
         fb::Database db;
-        e.conecta(db, e.rutaEmpresa(QStringLiteral("TIENDA")));
+        e.conecta(db, e.rutaEmpresa(u"TIENDA"_s));
         QCOMPARE(valor(db,
-                       QStringLiteral("SELECT COUNT(*) FROM RDB$RELATIONS WHERE RDB$RELATION_NAME"
-                                      " = 'FOLIOS_CONCEPTOS'")),
-                 QStringLiteral("0"));
+                       u"SELECT COUNT(*) FROM RDB$RELATIONS WHERE RDB$RELATION_NAME"
+                       " = 'FOLIOS_CONCEPTOS'"_s),
+                 u"0"_s);
         fb::Database meta;
         e.conecta(meta, e.rutaMetadatos());
-        QCOMPARE(valor(meta, QStringLiteral("SELECT MAX(VERSION_SIS) FROM VERSIONES_SIS")),
-                 QStringLiteral("71000"));
+        QCOMPARE(valor(meta, u"SELECT MAX(VERSION_SIS) FROM VERSIONES_SIS"_s), u"71000"_s);
     }
 };
 
