@@ -27,21 +27,21 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QStringList kLineas = {QStringLiteral("Inicia"),
-                             QStringLiteral(" - Se crearon las tablas"),
-                             QStringLiteral(" - Se insertaron los datos"),
-                             QStringLiteral(" - Se crearon los índices"),
-                             QStringLiteral(" - Se crearon los procedimientos"),
-                             QStringLiteral(" - Se dieron permisos"),
+const QStringList kLineas = {u"Inicia"_s,
+                             u" - Se crearon las tablas"_s,
+                             u" - Se insertaron los datos"_s,
+                             u" - Se crearon los índices"_s,
+                             u" - Se crearon los procedimientos"_s,
+                             u" - Se dieron permisos"_s,
                              QString(),
-                             QStringLiteral("* Terminado *")};
+                             u"* Terminado *"_s};
 
 // Log lines without their time ("10:42: ").
 QStringList sinHora(const QStringList &lineas)
 {
     QStringList out;
     for (const QString &l : lineas) {
-        const qsizetype i = l.indexOf(QStringLiteral(": "));
+        const qsizetype i = l.indexOf(u": "_s);
         out << (l.isEmpty() ? l : l.mid(i + 2));
     }
     return out;
@@ -57,8 +57,7 @@ QStringList filas(fb::Database &db, const QString &sql)
     for (q.open(); !q.eof(); q.next()) {
         QStringList campos;
         for (int i = 0; i < q.fieldCount(); ++i)
-            campos << (q.field(i).isNull() ? QStringLiteral("<null>")
-                                           : q.field(i).toString().trimmed());
+            campos << (q.field(i).isNull() ? u"<null>"_s : q.field(i).toString().trimmed());
         out << campos.join(u'|');
     }
     q.close();
@@ -145,7 +144,7 @@ private:
     QString version(lar::Sesion &s)
     {
         QString v;
-        lar::Registro(s, {}, {}, {}, true, v, QStringLiteral("PuntosLar_DB"));
+        lar::Registro(s, {}, {}, {}, true, v, u"PuntosLar_DB"_s);
         return v;
     }
 
@@ -155,44 +154,45 @@ private slots:
         const auto e = entorno();
         lar::Sesion s;
         e->conectaSesion(s);
-        QVERIFY(!lar::ExisteTabla(s, QStringLiteral("LAR_REGISTRO")));
+        QVERIFY(!lar::ExisteTabla(s, u"LAR_REGISTRO"_s));
         bool hecho = false;
         const QStringList log = actualiza(s, nullptr, &hecho);
         QVERIFY(hecho);
         QCOMPARE(sinHora(log), kLineas);
         // The short form: hours and minutes, whatever the machine's locale.
-        QVERIFY2(QRegularExpression(QStringLiteral("^\\d{1,2}:\\d\\d: Inicia$"))
-                     .match(log.first())
-                     .hasMatch(),
+        QVERIFY2(QRegularExpression(u"^\\d{1,2}:\\d\\d: Inicia$"_s).match(log.first()).hasMatch(),
                  qPrintable(log.first()));
-        QCOMPARE(version(s), QStringLiteral("000040"));
+        QCOMPARE(version(s), u"000040"_s);
 
         // Key objects (the isql case compares everything); grants go to the role that
         // Microsip's users hold (user type 13), none on the reset records.
         const QStringList objetos = estado(s.fbDatabase());
-        const QString esperados = QStringLiteral(
-            "R|LAR_MENUBOTONDEF R|LAR_MENUBOTONES R|LAR_MENUSISTEMA R|LAR_PERMISOS R|LAR_REGISTRO "
-            "R|LAR_PUNTOS R|LAR_REPORTE_CLIENTE R|LAR_REPORTES R|LAR_DATOSCLTE "
-            "R|LAR_AVISO_REINICIO R|LAR_REINICIO_PUNTOS R|LAR_PUNTOSLINEAS "
-            "P|LAR_CALC_DISP_ARTALM P|LAR_CALC_ARTALM P|LAR_CALC_ARTALM1 P|LAR_EXISTARTS "
-            "P|LAR_EXIS_TOTAVTA P|LAR_GET_MOVTOS_VENTA_VEN_VE G|GEN_LAR_PUNTOS G|GEN_LAR_REGISTRO "
-            "T|TR_LAR_REGISTRO|LAR_REGISTRO|1|0 T|TR_LAR_AVISO_REINICIO|LAR_AVISO_REINICIO|1|0 "
-            "T|TR_LAR_REINICIO_PUNTOS|LAR_REINICIO_PUNTOS|1|0 "
-            "I|LAR_REGISTRO|LAR_REGISTRO_K1|1|PADRE_ID,NOMBRE "
-            "I|LAR_PUNTOS|LAR_PUNTOS_IDX1|0|CLIENTE_ID "
-            "I|LAR_PUNTOS|LAR_PUNTOS_IDX2|0|DOCTO_ID C|LAR_DATOSCLTE|NOMBRE|37|200|0 "
-            "C|LIBRES_ARTICULOS|PUNTOS|16|8|0 C|LIBRES_ARTICULOS|VALOR_PUNTOS|16|8|0 "
-            "C|LIBRES_CLIENTES|ACTIVO_PUNTOS|14|1|0 C|LIBRES_CLIENTES|EMPLEADO_PUNTOS|14|1|0 "
-            "C|LAR_PUNTOS|FECHA|35|8|0 C|LAR_PUNTOS|PARTIDA|8|4|0 C|LAR_MENUBOTONES|SISTEMA|37|5|0 "
-            "C|LAR_DATOSCLTE|USUARIO|37|50|0 U|USUARIO_MICROSIP|13|I|LAR_PUNTOS "
-            "U|USUARIO_MICROSIP|13|X|LAR_CALC_DISP_ARTALM "
-            "U|USUARIO_MICROSIP|13|X|CALC_ACUMS_ARTALM");
+        const QString esperados
+            = u"R|LAR_MENUBOTONDEF R|LAR_MENUBOTONES R|LAR_MENUSISTEMA R|LAR_PERMISOS "
+              u"R|LAR_REGISTRO "
+              "R|LAR_PUNTOS R|LAR_REPORTE_CLIENTE R|LAR_REPORTES R|LAR_DATOSCLTE "
+              "R|LAR_AVISO_REINICIO R|LAR_REINICIO_PUNTOS R|LAR_PUNTOSLINEAS "
+              "P|LAR_CALC_DISP_ARTALM P|LAR_CALC_ARTALM P|LAR_CALC_ARTALM1 P|LAR_EXISTARTS "
+              "P|LAR_EXIS_TOTAVTA P|LAR_GET_MOVTOS_VENTA_VEN_VE G|GEN_LAR_PUNTOS "
+              "G|GEN_LAR_REGISTRO "
+              "T|TR_LAR_REGISTRO|LAR_REGISTRO|1|0 T|TR_LAR_AVISO_REINICIO|LAR_AVISO_REINICIO|1|0 "
+              "T|TR_LAR_REINICIO_PUNTOS|LAR_REINICIO_PUNTOS|1|0 "
+              "I|LAR_REGISTRO|LAR_REGISTRO_K1|1|PADRE_ID,NOMBRE "
+              "I|LAR_PUNTOS|LAR_PUNTOS_IDX1|0|CLIENTE_ID "
+              "I|LAR_PUNTOS|LAR_PUNTOS_IDX2|0|DOCTO_ID C|LAR_DATOSCLTE|NOMBRE|37|200|0 "
+              "C|LIBRES_ARTICULOS|PUNTOS|16|8|0 C|LIBRES_ARTICULOS|VALOR_PUNTOS|16|8|0 "
+              "C|LIBRES_CLIENTES|ACTIVO_PUNTOS|14|1|0 C|LIBRES_CLIENTES|EMPLEADO_PUNTOS|14|1|0 "
+              "C|LAR_PUNTOS|FECHA|35|8|0 C|LAR_PUNTOS|PARTIDA|8|4|0 "
+              "C|LAR_MENUBOTONES|SISTEMA|37|5|0 "
+              "C|LAR_DATOSCLTE|USUARIO|37|50|0 U|USUARIO_MICROSIP|13|I|LAR_PUNTOS "
+              "U|USUARIO_MICROSIP|13|X|LAR_CALC_DISP_ARTALM "
+              "U|USUARIO_MICROSIP|13|X|CALC_ACUMS_ARTALM"_s;
         for (const QString &o : esperados.split(u' '))
             QVERIFY2(objetos.contains(o), qPrintable(o));
         for (const QString &o : objetos)
-            QVERIFY2(!o.contains(QStringLiteral("USUARIO_MICROSIP|13|I|LAR_AVISO"))
-                         && !o.contains(QStringLiteral("USUARIO_MICROSIP|13|I|LAR_REINICIO"))
-                         && !o.contains(QStringLiteral("LAR_FACART")),
+            QVERIFY2(!o.contains(u"USUARIO_MICROSIP|13|I|LAR_AVISO"_s)
+                         && !o.contains(u"USUARIO_MICROSIP|13|I|LAR_REINICIO"_s)
+                         && !o.contains(u"LAR_FACART"_s),
                      qPrintable(o));
 
         // Seed rows, accents included, read back through the client layer.
@@ -249,8 +249,8 @@ private slots:
         lar::Sesion s;
         e->conectaSesion(s);
         actualiza(s);
-        QString v = QStringLiteral("000041");
-        lar::Registro(s, {}, {}, {}, false, v, QStringLiteral("PuntosLar_DB"));
+        QString v = u"000041"_s;
+        lar::Registro(s, {}, {}, {}, false, v, u"PuntosLar_DB"_s);
         ejecuta(s.fbDatabase(), u"DROP INDEX LAR_PUNTOS_IDX1"_s);
         ejecuta(s.fbConfig(), u"delete from rb_folder"_s);
         const QStringList antes = estado(s.fbDatabase());
@@ -258,16 +258,16 @@ private slots:
         lartest::GuionMensajes guion;
         lar::TfDBScript dlg(s);
         dlg.show();
-        QCOMPARE(dlg.windowTitle(), QStringLiteral("Base de datos"));
-        QTest::mouseClick(dlg.findChild<QPushButton *>(QStringLiteral("bInicia")), Qt::LeftButton);
+        QCOMPARE(dlg.windowTitle(), u"Base de datos"_s);
+        QTest::mouseClick(dlg.findChild<QPushButton *>(u"bInicia"_s), Qt::LeftButton);
         QCOMPARE(guion.textos(),
                  QStringList{u"La base de datos no es compatible, es necesario actualizar el "_s
                              u"sistema Puntos Larvenos "_s});
-        QCOMPARE(guion.cajas()[0].titulo, QStringLiteral("Aviso del sistema"));
-        QVERIFY(dlg.findChild<QPlainTextEdit *>(QStringLiteral("vLog"))->toPlainText().isEmpty());
+        QCOMPARE(guion.cajas()[0].titulo, u"Aviso del sistema"_s);
+        QVERIFY(dlg.findChild<QPlainTextEdit *>(u"vLog"_s)->toPlainText().isEmpty());
         QVERIFY(dlg.bInicia()->isEnabled());
         QVERIFY(!QApplication::overrideCursor());
-        QCOMPARE(version(s), QStringLiteral("000041"));
+        QCOMPARE(version(s), u"000041"_s);
         QCOMPARE(estado(s.fbDatabase()), antes);
         QCOMPARE(filas(s.fbConfig(), u"select count(*) from rb_folder"_s), QStringList{u"0"_s});
     }
@@ -282,7 +282,7 @@ private slots:
         lartest::GuionMensajes guion;
         lar::TfDBScript dlg(s);
         dlg.show();
-        QVERIFY(dlg.findChild<QWidget *>(QStringLiteral("tabDB")));
+        QVERIFY(dlg.findChild<QWidget *>(u"tabDB"_s));
         int vistas = 0, ocupado = 0;
         connect(dlg.vLog(), &QPlainTextEdit::textChanged, &dlg, [&] {
             ++vistas;
@@ -297,7 +297,7 @@ private slots:
         QVERIFY(dlg.bInicia()->isEnabled());
         QVERIFY(!QApplication::overrideCursor());
         QCOMPARE(sinHora(dlg.vLog()->toPlainText().split(u'\n')), kLineas);
-        QCOMPARE(version(s), QStringLiteral("000040"));
+        QCOMPARE(version(s), u"000040"_s);
     }
 
     void configuracionSinRbFolder()
@@ -306,14 +306,13 @@ private slots:
         lar::Sesion s;
         e->conectaSesion(s);
         s.fbConfig().disconnect();
-        lartest::createDatabase(s.fbConfig(), lartest::tempPath(QStringLiteral("ConfigVacia.fdb")));
+        lartest::createDatabase(s.fbConfig(), lartest::tempPath(u"ConfigVacia.fdb"_s));
         const QStringList log = sinHora(actualiza(s));
         QCOMPARE(log.mid(0, kLineas.size()), kLineas);
         QCOMPARE(log.size(), kLineas.size() + 2);
-        QCOMPARE(log[kLineas.size()],
-                 QStringLiteral("Error al crear las carpetas para los reportes:"));
-        QVERIFY2(log.last().contains(QStringLiteral("RB_FOLDER")), qPrintable(log.last()));
-        QCOMPARE(version(s), QStringLiteral("000040"));
+        QCOMPARE(log[kLineas.size()], u"Error al crear las carpetas para los reportes:"_s);
+        QVERIFY2(log.last().contains(u"RB_FOLDER"_s), qPrintable(log.last()));
+        QCOMPARE(version(s), u"000040"_s);
     }
 
     // A broken statement is passed over in silence; a step whose commit fails is
@@ -324,11 +323,11 @@ private slots:
         lar::Sesion s;
         e->conectaSesion(s);
         lar::ActualizaDB a(s);
-        QString indices = lar::ActualizaDB::textoScript(QStringLiteral("sIndices"));
-        const qsizetype at = indices.indexOf(QStringLiteral("CREATE INDEX LAR_PUNTOS_IDX1"));
+        QString indices = lar::ActualizaDB::textoScript(u"sIndices"_s);
+        const qsizetype at = indices.indexOf(u"CREATE INDEX LAR_PUNTOS_IDX1"_s);
         QVERIFY(at > 0);
-        indices.insert(at, QStringLiteral("CREATE INDEXX MAL ON;\n\n"));
-        a.setScript(QStringLiteral("sIndices"), indices);
+        indices.insert(at, u"CREATE INDEXX MAL ON;\n\n"_s);
+        a.setScript(u"sIndices"_s, indices);
         QStringList log = sinHora(actualiza(s, &a));
         QCOMPARE(log, kLineas);
         QCOMPARE(filas(s.fbDatabase(),
@@ -338,27 +337,27 @@ private slots:
 
         // A unique index over duplicate titles fails only when the step commits.
         lar::ActualizaDB a2(s);
-        a2.setScript(QStringLiteral("sDatos"),
-                     QStringLiteral("CREATE TABLE LAR_PRUEBA (N INTEGER);\n"
-                                    "CREATE UNIQUE INDEX LAR_MAL ON LAR_MENUBOTONDEF (TITULO);\n"));
+        a2.setScript(u"sDatos"_s,
+                     u"CREATE TABLE LAR_PRUEBA (N INTEGER);\n"
+                     "CREATE UNIQUE INDEX LAR_MAL ON LAR_MENUBOTONDEF (TITULO);\n"_s);
         log = sinHora(actualiza(s, &a2));
         QCOMPARE(log.size(), kLineas.size() + 1);
         QCOMPARE(log.mid(0, 2), kLineas.mid(0, 2));
         QVERIFY2(!log[2].isEmpty() && !kLineas.contains(log[2]), qPrintable(log[2]));
         QCOMPARE(log.mid(3), kLineas.mid(2));
-        QVERIFY(!lar::ExisteTabla(s, QStringLiteral("LAR_PRUEBA")));
-        QCOMPARE(version(s), QStringLiteral("000040"));
+        QVERIFY(!lar::ExisteTabla(s, u"LAR_PRUEBA"_s));
+        QCOMPARE(version(s), u"000040"_s);
     }
 
     // isql-fb runs the same scripts to the same objects and rows.
     void mismoResultadoQueIsql()
     {
-        const QString isql = QStandardPaths::findExecutable(QStringLiteral("isql-fb"));
+        const QString isql = QStandardPaths::findExecutable(u"isql-fb"_s);
         if (isql.isEmpty())
             QSKIP("isql-fb no está instalado");
         const auto e = entorno({u"PROGRAMA"_s, u"ISQL"_s});
         for (const QString &nombre : lar::ActualizaDB::nombresScripts()) {
-            const QString archivo = lartest::tempPath(nombre + QStringLiteral(".sql"));
+            const QString archivo = lartest::tempPath(nombre + u".sql"_s);
             QFile f(archivo);
             QVERIFY(f.open(QIODevice::WriteOnly));
             f.write(lar::ActualizaDB::bytesScript(nombre));
@@ -371,16 +370,16 @@ private slots:
         }
 
         lar::Sesion s;
-        e->conectaSesion(s, QStringLiteral("PROGRAMA"));
+        e->conectaSesion(s, u"PROGRAMA"_s);
         actualiza(s);
         fb::Database db;
-        e->conectaEmpresa(db, QStringLiteral("ISQL"));
+        e->conectaEmpresa(db, u"ISQL"_s);
         const QStringList esperado = estado(s.fbDatabase());
         const QStringList obtenido = estado(db);
         for (const QString &l : esperado)
-            QVERIFY2(obtenido.contains(l), qPrintable(QStringLiteral("falta con isql: ") + l));
+            QVERIFY2(obtenido.contains(l), qPrintable(u"falta con isql: "_s + l));
         for (const QString &l : obtenido)
-            QVERIFY2(esperado.contains(l), qPrintable(QStringLiteral("sobra con isql: ") + l));
+            QVERIFY2(esperado.contains(l), qPrintable(u"sobra con isql: "_s + l));
         QCOMPARE(filas(db, u"select titulo from lar_menusistema where clave = 5"_s),
                  QStringList{u"Catálogos"_s});
     }

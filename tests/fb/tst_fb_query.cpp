@@ -40,14 +40,14 @@ private:
 private slots:
     void initTestCase()
     {
-        lartest::createDatabase(m_db, lartest::tempPath(QStringLiteral("fb.fdb")));
-        exec(QStringLiteral("CREATE TABLE T (ID INTEGER NOT NULL PRIMARY KEY, N52 NUMERIC(15,2),"
-                            " N185 NUMERIC(18,5), BI BIGINT, SI SMALLINT, D DOUBLE PRECISION,"
-                            " F DATE, H TIME, TS TIMESTAMP, B BOOLEAN, C CHAR(9), V VARCHAR(200),"
-                            " L CHAR(30) CHARACTER SET ISO8859_1, TB BLOB SUB_TYPE 1, BB BLOB)"));
+        lartest::createDatabase(m_db, lartest::tempPath(u"fb.fdb"_s));
+        exec(u"CREATE TABLE T (ID INTEGER NOT NULL PRIMARY KEY, N52 NUMERIC(15,2),"
+             " N185 NUMERIC(18,5), BI BIGINT, SI SMALLINT, D DOUBLE PRECISION,"
+             " F DATE, H TIME, TS TIMESTAMP, B BOOLEAN, C CHAR(9), V VARCHAR(200),"
+             " L CHAR(30) CHARACTER SET ISO8859_1, TB BLOB SUB_TYPE 1, BB BLOB)"_s);
     }
 
-    void init() { exec(QStringLiteral("DELETE FROM T")); }
+    void init() { exec(u"DELETE FROM T"_s); }
 
     void parseParams_data()
     {
@@ -138,40 +138,39 @@ private slots:
     void parametersAgainstEngine()
     {
         fb::Query ins(&m_db, &m_tr);
-        ins.setSql(QStringLiteral("insert into t (id, v, c) values (:id, :v, ?)"));
-        ins.bind(QStringLiteral("id"), 1);
-        ins.bind(QStringLiteral("V"), QStringLiteral("a:b"));
-        ins.bind(2, QStringLiteral("X"));
+        ins.setSql(u"insert into t (id, v, c) values (:id, :v, ?)"_s);
+        ins.bind(u"id"_s, 1);
+        ins.bind(u"V"_s, u"a:b"_s);
+        ins.bind(2, u"X"_s);
         QCOMPARE(ins.execute(), 1);
         fb::Query q(&m_db, &m_tr);
-        q.setSql(QStringLiteral(
-            "select v, ':lit' as lit from t where id = :id and (v = :v or :v is null)"));
-        q.bind(QStringLiteral("id"), 1);
-        q.bind(QStringLiteral(":v"), QStringLiteral("a:b"));
+        q.setSql(u"select v, ':lit' as lit from t where id = :id and (v = :v or :v is null)"_s);
+        q.bind(u"id"_s, 1);
+        q.bind(u":v"_s, u"a:b"_s);
         q.open();
         QVERIFY(!q.eof());
-        QCOMPARE(q.field(QStringLiteral("V")).toString(), QStringLiteral("a:b"));
-        QCOMPARE(q.field(QStringLiteral("lit")).toString(), QStringLiteral(":lit"));
+        QCOMPARE(q.field(u"V"_s).toString(), u"a:b"_s);
+        QCOMPARE(q.field(u"lit"_s).toString(), u":lit"_s);
         QVERIFY(!q.next());
-        QVERIFY_THROWS_EXCEPTION(fb::Error, q.bind(QStringLiteral("nope"), 1));
-        QVERIFY_THROWS_EXCEPTION(fb::Error, q.field(QStringLiteral("nope")));
+        QVERIFY_THROWS_EXCEPTION(fb::Error, q.bind(u"nope"_s, 1));
+        QVERIFY_THROWS_EXCEPTION(fb::Error, q.field(u"nope"_s));
 
         // Every occurrence of a repeated name takes the value: leaving any one of them
         // NULL finds nothing.
-        ins.bind(QStringLiteral("id"), 2);
-        ins.bind(QStringLiteral("v"), QStringLiteral("Q"));
-        ins.bind(2, QStringLiteral("Q"));
+        ins.bind(u"id"_s, 2);
+        ins.bind(u"v"_s, u"Q"_s);
+        ins.bind(2, u"Q"_s);
         ins.execute();
-        ins.bind(QStringLiteral("id"), 3);
-        ins.bind(2, QStringLiteral("R"));
+        ins.bind(u"id"_s, 3);
+        ins.bind(2, u"R"_s);
         ins.execute();
         fb::Query rep(&m_db, &m_tr);
-        rep.setSql(QStringLiteral("select list(id) from t where v = :w and c = :w and id >= :n"
-                                  " and id <= :n and :w = 'Q'"));
-        rep.bind(QStringLiteral("n"), 2);
-        rep.bind(QStringLiteral("w"), QStringLiteral("Q"));
+        rep.setSql(u"select list(id) from t where v = :w and c = :w and id >= :n"
+                   " and id <= :n and :w = 'Q'"_s);
+        rep.bind(u"n"_s, 2);
+        rep.bind(u"w"_s, u"Q"_s);
         rep.open();
-        QCOMPARE(rep.field(0).toString(), QStringLiteral("2"));
+        QCOMPARE(rep.field(0).toString(), u"2"_s);
         rep.close();
         m_tr.commit();
     }
@@ -180,75 +179,72 @@ private slots:
     {
         const QDate date(2026, 11, 21);
         const QTime time(13, 45, 12, 345);
-        const QString accents = QStringLiteral("Catálogos Dirección principal ÑÁÉÍÓÚÜ ñ €");
+        const QString accents = u"Catálogos Dirección principal ÑÁÉÍÓÚÜ ñ €"_s;
         QByteArray binary;
         for (int i = 0; i < 70000; ++i)
             binary.append(char(i % 256));
-        const QString longText = QString(40000, u'é') + QStringLiteral("fin");
+        const QString longText = QString(40000, u'é') + u"fin"_s;
 
         fb::Query ins(&m_db, &m_tr);
-        ins.setSql(
-            QStringLiteral("insert into t (id, n52, n185, bi, si, d, f, h, ts, b, c, v, l, tb, bb)"
-                           " values (:id, :n52, :n185, :bi, :si, :d, :f, :h, :ts, :b, :c, :v,"
-                           " :l, :tb, :bb)"));
-        ins.bind(QStringLiteral("id"), 1);
-        ins.bind(QStringLiteral("n52"), QVariant::fromValue(Decimal(125080, 2)));
-        ins.bind(QStringLiteral("n185"),
-                 QVariant::fromValue(*Decimal::fromString(u"1234567890123.12345")));
-        ins.bind(QStringLiteral("bi"), Q_INT64_C(9000000000000000001));
-        ins.bind(QStringLiteral("si"), -7);
-        ins.bind(QStringLiteral("d"), 0.1);
-        ins.bind(QStringLiteral("f"), date);
-        ins.bind(QStringLiteral("h"), time);
-        ins.bind(QStringLiteral("ts"), QDateTime(date, time));
-        ins.bind(QStringLiteral("b"), true);
-        ins.bind(QStringLiteral("c"), QStringLiteral("A001"));
-        ins.bind(QStringLiteral("v"), accents);
-        ins.bind(QStringLiteral("l"), QStringLiteral("Ñandú"));
-        ins.bind(QStringLiteral("tb"), longText);
-        ins.bind(QStringLiteral("bb"), binary);
+        ins.setSql(u"insert into t (id, n52, n185, bi, si, d, f, h, ts, b, c, v, l, tb, bb)"
+                   " values (:id, :n52, :n185, :bi, :si, :d, :f, :h, :ts, :b, :c, :v,"
+                   " :l, :tb, :bb)"_s);
+        ins.bind(u"id"_s, 1);
+        ins.bind(u"n52"_s, QVariant::fromValue(Decimal(125080, 2)));
+        ins.bind(u"n185"_s, QVariant::fromValue(*Decimal::fromString(u"1234567890123.12345")));
+        ins.bind(u"bi"_s, Q_INT64_C(9000000000000000001));
+        ins.bind(u"si"_s, -7);
+        ins.bind(u"d"_s, 0.1);
+        ins.bind(u"f"_s, date);
+        ins.bind(u"h"_s, time);
+        ins.bind(u"ts"_s, QDateTime(date, time));
+        ins.bind(u"b"_s, true);
+        ins.bind(u"c"_s, u"A001"_s);
+        ins.bind(u"v"_s, accents);
+        ins.bind(u"l"_s, u"Ñandú"_s);
+        ins.bind(u"tb"_s, longText);
+        ins.bind(u"bb"_s, binary);
         ins.execute();
         // The same prepared statement again: every value NULL, and strings by text.
         ins.clearParams();
-        ins.bind(QStringLiteral("id"), 2);
+        ins.bind(u"id"_s, 2);
         ins.execute();
-        ins.bind(QStringLiteral("id"), 3);
-        ins.bind(QStringLiteral("n52"), QStringLiteral("99.99"));
-        ins.bind(QStringLiteral("n185"), 2.5);
+        ins.bind(u"id"_s, 3);
+        ins.bind(u"n52"_s, u"99.99"_s);
+        ins.bind(u"n185"_s, 2.5);
         ins.execute();
         m_tr.commit();
 
         fb::Query q(&m_db, &m_tr);
-        q.setSql(QStringLiteral("select * from t order by id"));
+        q.setSql(u"select * from t order by id"_s);
         q.open();
-        QCOMPARE(q.field(QStringLiteral("n52")).toDecimal(), Decimal(125080, 2));
-        QCOMPARE(q.field(QStringLiteral("n52")).toString(), QStringLiteral("1250.80"));
-        QCOMPARE(q.field(QStringLiteral("n185")).toString(), QStringLiteral("1234567890123.12345"));
-        QCOMPARE(q.field(QStringLiteral("n185")).toVariant().value<Decimal>(),
+        QCOMPARE(q.field(u"n52"_s).toDecimal(), Decimal(125080, 2));
+        QCOMPARE(q.field(u"n52"_s).toString(), u"1250.80"_s);
+        QCOMPARE(q.field(u"n185"_s).toString(), u"1234567890123.12345"_s);
+        QCOMPARE(q.field(u"n185"_s).toVariant().value<Decimal>(),
                  *Decimal::fromString(u"1234567890123.12345"));
-        QCOMPARE(q.field(QStringLiteral("bi")).toInt64(), Q_INT64_C(9000000000000000001));
-        QCOMPARE(q.field(QStringLiteral("si")).toInt(), -7);
-        QCOMPARE(q.field(QStringLiteral("d")).toDouble(), 0.1);
-        QCOMPARE(q.field(QStringLiteral("f")).toDate(), date);
-        QCOMPARE(q.field(QStringLiteral("h")).toTime(), time);
-        QCOMPARE(q.field(QStringLiteral("ts")).toDateTime(), QDateTime(date, time));
-        QCOMPARE(q.field(QStringLiteral("ts")).toDate(), date);
-        QCOMPARE(q.field(QStringLiteral("ts")).toTime(), time);
+        QCOMPARE(q.field(u"bi"_s).toInt64(), Q_INT64_C(9000000000000000001));
+        QCOMPARE(q.field(u"si"_s).toInt(), -7);
+        QCOMPARE(q.field(u"d"_s).toDouble(), 0.1);
+        QCOMPARE(q.field(u"f"_s).toDate(), date);
+        QCOMPARE(q.field(u"h"_s).toTime(), time);
+        QCOMPARE(q.field(u"ts"_s).toDateTime(), QDateTime(date, time));
+        QCOMPARE(q.field(u"ts"_s).toDate(), date);
+        QCOMPARE(q.field(u"ts"_s).toTime(), time);
         // The wall time keeps the stored date and time whatever the machine's zone.
-        const QDateTime pared = q.field(QStringLiteral("ts")).toWallDateTime();
+        const QDateTime pared = q.field(u"ts"_s).toWallDateTime();
         QCOMPARE(pared.timeSpec(), Qt::UTC);
         QCOMPARE(pared.date(), date);
         QCOMPARE(pared.time(), time);
-        QCOMPARE(q.field(QStringLiteral("f")).toWallDateTime(),
-                 QDateTime(date, QTime(0, 0), Qt::UTC));
-        QCOMPARE(q.field(QStringLiteral("b")).toBool(), true);
-        QCOMPARE(q.field(QStringLiteral("c")).toString(), QStringLiteral("A001     "));
-        QCOMPARE(q.field(QStringLiteral("c")).toTrimmed(), QStringLiteral("A001"));
-        QCOMPARE(q.field(QStringLiteral("v")).toString(), accents);
-        QCOMPARE(q.field(QStringLiteral("l")).toTrimmed(), QStringLiteral("Ñandú"));
-        QCOMPARE(q.field(QStringLiteral("tb")).toString(), longText);
-        QCOMPARE(q.field(QStringLiteral("bb")).toBytes(), binary);
-        QVERIFY(!q.field(QStringLiteral("id")).isNull());
+        QCOMPARE(q.field(u"f"_s).toWallDateTime(), QDateTime(date, QTime(0, 0), Qt::UTC));
+        QCOMPARE(q.field(u"b"_s).toBool(), true);
+        QCOMPARE(q.field(u"c"_s).toString(), u"A001     "_s);
+        QCOMPARE(q.field(u"c"_s).toTrimmed(), u"A001"_s);
+        QCOMPARE(q.field(u"v"_s).toString(), accents);
+        QCOMPARE(q.field(u"l"_s).toTrimmed(), u"Ñandú"_s);
+        QCOMPARE(q.field(u"tb"_s).toString(), longText);
+        QCOMPARE(q.field(u"bb"_s).toBytes(), binary);
+        QVERIFY(!q.field(u"id"_s).isNull());
 
         QVERIFY(q.next());
         for (int i = 1; i < q.fieldCount(); ++i) {
@@ -256,15 +252,14 @@ private slots:
             QVERIFY(!q.field(i).toVariant().isValid());
         }
         QVERIFY(q.next());
-        QCOMPARE(q.field(QStringLiteral("n52")).toDecimal(), Decimal(9999, 2));
-        QCOMPARE(q.field(QStringLiteral("n185")).toString(), QStringLiteral("2.50000"));
+        QCOMPARE(q.field(u"n52"_s).toDecimal(), Decimal(9999, 2));
+        QCOMPARE(q.field(u"n185"_s).toString(), u"2.50000"_s);
         QVERIFY(!q.next());
         QVERIFY(q.eof());
         m_tr.commit();
 
         // The stored bytes are Windows-1252, as Microsip writes them.
-        q.setSql(QStringLiteral(
-            "select cast(v as varchar(200) character set octets) from t where id = 1"));
+        q.setSql(u"select cast(v as varchar(200) character set octets) from t where id = 1"_s);
         q.open();
         QCOMPARE(q.field(0).toBytes().left(9), QByteArray("Cat\xe1logos"));
         m_tr.commit();
@@ -276,7 +271,7 @@ private slots:
         for (int i = 1; i < 256; ++i)
             all.append(char(i));
         QCOMPARE(fb::toWin1252(fb::fromWin1252(all)), all);
-        QCOMPARE(fb::fromWin1252(QByteArray("\x80\x93\xd1")), QStringLiteral("€“Ñ"));
+        QCOMPARE(fb::fromWin1252(QByteArray("\x80\x93\xd1")), u"€“Ñ"_s);
         QCOMPARE(fb::toWin1252(u"日"), QByteArray("?"));
     }
 
@@ -330,9 +325,8 @@ private slots:
                 QFAIL("sin error");
             } catch (const fb::Error &e) {
                 QCOMPARE(e.message(),
-                         QStringLiteral("El número %1 es demasiado grande: no cabe con 4 "
-                                        "decimales")
-                             .arg(v));
+                         u"El número %1 es demasiado grande: no cabe con 4 "
+                         "decimales"_s.arg(v));
             }
         }
         // What microsip-sim met: units and a price at the scales of their columns.
@@ -360,7 +354,7 @@ private slots:
 
         // A double column beyond what a Decimal holds is refused when read as one.
         fb::Query q(&m_db, &m_tr);
-        q.setSql(QStringLiteral("select cast(1e300 as double precision) from rdb$database"));
+        q.setSql(u"select cast(1e300 as double precision) from rdb$database"_s);
         q.open();
         QVERIFY_THROWS_EXCEPTION(fb::Error, q.field(0).toDecimal());
         q.close();
@@ -375,21 +369,21 @@ private slots:
         QCOMPARE(fb::Transaction::defaultOptions(),
                  O::Write | O::NoWait | O::RecVersion | O::ReadCommitted);
         QCOMPARE(m_tr.options(), fb::Transaction::defaultOptions());
-        exec(QStringLiteral("insert into t (id, v) values (1, 'uno')"));
+        exec(u"insert into t (id, v) values (1, 'uno')"_s);
 
         fb::Transaction lectura(&m_db);
         lectura.setOptions(O::Read | O::Concurrency);
         fb::Query q(&m_db, &lectura);
-        q.setSql(QStringLiteral("select count(*) from t"));
+        q.setSql(u"select count(*) from t"_s);
         q.open();
         QCOMPARE(q.field(0).toInt(), 1);
         q.close();
-        exec(QStringLiteral("insert into t (id, v) values (2, 'dos')"));
+        exec(u"insert into t (id, v) values (2, 'dos')"_s);
         q.open();
         QCOMPARE(q.field(0).toInt(), 1); // its snapshot
         q.close();
         fb::Query escribe(&m_db, &lectura);
-        escribe.setSql(QStringLiteral("delete from t"));
+        escribe.setSql(u"delete from t"_s);
         QVERIFY_THROWS_EXCEPTION(fb::Error, escribe.execute());
         lectura.rollback();
 
@@ -404,34 +398,33 @@ private slots:
 
     void twoTransactions()
     {
-        exec(QStringLiteral("insert into t (id, v) values (1, 'uno')"));
+        exec(u"insert into t (id, v) values (1, 'uno')"_s);
         fb::Transaction other(&m_db);
         fb::Query upd(&m_db, &m_tr);
-        upd.setSql(QStringLiteral("update t set v = :v where id = 1"));
-        upd.bind(QStringLiteral("v"), QStringLiteral("dos"));
+        upd.setSql(u"update t set v = :v where id = 1"_s);
+        upd.bind(u"v"_s, u"dos"_s);
         upd.execute();
         fb::Query read(&m_db, &other);
-        read.setSql(QStringLiteral("select v from t where id = 1"));
+        read.setSql(u"select v from t where id = 1"_s);
         read.open();
-        QCOMPARE(read.field(0).toString(), QStringLiteral("uno")); // not committed yet
+        QCOMPARE(read.field(0).toString(), u"uno"_s); // not committed yet
         read.close();
 
         // A nowait writer meets the pending update at once; Firebird 3 reports a row
         // conflict as a deadlock (the lock-conflict code is for locks on objects).
         fb::Query clash(&m_db, &other);
-        clash.setSql(QStringLiteral("update t set v = 'tres' where id = 1"));
+        clash.setSql(u"update t set v = 'tres' where id = 1"_s);
         try {
             clash.execute();
             QFAIL("expected a lock conflict");
         } catch (const fb::Error &e) {
             QCOMPARE(e.iscCode(), fb::isc::DeadLock);
-            QVERIFY(
-                e.message().contains(QStringLiteral("update conflicts with concurrent update")));
+            QVERIFY(e.message().contains(u"update conflicts with concurrent update"_s));
         }
         m_tr.commit();
         // Read committed: the same transaction now sees the other's commit.
         read.open();
-        QCOMPARE(read.field(0).toString(), QStringLiteral("dos"));
+        QCOMPARE(read.field(0).toString(), u"dos"_s);
         QVERIFY(other.isActive());
         other.rollback();
         QVERIFY(!other.isActive());
@@ -442,18 +435,18 @@ private slots:
         {
             fb::TransactionGuard g(m_tr);
             fb::Query q(&m_db, &m_tr);
-            q.setSql(QStringLiteral("insert into t (id) values (7)"));
+            q.setSql(u"insert into t (id) values (7)"_s);
             q.execute();
         } // rolled back
         fb::Query q(&m_db, &m_tr);
-        q.setSql(QStringLiteral("select count(*) from t"));
+        q.setSql(u"select count(*) from t"_s);
         q.open();
         QCOMPARE(q.field(0).toInt(), 0);
         m_tr.commit();
 
-        exec(QStringLiteral("insert into t (id) values (7)"));
+        exec(u"insert into t (id) values (7)"_s);
         try {
-            exec(QStringLiteral("insert into t (id) values (7)"));
+            exec(u"insert into t (id) values (7)"_s);
             QFAIL("expected a duplicate key");
         } catch (const fb::Error &e) {
             QCOMPARE(e.iscCode(), fb::isc::UniqueKeyViolation);
@@ -461,55 +454,55 @@ private slots:
         }
         m_tr.rollback();
         try {
-            exec(QStringLiteral("selec nothing"));
+            exec(u"selec nothing"_s);
             QFAIL("expected a syntax error");
         } catch (const fb::Error &e) {
             QCOMPARE(e.sqlCode(), -104);
-            QVERIFY(e.message().contains(QStringLiteral("selec")));
+            QVERIFY(e.message().contains(u"selec"_s));
         }
         m_tr.rollback();
     }
 
     void executeProcedureOutputs()
     {
-        exec(QStringLiteral("create or alter procedure p_suma (a integer, b numeric(15,2))"
-                            " returns (s numeric(15,2), t varchar(20)) as begin s = a + b;"
-                            " t = 'Año ' || a; end"));
+        exec(u"create or alter procedure p_suma (a integer, b numeric(15,2))"
+             " returns (s numeric(15,2), t varchar(20)) as begin s = a + b;"
+             " t = 'Año ' || a; end"_s);
         fb::Query q(&m_db, &m_tr);
-        q.setSql(QStringLiteral("execute procedure p_suma :a, :b"));
+        q.setSql(u"execute procedure p_suma :a, :b"_s);
         for (int i = 1; i <= 3; ++i) {
-            q.bind(QStringLiteral("a"), i);
-            q.bind(QStringLiteral("b"), QVariant::fromValue(Decimal(150, 2)));
+            q.bind(u"a"_s, i);
+            q.bind(u"b"_s, QVariant::fromValue(Decimal(150, 2)));
             q.execute();
-            QCOMPARE(q.field(QStringLiteral("S")).toDecimal(), Decimal(i * 100 + 150, 2));
-            QCOMPARE(q.field(QStringLiteral("t")).toString(), QStringLiteral("Año %1").arg(i));
+            QCOMPARE(q.field(u"S"_s).toDecimal(), Decimal(i * 100 + 150, 2));
+            QCOMPARE(q.field(u"t"_s).toString(), u"Año %1"_s.arg(i));
         }
         m_tr.commit();
     }
 
     void scriptSplitting()
     {
-        const QString script = QStringLiteral(
-            "-- header; with a semicolon\n"
-            "CREATE TABLE S1 (A INTEGER);\n"
-            "SET SQL DIALECT 3;\n"
-            "INSERT INTO S1 VALUES (1); /* ; inside */ INSERT INTO S1 VALUES (2);\n"
-            "SET TERM ^ ;\n"
-            "CREATE PROCEDURE P1 AS\nDECLARE X INTEGER;\nBEGIN\n  X = 1; -- ;\nEND^\n"
-            "SET TERM ; ^\n"
-            "COMMIT WORK;\n"
-            "INSERT INTO S1 VALUES (';');\n"
-            "commit");
+        const QString script
+            = u"-- header; with a semicolon\n"
+              "CREATE TABLE S1 (A INTEGER);\n"
+              "SET SQL DIALECT 3;\n"
+              "INSERT INTO S1 VALUES (1); /* ; inside */ INSERT INTO S1 VALUES (2);\n"
+              "SET TERM ^ ;\n"
+              "CREATE PROCEDURE P1 AS\nDECLARE X INTEGER;\nBEGIN\n  X = 1; -- ;\nEND^\n"
+              "SET TERM ; ^\n"
+              "COMMIT WORK;\n"
+              "INSERT INTO S1 VALUES (';');\n"
+              "commit"_s;
         const QList<fb::ScriptStatement> st = fb::splitScript(script);
         QCOMPARE(st.size(), 7);
-        QCOMPARE(st[0].text, QStringLiteral("CREATE TABLE S1 (A INTEGER)"));
+        QCOMPARE(st[0].text, u"CREATE TABLE S1 (A INTEGER)"_s);
         QCOMPARE(st[0].line, 2);
         QCOMPARE(st[2].line, 4);
-        QVERIFY(st[3].text.startsWith(QStringLiteral("CREATE PROCEDURE P1")));
-        QVERIFY(st[3].text.endsWith(QStringLiteral("END")));
+        QVERIFY(st[3].text.startsWith(u"CREATE PROCEDURE P1"_s));
+        QVERIFY(st[3].text.endsWith(u"END"_s));
         QCOMPARE(st[3].line, 6);
         QCOMPARE(st[4].kind, fb::ScriptStatement::Kind::Commit);
-        QCOMPARE(st[5].text, QStringLiteral("INSERT INTO S1 VALUES (';')"));
+        QCOMPARE(st[5].text, u"INSERT INTO S1 VALUES (';')"_s);
         QCOMPARE(st[6].kind, fb::ScriptStatement::Kind::Commit);
     }
 
@@ -538,27 +531,27 @@ private slots:
         m_tr.commit();
         QCOMPARE(failures, (QStringList{u"2"_s, u"5"_s, u"6"_s}));
         fb::Query q(&m_db, &m_tr);
-        q.setSql(QStringLiteral("select list(b, '|') from (select b from s2 order by a)"));
+        q.setSql(u"select list(b, '|') from (select b from s2 order by a)"_s);
         q.open();
-        QCOMPARE(q.field(0).toString(), QStringLiteral("Operación|vacío"));
+        QCOMPARE(q.field(0).toString(), u"Operación|vacío"_s);
         m_tr.commit();
 
         // Without a handler the first failure stops the run.
         fb::ScriptRunner strict(m_db, m_tr);
         QVERIFY_THROWS_EXCEPTION(fb::Error,
-                                 strict.run(QStringLiteral("INSERT INTO S2 VALUES (3, 'x');\n"
-                                                           "INSERT INTO S2 VALUES (3, 'y');\n"
-                                                           "INSERT INTO S2 VALUES (4, 'z');")));
+                                 strict.run(u"INSERT INTO S2 VALUES (3, 'x');\n"
+                                            "INSERT INTO S2 VALUES (3, 'y');\n"
+                                            "INSERT INTO S2 VALUES (4, 'z');"_s));
         QCOMPARE(strict.executed(), 1);
         m_tr.rollback();
     }
 
     void eventDelivered()
     {
-        exec(QStringLiteral("create or alter procedure p_avisa (n varchar(30)) as begin"
-                            " post_event n; end"));
+        exec(u"create or alter procedure p_avisa (n varchar(30)) as begin"
+             " post_event n; end"_s);
         fb::EventListener listener(&m_db);
-        listener.setEvents({QStringLiteral("LAR_UNO"), QStringLiteral("LAR_DOS")});
+        listener.setEvents({u"LAR_UNO"_s, u"LAR_DOS"_s});
         QSignalSpy spy(&listener, &fb::EventListener::eventReceived);
         listener.registerEvents();
         QTest::qWait(200); // let the engine's first answer come and go
@@ -570,20 +563,20 @@ private slots:
         other.connect();
         fb::Transaction tr(&other);
         fb::Query q(&other, &tr);
-        q.setSql(QStringLiteral("execute procedure p_avisa :n"));
-        q.bind(QStringLiteral("n"), QStringLiteral("LAR_DOS"));
+        q.setSql(u"execute procedure p_avisa :n"_s);
+        q.bind(u"n"_s, u"LAR_DOS"_s);
         q.execute();
         q.execute();
         tr.commit();
         QTRY_COMPARE(spy.count(), 1);
-        QCOMPARE(spy.at(0).at(0).toString(), QStringLiteral("LAR_DOS"));
+        QCOMPARE(spy.at(0).at(0).toString(), u"LAR_DOS"_s);
         QCOMPARE(spy.at(0).at(1).toInt(), 2);
 
-        q.bind(QStringLiteral("n"), QStringLiteral("LAR_UNO"));
+        q.bind(u"n"_s, u"LAR_UNO"_s);
         q.execute();
         tr.commit();
         QTRY_COMPARE(spy.count(), 2);
-        QCOMPARE(spy.at(1).at(0).toString(), QStringLiteral("LAR_UNO"));
+        QCOMPARE(spy.at(1).at(0).toString(), u"LAR_UNO"_s);
         listener.unregisterEvents();
     }
 
@@ -591,7 +584,7 @@ private slots:
     {
         if (!lartest::serverAvailable())
             QSKIP("the local test server isn't running (make test starts it)");
-        const QString path = lartest::serverPrefix() + lartest::tempPath(QStringLiteral("srv.fdb"));
+        const QString path = lartest::serverPrefix() + lartest::tempPath(u"srv.fdb"_s);
         fb::Database db;
         db.setDatabaseName(path);
         db.setParams(lartest::sysdbaParams(lartest::serverPassword()));
@@ -599,7 +592,7 @@ private slots:
         QVERIFY(db.isConnected());
         db.disconnect();
 
-        db.setParams(lartest::sysdbaParams(QStringLiteral("equivocada")));
+        db.setParams(lartest::sysdbaParams(u"equivocada"_s));
         try {
             db.connect();
             QFAIL("a wrong password must not connect");

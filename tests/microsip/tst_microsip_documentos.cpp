@@ -21,6 +21,8 @@ using microsip::Documento;
 using microsip::Renglon;
 using microsip::Sistema;
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 fb::Decimal dec(const char *texto)
@@ -82,7 +84,7 @@ private:
     {
         fb::Transaction tr(&m_db);
         fb::Query q(&m_db, &tr);
-        q.setSql(QStringLiteral("EXECUTE PROCEDURE CALC_EXIS_ARTALM ?, ?, '12-31-9999'"));
+        q.setSql(u"EXECUTE PROCEDURE CALC_EXIS_ARTALM ?, ?, '12-31-9999'"_s);
         q.bind(0, articulo);
         q.bind(1, m_almacen);
         q.execute();
@@ -96,18 +98,16 @@ private:
     // D(elete), and L for deleted lines.
     QString traza(Sistema s, int id)
     {
-        return valor(QStringLiteral("SELECT LIST(PASO, ' ') FROM (SELECT PASO FROM T_AUDITORIA"
-                                    " WHERE SIS = ? AND ID = %1 ORDER BY N)")
-                         .arg(id),
+        return valor(u"SELECT LIST(PASO, ' ') FROM (SELECT PASO FROM T_AUDITORIA"
+                     " WHERE SIS = ? AND ID = %1 ORDER BY N)"_s.arg(id),
                      microsip::claveSistema(s))
             .toString();
     }
 
     qint64 cuenta()
     {
-        return valor(QStringLiteral(
-                         "SELECT (SELECT COUNT(*) FROM DOCTOS_PV) + (SELECT COUNT(*) FROM"
-                         " DOCTOS_VE) + (SELECT COUNT(*) FROM DOCTOS_IN) FROM RDB$DATABASE"))
+        return valor(u"SELECT (SELECT COUNT(*) FROM DOCTOS_PV) + (SELECT COUNT(*) FROM"
+                     " DOCTOS_VE) + (SELECT COUNT(*) FROM DOCTOS_IN) FROM RDB$DATABASE"_s)
             .toLongLong();
     }
 
@@ -130,49 +130,44 @@ private slots:
         m_e->conectaEmpresa(m_db);
         m_docs = std::make_unique<microsip::Documentos>(m_db);
 
-        ejecuta(QStringLiteral("CREATE SEQUENCE T_AUD"));
-        ejecuta(QStringLiteral("CREATE TABLE T_AUDITORIA (N INTEGER, SIS CHAR(2), ID INTEGER,"
-                               " PASO VARCHAR(20))"));
-        for (const QString &s : {QStringLiteral("PV"), QStringLiteral("VE")}) {
-            ejecuta(QStringLiteral(
-                        "CREATE TRIGGER T_AUD_%1 FOR DOCTOS_%1 AFTER INSERT OR UPDATE OR DELETE"
-                        " POSITION 99 AS BEGIN"
-                        " IF (INSERTING) THEN INSERT INTO T_AUDITORIA VALUES (NEXT VALUE FOR T_AUD,"
-                        "  '%1', NEW.DOCTO_%1_ID, 'I' || NEW.APLICADO || NEW.ESTATUS);"
-                        " IF (UPDATING) THEN INSERT INTO T_AUDITORIA VALUES (NEXT VALUE FOR T_AUD,"
-                        "  '%1', NEW.DOCTO_%1_ID, TRIM('U' || OLD.APLICADO || NEW.APLICADO || "
-                        "OLD.ESTATUS"
-                        "  || NEW.ESTATUS || IIF(OLD.IMPORTE_NETO IS DISTINCT FROM NEW.IMPORTE_NETO"
-                        "  OR OLD.TOTAL_IMPUESTOS IS DISTINCT FROM NEW.TOTAL_IMPUESTOS, '$', '')));"
-                        " IF (DELETING) THEN INSERT INTO T_AUDITORIA VALUES (NEXT VALUE FOR T_AUD,"
-                        "  '%1', OLD.DOCTO_%1_ID, 'D');"
-                        " END")
-                        .arg(s));
-            ejecuta(QStringLiteral("CREATE TRIGGER T_AUD_%1_DET FOR DOCTOS_%1_DET AFTER DELETE"
-                                   " POSITION 99 AS BEGIN INSERT INTO T_AUDITORIA VALUES"
-                                   " (NEXT VALUE FOR T_AUD, '%1', OLD.DOCTO_%1_ID, 'L'); END")
-                        .arg(s));
+        ejecuta(u"CREATE SEQUENCE T_AUD"_s);
+        ejecuta(u"CREATE TABLE T_AUDITORIA (N INTEGER, SIS CHAR(2), ID INTEGER,"
+                " PASO VARCHAR(20))"_s);
+        for (const QString &s : {u"PV"_s, u"VE"_s}) {
+            ejecuta(u"CREATE TRIGGER T_AUD_%1 FOR DOCTOS_%1 AFTER INSERT OR UPDATE OR DELETE"
+                    " POSITION 99 AS BEGIN"
+                    " IF (INSERTING) THEN INSERT INTO T_AUDITORIA VALUES (NEXT VALUE FOR T_AUD,"
+                    "  '%1', NEW.DOCTO_%1_ID, 'I' || NEW.APLICADO || NEW.ESTATUS);"
+                    " IF (UPDATING) THEN INSERT INTO T_AUDITORIA VALUES (NEXT VALUE FOR T_AUD,"
+                    "  '%1', NEW.DOCTO_%1_ID, TRIM('U' || OLD.APLICADO || NEW.APLICADO || "
+                    "OLD.ESTATUS"
+                    "  || NEW.ESTATUS || IIF(OLD.IMPORTE_NETO IS DISTINCT FROM NEW.IMPORTE_NETO"
+                    "  OR OLD.TOTAL_IMPUESTOS IS DISTINCT FROM NEW.TOTAL_IMPUESTOS, '$', '')));"
+                    " IF (DELETING) THEN INSERT INTO T_AUDITORIA VALUES (NEXT VALUE FOR T_AUD,"
+                    "  '%1', OLD.DOCTO_%1_ID, 'D');"
+                    " END"_s.arg(s));
+            ejecuta(u"CREATE TRIGGER T_AUD_%1_DET FOR DOCTOS_%1_DET AFTER DELETE"
+                    " POSITION 99 AS BEGIN INSERT INTO T_AUDITORIA VALUES"
+                    " (NEXT VALUE FOR T_AUD, '%1', OLD.DOCTO_%1_ID, 'L'); END"_s.arg(s));
         }
 
-        m_almacen = valor(QStringLiteral("SELECT ALMACEN_ID FROM ALMACENES WHERE ES_PREDET = 'S'"))
-                        .toInt();
-        const QString conExistencia = QStringLiteral(
-            "SELECT FIRST 1 SKIP %1 C.CLAVE_ARTICULO FROM ARTICULOS A JOIN CLAVES_ARTICULOS C"
-            " ON C.ARTICULO_ID = A.ARTICULO_ID JOIN ROLES_CLAVES_ARTICULOS R"
-            " ON R.ROL_CLAVE_ART_ID = C.ROL_CLAVE_ART_ID"
-            " WHERE A.ES_ALMACENABLE = 'S' AND A.ESTATUS = 'A' AND R.NOMBRE = '%2'"
-            " ORDER BY A.ARTICULO_ID");
-        m_art = valor(conExistencia.arg(0).arg(QStringLiteral("Clave principal"))).toString();
-        m_artId = valor(QStringLiteral(
-                            "SELECT ARTICULO_ID FROM CLAVES_ARTICULOS WHERE CLAVE_ARTICULO = ?"),
-                        m_art)
-                      .toInt();
-        m_barras = valor(conExistencia.arg(3).arg(QStringLiteral("Código de barras"))).toString();
-        m_servicio = valor(QStringLiteral("SELECT FIRST 1 C.CLAVE_ARTICULO FROM ARTICULOS A JOIN"
-                                          " CLAVES_ARTICULOS C ON C.ARTICULO_ID = A.ARTICULO_ID"
-                                          " WHERE A.ES_ALMACENABLE = 'N'"))
+        m_almacen = valor(u"SELECT ALMACEN_ID FROM ALMACENES WHERE ES_PREDET = 'S'"_s).toInt();
+        const QString conExistencia
+            = u"SELECT FIRST 1 SKIP %1 C.CLAVE_ARTICULO FROM ARTICULOS A JOIN CLAVES_ARTICULOS C"
+              " ON C.ARTICULO_ID = A.ARTICULO_ID JOIN ROLES_CLAVES_ARTICULOS R"
+              " ON R.ROL_CLAVE_ART_ID = C.ROL_CLAVE_ART_ID"
+              " WHERE A.ES_ALMACENABLE = 'S' AND A.ESTATUS = 'A' AND R.NOMBRE = '%2'"
+              " ORDER BY A.ARTICULO_ID"_s;
+        m_art = valor(conExistencia.arg(0).arg(u"Clave principal"_s)).toString();
+        m_artId
+            = valor(u"SELECT ARTICULO_ID FROM CLAVES_ARTICULOS WHERE CLAVE_ARTICULO = ?"_s, m_art)
+                  .toInt();
+        m_barras = valor(conExistencia.arg(3).arg(u"Código de barras"_s)).toString();
+        m_servicio = valor(u"SELECT FIRST 1 C.CLAVE_ARTICULO FROM ARTICULOS A JOIN"
+                           " CLAVES_ARTICULOS C ON C.ARTICULO_ID = A.ARTICULO_ID"
+                           " WHERE A.ES_ALMACENABLE = 'N'"_s)
                          .toString();
-        m_cliente = QStringLiteral("C000005");
+        m_cliente = u"C000005"_s;
         QVERIFY(!m_art.isEmpty() && !m_barras.isEmpty() && !m_servicio.isEmpty());
     }
 
@@ -180,33 +175,33 @@ private slots:
     void actualizaciones()
     {
         const int pv = m_docs->crea(venta());
-        QCOMPARE(traza(Sistema::PV, pv), QStringLiteral("INN UNNNN$"));
+        QCOMPARE(traza(Sistema::PV, pv), u"INN UNNNN$"_s);
         m_docs->aplica(Sistema::PV, pv);
-        QCOMPARE(traza(Sistema::PV, pv), QStringLiteral("INN UNNNN$ UNSNN"));
+        QCOMPARE(traza(Sistema::PV, pv), u"INN UNNNN$ UNSNN"_s);
         m_docs->desaplica(Sistema::PV, pv);
         m_docs->reaplica(Sistema::PV, pv);
-        QCOMPARE(traza(Sistema::PV, pv), QStringLiteral("INN UNNNN$ UNSNN USNNN UNSNN"));
+        QCOMPARE(traza(Sistema::PV, pv), u"INN UNNNN$ UNSNN USNNN UNSNN"_s);
         const int dev = m_docs->devuelve(Sistema::PV, pv, {renglon(m_art, "1")});
         // A return is a document of its own; the sale isn't touched.
-        QCOMPARE(traza(Sistema::PV, dev), QStringLiteral("INN UNNNN$ UNSNN"));
-        QCOMPARE(traza(Sistema::PV, pv), QStringLiteral("INN UNNNN$ UNSNN USNNN UNSNN"));
+        QCOMPARE(traza(Sistema::PV, dev), u"INN UNNNN$ UNSNN"_s);
+        QCOMPARE(traza(Sistema::PV, pv), u"INN UNNNN$ UNSNN USNNN UNSNN"_s);
         m_docs->cancelaDevolucion(Sistema::PV, dev);
-        QCOMPARE(traza(Sistema::PV, dev), QStringLiteral("INN UNNNN$ UNSNN USSNC"));
+        QCOMPARE(traza(Sistema::PV, dev), u"INN UNNNN$ UNSNN USSNC"_s);
         m_docs->cancela(Sistema::PV, pv);
-        QCOMPARE(traza(Sistema::PV, pv), QStringLiteral("INN UNNNN$ UNSNN USNNN UNSNN USSNC"));
+        QCOMPARE(traza(Sistema::PV, pv), u"INN UNNNN$ UNSNN USNNN UNSNN USSNC"_s);
         m_docs->elimina(Sistema::PV, pv);
-        QCOMPARE(traza(Sistema::PV, pv), QStringLiteral("INN UNNNN$ UNSNN USNNN UNSNN USSNC L D"));
+        QCOMPARE(traza(Sistema::PV, pv), u"INN UNNNN$ UNSNN USNNN UNSNN USSNC L D"_s);
 
         Documento aplicado = venta();
         aplicado.insertaAplicado = true;
         const int ya = m_docs->crea(aplicado);
-        QCOMPARE(traza(Sistema::PV, ya), QStringLiteral("ISN USSNN$"));
+        QCOMPARE(traza(Sistema::PV, ya), u"ISN USSNN$"_s);
 
         const int ve = m_docs->vende(venta(Sistema::VE));
-        QCOMPARE(traza(Sistema::VE, ve), QStringLiteral("INN UNNNN$ UNSNN"));
+        QCOMPARE(traza(Sistema::VE, ve), u"INN UNNNN$ UNSNN"_s);
         m_docs->cancela(Sistema::VE, ve);
         m_docs->elimina(Sistema::VE, ve);
-        QCOMPARE(traza(Sistema::VE, ve), QStringLiteral("INN UNNNN$ UNSNN USSNC L D"));
+        QCOMPARE(traza(Sistema::VE, ve), u"INN UNNNN$ UNSNN USSNC L D"_s);
     }
 
     void cabecerasYRenglones()
@@ -230,15 +225,15 @@ private slots:
         QVERIFY2(c.folio.startsWith(u'A') && c.folio.size() == 9, qPrintable(c.folio));
         QCOMPARE(c.fecha, QDate(2026, 7, 15));
         QCOMPARE(c.clienteId,
-                 valor(QStringLiteral("SELECT CLIENTE_ID FROM CLAVES_CLIENTES WHERE"
-                                      " CLAVE_CLIENTE = ?"),
+                 valor(u"SELECT CLIENTE_ID FROM CLAVES_CLIENTES WHERE"
+                       " CLAVE_CLIENTE = ?"_s,
                        m_cliente)
                      .toInt());
         // The service's shelf price: its list price (without tax) plus 16 %.
-        const qint64 lista = valor(QStringLiteral("SELECT CAST(P.PRECIO * 100 AS BIGINT) FROM"
-                                                  " PRECIOS_ARTICULOS P JOIN CLAVES_ARTICULOS C ON"
-                                                  " C.ARTICULO_ID = P.ARTICULO_ID WHERE"
-                                                  " C.CLAVE_ARTICULO = ?"),
+        const qint64 lista = valor(u"SELECT CAST(P.PRECIO * 100 AS BIGINT) FROM"
+                                   " PRECIOS_ARTICULOS P JOIN CLAVES_ARTICULOS C ON"
+                                   " C.ARTICULO_ID = P.ARTICULO_ID WHERE"
+                                   " C.CLAVE_ARTICULO = ?"_s,
                                    m_servicio)
                                  .toLongLong();
         const qint64 estante = (lista * 116 + 50) / 100;
@@ -246,15 +241,15 @@ private slots:
         QCOMPARE(c.importeNeto, fb::Decimal(25000 + 1000 + (estante * 100 + 58) / 116, 2));
         QCOMPARE(c.importeNeto.unscaled() + c.totalImpuestos.unscaled(), 29000 + 1160 + estante);
 
-        QCOMPARE(valor(QStringLiteral("SELECT LIST(CLAVE_ARTICULO || ':' || CAST(UNIDADES AS"
-                                      " NUMERIC(9,1)) || ':' || POSICION || ':' || ROL || ':' ||"
-                                      " CAST(PRECIO_UNITARIO AS NUMERIC(9,2)) || ':' ||"
-                                      " CAST(PRECIO_UNITARIO_IMPTO AS NUMERIC(9,2)), ' ') FROM"
-                                      " (SELECT * FROM DOCTOS_PV_DET WHERE DOCTO_PV_ID = ? ORDER BY"
-                                      " DOCTO_PV_DET_ID)"),
+        QCOMPARE(valor(u"SELECT LIST(CLAVE_ARTICULO || ':' || CAST(UNIDADES AS"
+                       " NUMERIC(9,1)) || ':' || POSICION || ':' || ROL || ':' ||"
+                       " CAST(PRECIO_UNITARIO AS NUMERIC(9,2)) || ':' ||"
+                       " CAST(PRECIO_UNITARIO_IMPTO AS NUMERIC(9,2)), ' ') FROM"
+                       " (SELECT * FROM DOCTOS_PV_DET WHERE DOCTO_PV_ID = ? ORDER BY"
+                       " DOCTO_PV_DET_ID)"_s,
                        id)
                      .toString(),
-                 QStringLiteral("%1:2.5:1:N:100.00:116.00 %2:1.0:0:C:10.00:11.60 %3:1.0:2:N:%4:%5")
+                 u"%1:2.5:1:N:100.00:116.00 %2:1.0:0:C:10.00:11.60 %3:1.0:2:N:%4:%5"_s
                      .arg(m_art, m_barras, m_servicio)
                      .arg(QString::number(lista / 100.0, 'f', 2))
                      .arg(QString::number(estante / 100.0, 'f', 2)));
@@ -268,22 +263,21 @@ private slots:
         QVERIFY(cf.folio.startsWith(u'F'));
         QCOMPARE(cf.importeNeto, fb::Decimal(30000, 2));
         QCOMPARE(cf.totalImpuestos, fb::Decimal(4800, 2));
-        QCOMPARE(valor(QStringLiteral("SELECT COUNT(*) FROM DOCTOS_VE WHERE DOCTO_VE_ID = ? AND"
-                                      " VENDEDOR_ID = (SELECT MIN(VENDEDOR_ID) FROM VENDEDORES)"),
+        QCOMPARE(valor(u"SELECT COUNT(*) FROM DOCTOS_VE WHERE DOCTO_VE_ID = ? AND"
+                       " VENDEDOR_ID = (SELECT MIN(VENDEDOR_ID) FROM VENDEDORES)"_s,
                        ve)
                      .toInt(),
                  1);
         Documento fijo = venta();
         fijo.importeNeto = dec("99.99");
         fijo.totalImpuestos = dec("0");
-        fijo.folio = QStringLiteral("z0000001");
+        fijo.folio = u"z0000001"_s;
         const microsip::Cabecera cz = m_docs->lee(Sistema::PV, m_docs->crea(fijo));
-        QCOMPARE(cz.folio, QStringLiteral("Z0000001"));
+        QCOMPARE(cz.folio, u"Z0000001"_s);
         QCOMPARE(cz.importeNeto, fb::Decimal(9999, 2));
         // The next folio of the series follows the last one; other series don't count.
         const QString siguiente = m_docs->lee(Sistema::PV, m_docs->crea(venta())).folio;
-        QCOMPARE(siguiente,
-                 QStringLiteral("A%1").arg(c.folio.mid(1).toInt() + 1, 8, 10, QChar(u'0')));
+        QCOMPARE(siguiente, u"A%1"_s.arg(c.folio.mid(1).toInt() + 1, 8, 10, QChar(u'0')));
     }
 
     // Applying moves the stock through an inventory document; a header inserted
@@ -301,14 +295,13 @@ private slots:
         QCOMPARE(existencia(m_artId), inicial - 3);
         const int in = m_docs->lee(Sistema::PV, id).doctoInId;
         QVERIFY(in > 0);
-        QCOMPARE(
-            valor(QStringLiteral("SELECT D.SISTEMA_ORIGEN || D.NATURALEZA_CONCEPTO || D.APLICADO"
-                                 " || D.CANCELADO || ' ' || C.NOMBRE FROM DOCTOS_IN D JOIN"
-                                 " CONCEPTOS_IN C ON C.CONCEPTO_IN_ID = D.CONCEPTO_IN_ID"
-                                 " WHERE D.DOCTO_IN_ID = ?"),
-                  in)
-                .toString(),
-            QStringLiteral("PVSSN Salida por venta"));
+        QCOMPARE(valor(u"SELECT D.SISTEMA_ORIGEN || D.NATURALEZA_CONCEPTO || D.APLICADO"
+                       " || D.CANCELADO || ' ' || C.NOMBRE FROM DOCTOS_IN D JOIN"
+                       " CONCEPTOS_IN C ON C.CONCEPTO_IN_ID = D.CONCEPTO_IN_ID"
+                       " WHERE D.DOCTO_IN_ID = ?"_s,
+                       in)
+                     .toString(),
+                 u"PVSSN Salida por venta"_s);
 
         const int dev = m_docs->devuelve(Sistema::PV, id, {renglon(m_art, "1")});
         QCOMPARE(existencia(m_artId), inicial - 2);
@@ -321,18 +314,15 @@ private slots:
         QCOMPARE(m_docs->lee(Sistema::PV, id).doctoInId, in);
         m_docs->cancela(Sistema::PV, id);
         QCOMPARE(existencia(m_artId), inicial);
-        QCOMPARE(valor(QStringLiteral("SELECT CANCELADO FROM DOCTOS_IN WHERE DOCTO_IN_ID = ?"), in)
-                     .toString(),
-                 QStringLiteral("S"));
+        QCOMPARE(valor(u"SELECT CANCELADO FROM DOCTOS_IN WHERE DOCTO_IN_ID = ?"_s, in).toString(),
+                 u"S"_s);
 
         const int otra = m_docs->vende(venta(Sistema::VE, 4));
         QCOMPARE(existencia(m_artId), inicial - 4);
         m_docs->elimina(Sistema::VE, otra);
         QCOMPARE(existencia(m_artId), inicial);
         QCOMPARE(
-            valor(QStringLiteral("SELECT COUNT(*) FROM DOCTOS_ENTRE_SIS WHERE DOCTO_FTE_ID = ?"),
-                  otra)
-                .toInt(),
+            valor(u"SELECT COUNT(*) FROM DOCTOS_ENTRE_SIS WHERE DOCTO_FTE_ID = ?"_s, otra).toInt(),
             0);
 
         // Services move nothing: a sale of services only has no inventory document.
@@ -350,17 +340,16 @@ private slots:
         const microsip::Cabecera c = m_docs->lee(Sistema::PV, primera);
         QCOMPARE(c.tipo, u'D');
         QCOMPARE(c.aplicado, u'S');
-        QVERIFY(c.folio.startsWith(QStringLiteral("DV")));
+        QVERIFY(c.folio.startsWith(u"DV"_s));
         QCOMPARE(c.importeNeto.unscaled() + c.totalImpuestos.unscaled(), 5800);
         // Without lines: what is left of the sale, whole.
         const int resto = m_docs->devuelve(Sistema::PV, id);
-        QCOMPARE(
-            valor(QStringLiteral("SELECT LIST(CLAVE_ARTICULO || ':' || CAST(UNIDADES AS INTEGER),"
-                                 " ' ') FROM (SELECT * FROM DOCTOS_PV_DET WHERE DOCTO_PV_ID = ?"
-                                 " ORDER BY POSICION)"),
-                  resto)
-                .toString(),
-            QStringLiteral("%1:3 %2:1").arg(m_art, m_barras));
+        QCOMPARE(valor(u"SELECT LIST(CLAVE_ARTICULO || ':' || CAST(UNIDADES AS INTEGER),"
+                       " ' ') FROM (SELECT * FROM DOCTOS_PV_DET WHERE DOCTO_PV_ID = ?"
+                       " ORDER BY POSICION)"_s,
+                       resto)
+                     .toString(),
+                 u"%1:3 %2:1"_s.arg(m_art, m_barras));
         const microsip::Cabecera v = m_docs->lee(Sistema::PV, id);
         QCOMPARE(v.estatus, u'N');
         QCOMPARE(v.aplicado, u'S');
@@ -371,7 +360,7 @@ private slots:
         f.renglones.first().tasaImpuesto = dec("8");
         const int fid = m_docs->vende(f);
         const microsip::Cabecera df = m_docs->lee(Sistema::VE, m_docs->devuelve(Sistema::VE, fid));
-        QVERIFY(df.folio.startsWith(QStringLiteral("DF")));
+        QVERIFY(df.folio.startsWith(u"DF"_s));
         QCOMPARE(df.importeNeto, fb::Decimal(10000, 2));
         QCOMPARE(df.totalImpuestos, fb::Decimal(800, 2));
     }
@@ -380,33 +369,28 @@ private slots:
     {
         QTest::addColumn<int>("caso");
         QTest::addColumn<QString>("mensaje");
-        QTest::newRow("artículo") << 0
-                                  << QStringLiteral("No existe el artículo con clave 'NO-HAY'.");
-        QTest::newRow("cliente") << 1 << QStringLiteral("No existe el cliente con clave 'NADIE'.");
-        QTest::newRow("unidades") << 2 << QStringLiteral("deben ser mayores que cero");
-        QTest::newRow("precio") << 3 << QStringLiteral("no puede ser negativo");
+        QTest::newRow("artículo") << 0 << u"No existe el artículo con clave 'NO-HAY'."_s;
+        QTest::newRow("cliente") << 1 << u"No existe el cliente con clave 'NADIE'."_s;
+        QTest::newRow("unidades") << 2 << u"deben ser mayores que cero"_s;
+        QTest::newRow("precio") << 3 << u"no puede ser negativo"_s;
         QTest::newRow("ventas sin cliente")
-            << 4 << QStringLiteral("Indique el cliente del documento de ventas.");
-        QTest::newRow("aplicar dos veces") << 5 << QStringLiteral("ya está aplicado.");
-        QTest::newRow("cancelar dos veces") << 6 << QStringLiteral("ya está cancelado.");
-        QTest::newRow("no es devolución") << 7 << QStringLiteral("no es una devolución.");
-        QTest::newRow("devolver de más")
-            << 8 << QStringLiteral("Se devuelven más unidades de las vendidas");
-        QTest::newRow("devolver sin aplicar")
-            << 9 << QStringLiteral("Solo se devuelve una venta aplicada");
-        QTest::newRow("modificar aplicado")
-            << 10 << QStringLiteral("desaplíquelo antes de modificarlo");
-        QTest::newRow("sin existencia") << 11 << QStringLiteral("No hay existencia suficiente");
-        QTest::newRow("documento")
-            << 12 << QStringLiteral("No existe el documento 999999 de ventas.");
+            << 4 << u"Indique el cliente del documento de ventas."_s;
+        QTest::newRow("aplicar dos veces") << 5 << u"ya está aplicado."_s;
+        QTest::newRow("cancelar dos veces") << 6 << u"ya está cancelado."_s;
+        QTest::newRow("no es devolución") << 7 << u"no es una devolución."_s;
+        QTest::newRow("devolver de más") << 8 << u"Se devuelven más unidades de las vendidas"_s;
+        QTest::newRow("devolver sin aplicar") << 9 << u"Solo se devuelve una venta aplicada"_s;
+        QTest::newRow("modificar aplicado") << 10 << u"desaplíquelo antes de modificarlo"_s;
+        QTest::newRow("sin existencia") << 11 << u"No hay existencia suficiente"_s;
+        QTest::newRow("documento") << 12 << u"No existe el documento 999999 de ventas."_s;
         QTest::newRow("unidades sin cabida")
             << 13
-            << QStringLiteral("El número 184467440737096 es demasiado grande: no cabe con 5 "
-                              "decimales");
+            << u"El número 184467440737096 es demasiado grande: no cabe con 5 "
+               "decimales"_s;
         QTest::newRow("precio sin cabida")
             << 14
-            << QStringLiteral("El número 9999999999999999 es demasiado grande: no cabe con 6 "
-                              "decimales");
+            << u"El número 9999999999999999 es demasiado grande: no cabe con 6 "
+               "decimales"_s;
     }
 
     // Refused with a Spanish message, and nothing of the operation stays.
@@ -422,11 +406,11 @@ private slots:
         try {
             switch (caso) {
             case 0:
-                d.renglones << renglon(QStringLiteral("NO-HAY"), "1", dec("1"));
+                d.renglones << renglon(u"NO-HAY"_s, "1", dec("1"));
                 m_docs->vende(d);
                 break;
             case 1:
-                d.claveCliente = QStringLiteral("NADIE");
+                d.claveCliente = u"NADIE"_s;
                 m_docs->vende(d);
                 break;
             case 2:
@@ -520,45 +504,44 @@ private slots:
     // The document commands against the extension's points triggers.
     void acumulacion()
     {
-        microsip::aplicaEscenario(m_db, QStringLiteral("articulo"));
+        microsip::aplicaEscenario(m_db, u"articulo"_s);
         microsip::puntosArticulo(m_db, m_artId, 3, std::nullopt);
         auto firma = [&](int id) {
-            return valor(QStringLiteral("SELECT LIST(TIPO_DOCTO || NATURALEZA || VALOR_PUNTOS, ' ')"
-                                        " FROM (SELECT * FROM LAR_PUNTOS WHERE DOCTO_ID = ?"
-                                        " ORDER BY LAR_PUNTOS_ID)"),
+            return valor(u"SELECT LIST(TIPO_DOCTO || NATURALEZA || VALOR_PUNTOS, ' ')"
+                         " FROM (SELECT * FROM LAR_PUNTOS WHERE DOCTO_ID = ?"
+                         " ORDER BY LAR_PUNTOS_ID)"_s,
                          id)
                 .toString();
         };
         const int id = m_docs->vende(venta(Sistema::PV, 2));
-        QCOMPARE(firma(id), QStringLiteral("VE6"));
+        QCOMPARE(firma(id), u"VE6"_s);
         Documento aplicado = venta();
         aplicado.insertaAplicado = true;
         QCOMPARE(firma(m_docs->crea(aplicado)), QString());
         const int dev = m_docs->devuelve(Sistema::PV, id, {renglon(m_art, "1")});
-        QCOMPARE(firma(dev), QStringLiteral("DS3"));
+        QCOMPARE(firma(dev), u"DS3"_s);
         m_docs->cancelaDevolucion(Sistema::PV, dev);
         QCOMPARE(firma(dev), QString());
         m_docs->cancela(Sistema::PV, id);
-        QCOMPARE(firma(id), QStringLiteral("VE6 VS6"));
+        QCOMPARE(firma(id), u"VE6 VS6"_s);
         m_docs->elimina(Sistema::PV, id);
         QCOMPARE(firma(id), QString());
-        microsip::aplicaEscenario(m_db, QStringLiteral("apagado"));
+        microsip::aplicaEscenario(m_db, u"apagado"_s);
     }
 
     // Days of a shop through the same steps: every sale applied in its period and
     // earning, and the same seed plays the same sales.
     void simulacion()
     {
-        microsip::aplicaEscenario(m_db, QStringLiteral("importe"));
+        microsip::aplicaEscenario(m_db, u"importe"_s);
         const auto periodo = [&] {
-            return valor(QStringLiteral(
-                             "SELECT LIST(S || T || E || A || CLIENTE_ID || ':' || NETO, ' ')"
-                             " FROM (SELECT * FROM (SELECT 'PV' S, TIPO_DOCTO T, ESTATUS E,"
-                             " APLICADO A, CLIENTE_ID, IMPORTE_NETO NETO, FECHA, DOCTO_PV_ID"
-                             " ID FROM DOCTOS_PV UNION ALL SELECT 'VE', TIPO_DOCTO, ESTATUS,"
-                             " APLICADO, CLIENTE_ID, IMPORTE_NETO, FECHA, DOCTO_VE_ID FROM"
-                             " DOCTOS_VE) WHERE FECHA BETWEEN ? AND DATE '2027-01-31'"
-                             " ORDER BY ID)"),
+            return valor(u"SELECT LIST(S || T || E || A || CLIENTE_ID || ':' || NETO, ' ')"
+                         " FROM (SELECT * FROM (SELECT 'PV' S, TIPO_DOCTO T, ESTATUS E,"
+                         " APLICADO A, CLIENTE_ID, IMPORTE_NETO NETO, FECHA, DOCTO_PV_ID"
+                         " ID FROM DOCTOS_PV UNION ALL SELECT 'VE', TIPO_DOCTO, ESTATUS,"
+                         " APLICADO, CLIENTE_ID, IMPORTE_NETO, FECHA, DOCTO_VE_ID FROM"
+                         " DOCTOS_VE) WHERE FECHA BETWEEN ? AND DATE '2027-01-31'"
+                         " ORDER BY ID)"_s,
                          QDate(2027, 1, 29))
                 .toString();
         };
@@ -570,85 +553,73 @@ private slots:
         QCOMPARE(r.ventas, 12);
         QCOMPARE(r.rechazadas, 0);
         const QString primera = periodo();
-        QCOMPARE(primera.count(QStringLiteral("NS")) + primera.count(QStringLiteral("CS")),
-                 12 + r.devoluciones);
+        QCOMPARE(primera.count(u"NS"_s) + primera.count(u"CS"_s), 12 + r.devoluciones);
         // One row by amount for every sale and invoice that earned.
-        QCOMPARE(valor(QStringLiteral("SELECT COUNT(*) FROM LAR_PUNTOS P JOIN DOCTOS_PV D ON"
-                                      " D.DOCTO_PV_ID = P.DOCTO_ID WHERE D.FECHA >= ? AND"
-                                      " P.NATURALEZA = 'E'"),
+        QCOMPARE(valor(u"SELECT COUNT(*) FROM LAR_PUNTOS P JOIN DOCTOS_PV D ON"
+                       " D.DOCTO_PV_ID = P.DOCTO_ID WHERE D.FECHA >= ? AND"
+                       " P.NATURALEZA = 'E'"_s,
                        QDate(2027, 1, 29))
                      .toInt(),
-                 primera.count(QStringLiteral("PVV")));
-        ejecuta(QStringLiteral("DELETE FROM DOCTOS_PV WHERE FECHA >= '2027-01-29'"));
-        ejecuta(QStringLiteral("DELETE FROM DOCTOS_VE WHERE FECHA >= '2027-01-29'"));
+                 primera.count(u"PVV"_s));
+        ejecuta(u"DELETE FROM DOCTOS_PV WHERE FECHA >= '2027-01-29'"_s);
+        ejecuta(u"DELETE FROM DOCTOS_VE WHERE FECHA >= '2027-01-29'"_s);
         microsip::simula(m_db, op);
         QCOMPARE(periodo(), primera);
-        microsip::aplicaEscenario(m_db, QStringLiteral("apagado"));
+        microsip::aplicaEscenario(m_db, u"apagado"_s);
     }
 
     void ajustesDePuntos()
     {
-        microsip::aplicaEscenario(m_db,
-                                  QStringLiteral("importe"),
-                                  {{QStringLiteral("Factor Cantidad Pesos"), QStringLiteral("50")},
-                                   {QStringLiteral("Nueva clave"), QStringLiteral("x")}});
-        QCOMPARE(microsip::leePuntos(m_db, QStringLiteral("Puntos Importe Activo")),
-                 QStringLiteral("S"));
-        QCOMPARE(microsip::leePuntos(m_db, QStringLiteral("Factor Cantidad Pesos")),
-                 QStringLiteral("50"));
-        QCOMPARE(microsip::leePuntos(m_db, QStringLiteral("Nueva clave")), QStringLiteral("x"));
-        QCOMPARE(microsip::leePuntos(m_db, QStringLiteral("No existe")), std::nullopt);
+        microsip::aplicaEscenario(
+            m_db,
+            u"importe"_s,
+            {{u"Factor Cantidad Pesos"_s, u"50"_s}, {u"Nueva clave"_s, u"x"_s}});
+        QCOMPARE(microsip::leePuntos(m_db, u"Puntos Importe Activo"_s), u"S"_s);
+        QCOMPARE(microsip::leePuntos(m_db, u"Factor Cantidad Pesos"_s), u"50"_s);
+        QCOMPARE(microsip::leePuntos(m_db, u"Nueva clave"_s), u"x"_s);
+        QCOMPARE(microsip::leePuntos(m_db, u"No existe"_s), std::nullopt);
         // Written again, not doubled: one row per key under one folder.
-        microsip::aplicaEscenario(m_db, QStringLiteral("apagado"));
-        QCOMPARE(valor(QStringLiteral("SELECT COUNT(*) - COUNT(DISTINCT NOMBRE) FROM LAR_REGISTRO"))
-                     .toInt(),
-                 0);
-        QCOMPARE(microsip::leePuntos(m_db, QStringLiteral("Puntos Importe Activo")),
-                 QStringLiteral("N"));
+        microsip::aplicaEscenario(m_db, u"apagado"_s);
+        QCOMPARE(valor(u"SELECT COUNT(*) - COUNT(DISTINCT NOMBRE) FROM LAR_REGISTRO"_s).toInt(), 0);
+        QCOMPARE(microsip::leePuntos(m_db, u"Puntos Importe Activo"_s), u"N"_s);
 
-        microsip::aplicaEscenario(m_db, QStringLiteral("demo"));
-        const QString concepto
-            = *microsip::leePuntos(m_db, QStringLiteral("Concepto Salida Puntos"));
-        QCOMPARE(valor(QStringLiteral("SELECT C.NOMBRE || ':' || F.SERIE || F.CONSECUTIVO FROM"
-                                      " CONCEPTOS_IN C JOIN FOLIOS_CONCEPTOS F ON F.CONCEPTO_ID ="
-                                      " C.CONCEPTO_IN_ID WHERE C.CONCEPTO_IN_ID = ?"),
+        microsip::aplicaEscenario(m_db, u"demo"_s);
+        const QString concepto = *microsip::leePuntos(m_db, u"Concepto Salida Puntos"_s);
+        QCOMPARE(valor(u"SELECT C.NOMBRE || ':' || F.SERIE || F.CONSECUTIVO FROM"
+                       " CONCEPTOS_IN C JOIN FOLIOS_CONCEPTOS F ON F.CONCEPTO_ID ="
+                       " C.CONCEPTO_IN_ID WHERE C.CONCEPTO_IN_ID = ?"_s,
                        concepto.toInt())
                      .toString(),
-                 QStringLiteral("Salida por puntos:SP1"));
-        QVERIFY(
-            valor(QStringLiteral("SELECT COUNT(*) FROM LIBRES_ARTICULOS WHERE PUNTOS > 0")).toInt()
-            > 0);
-        QVERIFY(
-            valor(QStringLiteral("SELECT COUNT(*) FROM LIBRES_ARTICULOS WHERE VALOR_PUNTOS > 0"))
-                .toInt()
-            > 0);
+                 u"Salida por puntos:SP1"_s);
+        QVERIFY(valor(u"SELECT COUNT(*) FROM LIBRES_ARTICULOS WHERE PUNTOS > 0"_s).toInt() > 0);
+        QVERIFY(valor(u"SELECT COUNT(*) FROM LIBRES_ARTICULOS WHERE VALOR_PUNTOS > 0"_s).toInt()
+                > 0);
 
         // An article's points: a value left out keeps what the article had.
         microsip::puntosArticulo(m_db, m_artId, 7, 250);
         microsip::puntosArticulo(m_db, m_artId, std::nullopt, 300);
-        QCOMPARE(valor(QStringLiteral("SELECT PUNTOS || '/' || VALOR_PUNTOS FROM LIBRES_ARTICULOS"
-                                      " WHERE ARTICULO_ID = ?"),
+        QCOMPARE(valor(u"SELECT PUNTOS || '/' || VALOR_PUNTOS FROM LIBRES_ARTICULOS"
+                       " WHERE ARTICULO_ID = ?"_s,
                        m_artId)
                      .toString(),
-                 QStringLiteral("7/300"));
+                 u"7/300"_s);
 
         try {
-            microsip::aplicaEscenario(m_db, QStringLiteral("generoso"));
+            microsip::aplicaEscenario(m_db, u"generoso"_s);
             QFAIL("aceptó un escenario que no existe");
         } catch (const fb::Error &e) {
-            QVERIFY(e.message().startsWith(QStringLiteral("El escenario 'generoso' no existe")));
+            QVERIFY(e.message().startsWith(u"El escenario 'generoso' no existe"_s));
         }
         const lartest::EntornoPrueba sinExtension;
         fb::Database db;
         sinExtension.conectaEmpresa(db);
         try {
-            microsip::aplicaEscenario(db, QStringLiteral("articulo"));
+            microsip::aplicaEscenario(db, u"articulo"_s);
             QFAIL("escribió ajustes sin el esquema de la extensión");
         } catch (const fb::Error &e) {
             QCOMPARE(e.message(),
-                     QStringLiteral(
-                         "La empresa no tiene el esquema de Puntos Larvenos (falta LAR_REGISTRO): "
-                         "actualice la base de datos primero."));
+                     u"La empresa no tiene el esquema de Puntos Larvenos (falta LAR_REGISTRO): "
+                     "actualice la base de datos primero."_s);
         }
     }
 
@@ -658,51 +629,37 @@ private slots:
     {
         const qint64 antes = cuenta();
         m_db.disconnect();
-        const QString sim
-            = qEnvironmentVariable("LAR_BUILD_DIR") + QStringLiteral("/microsip/microsip-sim");
+        const QString sim = qEnvironmentVariable("LAR_BUILD_DIR") + u"/microsip/microsip-sim"_s;
         QProcess p;
         p.start(sim,
-                {QStringLiteral("sell"),
+                {u"sell"_s,
                  m_e->carpeta(),
-                 QStringLiteral("--sistema"),
-                 QStringLiteral("VE"),
-                 QStringLiteral("--cliente"),
+                 u"--sistema"_s,
+                 u"VE"_s,
+                 u"--cliente"_s,
                  m_cliente,
-                 QStringLiteral("--renglon"),
-                 m_art + QStringLiteral(":2:100")});
+                 u"--renglon"_s,
+                 m_art + u":2:100"_s});
         QVERIFY(p.waitForFinished(60000));
         QVERIFY2(p.exitCode() == 0, p.readAllStandardError().constData());
         const QStringList salida = QString::fromUtf8(p.readAllStandardOutput()).split(u' ');
         const int id = salida.value(0).toInt();
-        QCOMPARE(salida.value(1), QStringLiteral("VE"));
+        QCOMPARE(salida.value(1), u"VE"_s);
         p.start(sim,
-                {QStringLiteral("cancel"),
-                 m_e->carpeta(),
-                 QStringLiteral("--sistema=VE"),
-                 QStringLiteral("--docto"),
-                 salida.value(2)});
+                {u"cancel"_s, m_e->carpeta(), u"--sistema=VE"_s, u"--docto"_s, salida.value(2)});
         QVERIFY(p.waitForFinished(60000));
         QVERIFY2(p.exitCode() == 0, p.readAllStandardError().constData());
-        p.start(sim,
-                {QStringLiteral("sell"),
-                 m_e->carpeta(),
-                 QStringLiteral("--renglon"),
-                 m_art + QStringLiteral(":dos")});
+        p.start(sim, {u"sell"_s, m_e->carpeta(), u"--renglon"_s, m_art + u":dos"_s});
         QVERIFY(p.waitForFinished(60000));
         QCOMPARE(p.exitCode(), 2);
         QVERIFY(QString::fromUtf8(p.readAllStandardError())
-                    .contains(
-                        QStringLiteral("El número de unidades del renglón '%1:dos' no es un número")
-                            .arg(m_art)));
-        p.start(sim,
-                {QStringLiteral("sell"),
-                 m_e->carpeta(),
-                 QStringLiteral("--renglon"),
-                 m_art + QStringLiteral(":184467440737096")});
+                    .contains(u"El número de unidades del renglón '%1:dos' no es un número"_s.arg(
+                        m_art)));
+        p.start(sim, {u"sell"_s, m_e->carpeta(), u"--renglon"_s, m_art + u":184467440737096"_s});
         QVERIFY(p.waitForFinished(60000));
         QVERIFY(p.exitCode() != 0);
         QVERIFY(QString::fromUtf8(p.readAllStandardError())
-                    .contains(QStringLiteral("El número 184467440737096 es demasiado grande")));
+                    .contains(u"El número 184467440737096 es demasiado grande"_s));
 
         m_e->conectaEmpresa(m_db);
         const microsip::Cabecera c = m_docs->lee(Sistema::VE, id);
@@ -722,18 +679,17 @@ private slots:
         op.servidor = true;
         op.sembrado = true;
         const lartest::EntornoPrueba prueba(op);
-        const QString sim
-            = qEnvironmentVariable("LAR_BUILD_DIR") + QStringLiteral("/microsip/microsip-sim");
+        const QString sim = qEnvironmentVariable("LAR_BUILD_DIR") + u"/microsip/microsip-sim"_s;
         auto vende = [&](const QStringList &extra) {
             auto p = std::make_unique<QProcess>();
             p->start(sim,
-                     QStringList{QStringLiteral("sell"),
+                     QStringList{u"sell"_s,
                                  prueba.carpeta(),
-                                 QStringLiteral("--cliente"),
+                                 u"--cliente"_s,
                                  m_cliente,
-                                 QStringLiteral("--renglon"),
-                                 m_servicio + QStringLiteral(":1:10"),
-                                 QStringLiteral("--password"),
+                                 u"--renglon"_s,
+                                 m_servicio + u":1:10"_s,
+                                 u"--password"_s,
                                  lartest::serverPassword()}
                          + extra);
             return p;
@@ -755,21 +711,20 @@ private slots:
         folios.removeDuplicates();
         QVERIFY2(folios.size() == 8 && !folios.contains(QString()), qPrintable(todos.join(u' ')));
 
-        auto hecho = vende({QStringLiteral("--folio"), folios.first()});
+        auto hecho = vende({u"--folio"_s, folios.first()});
         QVERIFY(hecho->waitForFinished(120000));
         QCOMPARE(hecho->exitCode(), 1);
         QVERIFY2(QString::fromUtf8(hecho->readAllStandardError())
-                     .contains(QStringLiteral("El folio %1 ya lo tiene otro documento de punto de"
-                                              " venta.")
-                                   .arg(folios.first())),
+                     .contains(u"El folio %1 ya lo tiene otro documento de punto de"
+                               " venta."_s.arg(folios.first())),
                  qPrintable(folios.first()));
-        hecho = vende({QStringLiteral("--folio"), QStringLiteral("A00090000")});
+        hecho = vende({u"--folio"_s, u"A00090000"_s});
         QVERIFY(hecho->waitForFinished(120000));
         QCOMPARE(hecho->exitCode(), 0);
         hecho = vende({});
         QVERIFY(hecho->waitForFinished(120000));
         QCOMPARE(QString::fromUtf8(hecho->readAllStandardOutput()).section(u' ', 2, 2),
-                 QStringLiteral("A00090001"));
+                 u"A00090001"_s);
     }
 };
 

@@ -15,6 +15,8 @@
 #include <QProcess>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 const QDate kHasta(2026, 6, 30);
@@ -64,7 +66,7 @@ QByteArray huella(fb::Database &db)
 
 QString microsipSim()
 {
-    return qEnvironmentVariable("LAR_BUILD_DIR") + QStringLiteral("/microsip/microsip-sim");
+    return qEnvironmentVariable("LAR_BUILD_DIR") + u"/microsip/microsip-sim"_s;
 }
 
 } // namespace
@@ -164,21 +166,20 @@ private slots:
     {
         fb::Transaction tr(&m_db);
         fb::Query q(&m_db, &tr);
-        q.setSql(QStringLiteral("SELECT FIRST 1 NOMBRE_CONSIG FROM DIRS_CLIENTES"));
+        q.setSql(u"SELECT FIRST 1 NOMBRE_CONSIG FROM DIRS_CLIENTES"_s);
         q.open();
-        QCOMPARE(q.field(0).toString(), QStringLiteral("Dirección principal"));
+        QCOMPARE(q.field(0).toString(), u"Dirección principal"_s);
         QCOMPARE(q.field(0).toBytes(), QByteArray("Direcci\xF3n principal"));
         q.close();
-        q.setSql(QStringLiteral("SELECT COUNT(*) FROM ARTICULOS WHERE NOMBRE CONTAINING :n"));
-        q.bind(QStringLiteral("n"), QStringLiteral("Ñ"));
+        q.setSql(u"SELECT COUNT(*) FROM ARTICULOS WHERE NOMBRE CONTAINING :n"_s);
+        q.bind(u"n"_s, u"Ñ"_s);
         q.open();
         QVERIFY(q.field(0).toInt() > 0);
         q.close();
-        q.setSql(QStringLiteral("SELECT FIRST 1 NOMBRE FROM ARTICULOS WHERE NOMBRE CONTAINING :n"));
-        q.bind(QStringLiteral("n"), QStringLiteral("Ñandú"));
+        q.setSql(u"SELECT FIRST 1 NOMBRE FROM ARTICULOS WHERE NOMBRE CONTAINING :n"_s);
+        q.bind(u"n"_s, u"Ñandú"_s);
         q.open();
-        QVERIFY2(q.field(0).toString().contains(QStringLiteral("El Ñandú")),
-                 qPrintable(q.field(0).toString()));
+        QVERIFY2(q.field(0).toString().contains(u"El Ñandú"_s), qPrintable(q.field(0).toString()));
         q.close();
         tr.commit();
     }
@@ -187,66 +188,58 @@ private slots:
     // every line applied.
     void existencias()
     {
-        QCOMPARE(
-            valor(m_db, QStringLiteral("SELECT COUNT(*) FROM DOCTOS_IN_DET WHERE APLICADO <> 'S'"))
-                .toInt(),
-            0);
-        const QVariant sinExistencia = valor(
-            m_db,
-            QStringLiteral(
-                "EXECUTE BLOCK RETURNS (N INTEGER) AS"
-                " DECLARE A INTEGER; DECLARE W INTEGER; DECLARE E NUMERIC(18,5);"
-                " DECLARE V NUMERIC(15,2);"
-                " BEGIN N = 0;"
-                " SELECT ALMACEN_ID FROM ALMACENES WHERE ES_PREDET = 'S' INTO W;"
-                " FOR SELECT ARTICULO_ID FROM ARTICULOS WHERE ES_ALMACENABLE = 'S' INTO A DO"
-                " BEGIN EXECUTE PROCEDURE CALC_EXIS_ARTALM A, W, '12-31-9999'"
-                " RETURNING_VALUES E, V; IF (E <= 0 OR V <= 0) THEN N = N + 1; END"
-                " SUSPEND; END"));
+        QCOMPARE(valor(m_db, u"SELECT COUNT(*) FROM DOCTOS_IN_DET WHERE APLICADO <> 'S'"_s).toInt(),
+                 0);
+        const QVariant sinExistencia
+            = valor(m_db,
+                    u"EXECUTE BLOCK RETURNS (N INTEGER) AS"
+                    " DECLARE A INTEGER; DECLARE W INTEGER; DECLARE E NUMERIC(18,5);"
+                    " DECLARE V NUMERIC(15,2);"
+                    " BEGIN N = 0;"
+                    " SELECT ALMACEN_ID FROM ALMACENES WHERE ES_PREDET = 'S' INTO W;"
+                    " FOR SELECT ARTICULO_ID FROM ARTICULOS WHERE ES_ALMACENABLE = 'S' INTO A DO"
+                    " BEGIN EXECUTE PROCEDURE CALC_EXIS_ARTALM A, W, '12-31-9999'"
+                    " RETURNING_VALUES E, V; IF (E <= 0 OR V <= 0) THEN N = N + 1; END"
+                    " SUSPEND; END"_s);
         QCOMPARE(sinExistencia.toInt(), 0);
         QCOMPARE(valor(m_db,
-                       QStringLiteral(
-                           "SELECT COUNT(*) FROM ARTICULOS A WHERE A.ES_ALMACENABLE = 'S'"
-                           " AND (SELECT COSTO_ULTIMA_COMPRA FROM GET_ULTCOM_ART(A.ARTICULO_ID))"
-                           " <= 0"))
+                       u"SELECT COUNT(*) FROM ARTICULOS A WHERE A.ES_ALMACENABLE = 'S'"
+                       " AND (SELECT COSTO_ULTIMA_COMPRA FROM GET_ULTCOM_ART(A.ARTICULO_ID))"
+                       " <= 0"_s)
                      .toInt(),
                  0);
         // Services aren't stocked and have no balance.
-        QCOMPARE(
-            valor(m_db,
-                  QStringLiteral("SELECT COUNT(*) FROM SALDOS_IN S JOIN ARTICULOS A"
-                                 " ON A.ARTICULO_ID = S.ARTICULO_ID WHERE A.ES_ALMACENABLE = 'N'"))
-                .toInt(),
-            0);
+        QCOMPARE(valor(m_db,
+                       u"SELECT COUNT(*) FROM SALDOS_IN S JOIN ARTICULOS A"
+                       " ON A.ARTICULO_ID = S.ARTICULO_ID WHERE A.ES_ALMACENABLE = 'N'"_s)
+                     .toInt(),
+                 0);
     }
 
     // An exit concept with automatic folios, in both places a Microsip keeps series.
     void conceptoDeSalida()
     {
-        QCOMPARE(
-            valor(m_db,
-                  QStringLiteral("SELECT C.NATURALEZA || C.FOLIO_AUTOM || F.SERIE || F.CONSECUTIVO"
-                                 " FROM CONCEPTOS_IN C JOIN FOLIOS_CONCEPTOS F"
-                                 " ON F.CONCEPTO_ID = C.CONCEPTO_IN_ID"
-                                 " WHERE C.NOMBRE = 'Salida por consumo interno'"))
-                .toString(),
-            QStringLiteral("SSSCI1"));
+        QCOMPARE(valor(m_db,
+                       u"SELECT C.NATURALEZA || C.FOLIO_AUTOM || F.SERIE || F.CONSECUTIVO"
+                       " FROM CONCEPTOS_IN C JOIN FOLIOS_CONCEPTOS F"
+                       " ON F.CONCEPTO_ID = C.CONCEPTO_IN_ID"
+                       " WHERE C.NOMBRE = 'Salida por consumo interno'"_s)
+                     .toString(),
+                 u"SSSCI1"_s);
         fb::Database antiguo;
         m_antiguo->conectaEmpresa(antiguo);
-        QCOMPARE(
-            valor(antiguo,
-                  QStringLiteral("SELECT NATURALEZA || FOLIO_AUTOM || SIG_FOLIO FROM CONCEPTOS_IN"
-                                 " WHERE NOMBRE = 'Salida por consumo interno'"))
-                .toString(),
-            QStringLiteral("SSSCI000001"));
+        QCOMPARE(valor(antiguo,
+                       u"SELECT NATURALEZA || FOLIO_AUTOM || SIG_FOLIO FROM CONCEPTOS_IN"
+                       " WHERE NOMBRE = 'Salida por consumo interno'"_s)
+                     .toString(),
+                 u"SSSCI000001"_s);
         // The initial stock took the first folio of its own series.
-        QCOMPARE(
-            valor(antiguo,
-                  QStringLiteral("SELECT MIN(FOLIO) || '/' || MAX(SIG_FOLIO) FROM DOCTOS_IN D JOIN"
-                                 " CONCEPTOS_IN C ON C.CONCEPTO_IN_ID = D.CONCEPTO_IN_ID"
-                                 " WHERE C.NOMBRE = 'Inventario inicial'"))
-                .toString(),
-            QStringLiteral("II0000001/II0000003"));
+        QCOMPARE(valor(antiguo,
+                       u"SELECT MIN(FOLIO) || '/' || MAX(SIG_FOLIO) FROM DOCTOS_IN D JOIN"
+                       " CONCEPTOS_IN C ON C.CONCEPTO_IN_ID = D.CONCEPTO_IN_ID"
+                       " WHERE C.NOMBRE = 'Inventario inicial'"_s)
+                     .toString(),
+                 u"II0000001/II0000003"_s);
     }
 
     // Historical documents: applied, in the period, and their totals agree with
@@ -254,30 +247,30 @@ private slots:
     void documentos_data()
     {
         QTest::addColumn<QString>("sql");
-        QTest::newRow("fuera del periodo") << QStringLiteral(
-            "SELECT COUNT(*) FROM (SELECT FECHA, APLICADO FROM DOCTOS_PV UNION ALL"
-            " SELECT FECHA, APLICADO FROM DOCTOS_VE) WHERE APLICADO <> 'S'"
-            " OR FECHA NOT BETWEEN DATE '2026-04-02' AND DATE '2026-06-30'");
-        QTest::newRow("total PV") << QStringLiteral(
-            "SELECT COUNT(*) FROM DOCTOS_PV D WHERE D.IMPORTE_NETO + D.TOTAL_IMPUESTOS"
-            " <> (SELECT SUM(CAST(L.UNIDADES * L.PRECIO_UNITARIO_IMPTO AS NUMERIC(15,2)))"
-            " FROM DOCTOS_PV_DET L WHERE L.DOCTO_PV_ID = D.DOCTO_PV_ID)");
-        QTest::newRow("neto VE") << QStringLiteral(
-            "SELECT COUNT(*) FROM DOCTOS_VE D WHERE D.IMPORTE_NETO"
-            " <> (SELECT SUM(CAST(L.UNIDADES * L.PRECIO_UNITARIO AS NUMERIC(15,2)))"
-            " FROM DOCTOS_VE_DET L WHERE L.DOCTO_VE_ID = D.DOCTO_VE_ID)"
-            " OR D.TOTAL_IMPUESTOS <> CAST(D.IMPORTE_NETO * 0.16 AS NUMERIC(15,2))");
-        QTest::newRow("folios repetidos") << QStringLiteral(
-            "SELECT (SELECT COUNT(*) - COUNT(DISTINCT FOLIO) FROM DOCTOS_PV) +"
-            " (SELECT COUNT(*) - COUNT(DISTINCT FOLIO) FROM DOCTOS_VE) FROM RDB$DATABASE");
-        QTest::newRow("series por tipo") << QStringLiteral(
-            "SELECT COUNT(*) FROM DOCTOS_PV WHERE NOT ((TIPO_DOCTO = 'V' AND FOLIO"
-            " STARTING WITH 'A') OR (TIPO_DOCTO = 'D' AND FOLIO STARTING WITH 'DV'))");
-        QTest::newRow("posiciones desde 1") << QStringLiteral(
-            "SELECT COUNT(*) FROM DOCTOS_PV D WHERE (SELECT MIN(POSICION) ||"
-            " MAX(POSICION) FROM DOCTOS_PV_DET L WHERE L.DOCTO_PV_ID = D.DOCTO_PV_ID)"
-            " <> '1' || (SELECT COUNT(*) FROM DOCTOS_PV_DET L"
-            " WHERE L.DOCTO_PV_ID = D.DOCTO_PV_ID)");
+        QTest::newRow("fuera del periodo")
+            << u"SELECT COUNT(*) FROM (SELECT FECHA, APLICADO FROM DOCTOS_PV UNION ALL"
+               " SELECT FECHA, APLICADO FROM DOCTOS_VE) WHERE APLICADO <> 'S'"
+               " OR FECHA NOT BETWEEN DATE '2026-04-02' AND DATE '2026-06-30'"_s;
+        QTest::newRow("total PV")
+            << u"SELECT COUNT(*) FROM DOCTOS_PV D WHERE D.IMPORTE_NETO + D.TOTAL_IMPUESTOS"
+               " <> (SELECT SUM(CAST(L.UNIDADES * L.PRECIO_UNITARIO_IMPTO AS NUMERIC(15,2)))"
+               " FROM DOCTOS_PV_DET L WHERE L.DOCTO_PV_ID = D.DOCTO_PV_ID)"_s;
+        QTest::newRow("neto VE")
+            << u"SELECT COUNT(*) FROM DOCTOS_VE D WHERE D.IMPORTE_NETO"
+               " <> (SELECT SUM(CAST(L.UNIDADES * L.PRECIO_UNITARIO AS NUMERIC(15,2)))"
+               " FROM DOCTOS_VE_DET L WHERE L.DOCTO_VE_ID = D.DOCTO_VE_ID)"
+               " OR D.TOTAL_IMPUESTOS <> CAST(D.IMPORTE_NETO * 0.16 AS NUMERIC(15,2))"_s;
+        QTest::newRow("folios repetidos")
+            << u"SELECT (SELECT COUNT(*) - COUNT(DISTINCT FOLIO) FROM DOCTOS_PV) +"
+               " (SELECT COUNT(*) - COUNT(DISTINCT FOLIO) FROM DOCTOS_VE) FROM RDB$DATABASE"_s;
+        QTest::newRow("series por tipo")
+            << u"SELECT COUNT(*) FROM DOCTOS_PV WHERE NOT ((TIPO_DOCTO = 'V' AND FOLIO"
+               " STARTING WITH 'A') OR (TIPO_DOCTO = 'D' AND FOLIO STARTING WITH 'DV'))"_s;
+        QTest::newRow("posiciones desde 1")
+            << u"SELECT COUNT(*) FROM DOCTOS_PV D WHERE (SELECT MIN(POSICION) ||"
+               " MAX(POSICION) FROM DOCTOS_PV_DET L WHERE L.DOCTO_PV_ID = D.DOCTO_PV_ID)"
+               " <> '1' || (SELECT COUNT(*) FROM DOCTOS_PV_DET L"
+               " WHERE L.DOCTO_PV_ID = D.DOCTO_PV_ID)"_s;
     }
 
     void documentos()
@@ -300,17 +293,15 @@ private slots:
 
     void rechazos()
     {
-        const qint64 antes
-            = valor(m_db, QStringLiteral("SELECT COUNT(*) FROM DOCTOS_PV")).toLongLong();
+        const qint64 antes = valor(m_db, u"SELECT COUNT(*) FROM DOCTOS_PV"_s).toLongLong();
         try {
             microsip::siembra(m_db, lartest::OpcionesPrueba::siembraChica());
             QFAIL("sembró dos veces la misma empresa");
         } catch (const fb::Error &e) {
-            QVERIFY2(
-                e.message().startsWith(QStringLiteral("La empresa ya tiene clientes o artículos")),
-                qPrintable(e.message()));
+            QVERIFY2(e.message().startsWith(u"La empresa ya tiene clientes o artículos"_s),
+                     qPrintable(e.message()));
         }
-        QCOMPARE(valor(m_db, QStringLiteral("SELECT COUNT(*) FROM DOCTOS_PV")).toLongLong(), antes);
+        QCOMPARE(valor(m_db, u"SELECT COUNT(*) FROM DOCTOS_PV"_s).toLongLong(), antes);
 
         microsip::OpcionesSiembra op;
         op.articulos = 100001;
@@ -318,8 +309,7 @@ private slots:
             microsip::siembra(m_db, op);
             QFAIL("aceptó 100001 artículos");
         } catch (const fb::Error &e) {
-            QCOMPARE(e.message(),
-                     QStringLiteral("El número de artículos debe estar entre 1 y 100000: 100001."));
+            QCOMPARE(e.message(), u"El número de artículos debe estar entre 1 y 100000: 100001."_s);
         }
     }
 
@@ -329,21 +319,14 @@ private slots:
         QTest::addColumn<int>("codigo");
         QTest::addColumn<QString>("mensaje");
         QTest::newRow("carpeta inexistente")
-            << QStringList{QStringLiteral("seed"), lartest::tempPath(QStringLiteral("no-hay"))} << 1
-            << QStringLiteral("No existe la carpeta");
+            << QStringList{u"seed"_s, lartest::tempPath(u"no-hay"_s)} << 1
+            << u"No existe la carpeta"_s;
         QTest::newRow("número mal escrito")
-            << QStringList{QStringLiteral("seed"),
-                           QStringLiteral("X"),
-                           QStringLiteral("--clientes"),
-                           QStringLiteral("20x")}
-            << 2
-            << QStringLiteral("El valor de --clientes debe ser un número entero entre 1 y 200000");
+            << QStringList{u"seed"_s, u"X"_s, u"--clientes"_s, u"20x"_s} << 2
+            << u"El valor de --clientes debe ser un número entero entre 1 y 200000"_s;
         QTest::newRow("fecha mal escrita")
-            << QStringList{QStringLiteral("seed"),
-                           QStringLiteral("X"),
-                           QStringLiteral("--hasta"),
-                           QStringLiteral("30/06/2026")}
-            << 2 << QStringLiteral("La fecha de --hasta no es válida (AAAA-MM-DD)");
+            << QStringList{u"seed"_s, u"X"_s, u"--hasta"_s, u"30/06/2026"_s} << 2
+            << u"La fecha de --hasta no es válida (AAAA-MM-DD)"_s;
     }
 
     void lineaDeOrdenes()
@@ -364,56 +347,52 @@ private slots:
     {
         const lartest::EntornoPrueba vacio;
         QProcess p;
-        p.start(microsipSim(),
-                {QStringLiteral("seed"),
-                 vacio.carpeta(),
-                 QStringLiteral("--empresa"),
-                 QStringLiteral("NINGUNA")});
+        p.start(microsipSim(), {u"seed"_s, vacio.carpeta(), u"--empresa"_s, u"NINGUNA"_s});
         QVERIFY(p.waitForFinished(60000));
         QCOMPARE(p.exitCode(), 1);
         QVERIFY(QString::fromUtf8(p.readAllStandardError())
-                    .contains(QStringLiteral("La empresa 'NINGUNA' no existe")));
+                    .contains(u"La empresa 'NINGUNA' no existe"_s));
         p.start(microsipSim(),
-                {QStringLiteral("seed"),
+                {u"seed"_s,
                  vacio.carpeta(),
-                 QStringLiteral("--clientes"),
-                 QStringLiteral("12"),
-                 QStringLiteral("--articulos"),
-                 QStringLiteral("20"),
-                 QStringLiteral("--documentos"),
-                 QStringLiteral("7")});
+                 u"--clientes"_s,
+                 u"12"_s,
+                 u"--articulos"_s,
+                 u"20"_s,
+                 u"--documentos"_s,
+                 u"7"_s});
         QVERIFY(p.waitForFinished(60000));
         QCOMPARE(p.exitCode(), 0);
         fb::Database db;
         vacio.conectaEmpresa(db);
         QCOMPARE(valor(db,
-                       QStringLiteral("SELECT (SELECT COUNT(*) FROM CLIENTES) * 10000 + (SELECT"
-                                      " COUNT(*) FROM ARTICULOS) * 100 + (SELECT COUNT(*) FROM"
-                                      " DOCTOS_PV) + (SELECT COUNT(*) FROM DOCTOS_VE)"
-                                      " FROM RDB$DATABASE"))
+                       u"SELECT (SELECT COUNT(*) FROM CLIENTES) * 10000 + (SELECT"
+                       " COUNT(*) FROM ARTICULOS) * 100 + (SELECT COUNT(*) FROM"
+                       " DOCTOS_PV) + (SELECT COUNT(*) FROM DOCTOS_VE)"
+                       " FROM RDB$DATABASE"_s)
                      .toInt(),
                  122007);
         db.disconnect();
 
         // The rest of the demo: the extension's upgrade and the demo's points settings.
-        for (const QStringList &orden : {QStringList{QStringLiteral("upgrade"), vacio.carpeta()},
-                                         QStringList{QStringLiteral("points"),
+        for (const QStringList &orden : {QStringList{u"upgrade"_s, vacio.carpeta()},
+                                         QStringList{u"points"_s,
                                                      vacio.carpeta(),
-                                                     QStringLiteral("--escenario"),
-                                                     QStringLiteral("demo"),
-                                                     QStringLiteral("--valor"),
-                                                     QStringLiteral("No. de vtas=3")}}) {
+                                                     u"--escenario"_s,
+                                                     u"demo"_s,
+                                                     u"--valor"_s,
+                                                     u"No. de vtas=3"_s}}) {
             p.start(microsipSim(), orden);
             QVERIFY(p.waitForFinished(120000));
             QVERIFY2(p.exitCode() == 0, p.readAllStandardError().constData());
         }
         vacio.conectaEmpresa(db);
         QCOMPARE(valor(db,
-                       QStringLiteral("SELECT LIST(NOMBRE || '=' || VALOR, ';') FROM (SELECT * FROM"
-                                      " LAR_REGISTRO WHERE NOMBRE IN ('No. de vtas',"
-                                      " 'Puntos General Activo') ORDER BY NOMBRE)"))
+                       u"SELECT LIST(NOMBRE || '=' || VALOR, ';') FROM (SELECT * FROM"
+                       " LAR_REGISTRO WHERE NOMBRE IN ('No. de vtas',"
+                       " 'Puntos General Activo') ORDER BY NOMBRE)"_s)
                      .toString(),
-                 QStringLiteral("No. de vtas=3;Puntos General Activo=S"));
+                 u"No. de vtas=3;Puntos General Activo=S"_s);
     }
 };
 
