@@ -3,16 +3,17 @@
 
 #include "microsip/sim/siembra.h"
 
+#include "ayudasim.h"
 #include "fb/database.h"
 #include "fb/error.h"
 #include "fb/query.h"
 #include "fb/transaction.h"
+#include "support/consultas.h"
 #include "support/entornoprueba.h"
 #include "support/testenv.h"
 #include "support/testmain.h"
 
 #include <QCryptographicHash>
-#include <QProcess>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -21,20 +22,7 @@ namespace {
 
 const QDate kHasta(2026, 6, 30);
 
-QVariant valor(fb::Database &db, const QString &sql, const QVariant &p = {})
-{
-    fb::Transaction tr(&db);
-    fb::Query q(&db, &tr);
-    q.setTrimChars(true);
-    q.setSql(sql);
-    if (p.isValid())
-        q.bind(0, p);
-    q.open();
-    const QVariant v = q.eof() ? QVariant() : q.field(0).toVariant();
-    q.close();
-    tr.commit();
-    return v;
-}
+using lartest::valor;
 
 // A digest of the rows of some tables, in id order.
 QByteArray huella(fb::Database &db)
@@ -62,11 +50,6 @@ QByteArray huella(fb::Database &db)
     }
     tr.commit();
     return h.result();
-}
-
-QString microsipSim()
-{
-    return qEnvironmentVariable("LAR_BUILD_DIR") + u"/microsip/microsip-sim"_s;
 }
 
 } // namespace
@@ -98,7 +81,8 @@ private slots:
         m_nuevo->conectaEmpresa(m_db);
     }
 
-    void catalogos_data()
+    // What a seeded company holds, each as one number.
+    void contenido_data()
     {
         QTest::addColumn<QString>("sql");
         QTest::addColumn<int>("esperado");
@@ -152,9 +136,66 @@ private slots:
         caso("público en general",
              "SELECT COUNT(*) FROM CLIENTES WHERE NOMBRE = 'Público en general'",
              1);
+        // The initial stock went through Microsip's own trigger: every line applied,
+        // balances and costs; services aren't stocked and have no balance.
+        caso("existencia: renglones sin aplicar",
+             "SELECT COUNT(*) FROM DOCTOS_IN_DET WHERE APLICADO <> 'S'",
+             0);
+        caso("existencia: artículos sin existencia o valor",
+             "EXECUTE BLOCK RETURNS (N INTEGER) AS"
+             " DECLARE A INTEGER; DECLARE W INTEGER; DECLARE E NUMERIC(18,5);"
+             " DECLARE V NUMERIC(15,2);"
+             " BEGIN N = 0;"
+             " SELECT ALMACEN_ID FROM ALMACENES WHERE ES_PREDET = 'S' INTO W;"
+             " FOR SELECT ARTICULO_ID FROM ARTICULOS WHERE ES_ALMACENABLE = 'S' INTO A DO"
+             " BEGIN EXECUTE PROCEDURE CALC_EXIS_ARTALM A, W, '12-31-9999'"
+             " RETURNING_VALUES E, V; IF (E <= 0 OR V <= 0) THEN N = N + 1; END"
+             " SUSPEND; END",
+             0);
+        caso("existencia: artículos sin costo",
+             "SELECT COUNT(*) FROM ARTICULOS A WHERE A.ES_ALMACENABLE = 'S'"
+             " AND (SELECT COSTO_ULTIMA_COMPRA FROM GET_ULTCOM_ART(A.ARTICULO_ID))"
+             " <= 0",
+             0);
+        caso("existencia: servicios con saldo",
+             "SELECT COUNT(*) FROM SALDOS_IN S JOIN ARTICULOS A"
+             " ON A.ARTICULO_ID = S.ARTICULO_ID WHERE A.ES_ALMACENABLE = 'N'",
+             0);
+        // Historical documents: applied, in the period, and their totals agree with
+        // their lines (tax included at the point of sale, added on invoices).
+        caso("fuera del periodo",
+             "SELECT COUNT(*) FROM (SELECT FECHA, APLICADO FROM DOCTOS_PV UNION ALL"
+             " SELECT FECHA, APLICADO FROM DOCTOS_VE) WHERE APLICADO <> 'S'"
+             " OR FECHA NOT BETWEEN DATE '2026-04-02' AND DATE '2026-06-30'",
+             0);
+        caso("total PV",
+             "SELECT COUNT(*) FROM DOCTOS_PV D WHERE D.IMPORTE_NETO + D.TOTAL_IMPUESTOS"
+             " <> (SELECT SUM(CAST(L.UNIDADES * L.PRECIO_UNITARIO_IMPTO AS NUMERIC(15,2)))"
+             " FROM DOCTOS_PV_DET L WHERE L.DOCTO_PV_ID = D.DOCTO_PV_ID)",
+             0);
+        caso("neto VE",
+             "SELECT COUNT(*) FROM DOCTOS_VE D WHERE D.IMPORTE_NETO"
+             " <> (SELECT SUM(CAST(L.UNIDADES * L.PRECIO_UNITARIO AS NUMERIC(15,2)))"
+             " FROM DOCTOS_VE_DET L WHERE L.DOCTO_VE_ID = D.DOCTO_VE_ID)"
+             " OR D.TOTAL_IMPUESTOS <> CAST(D.IMPORTE_NETO * 0.16 AS NUMERIC(15,2))",
+             0);
+        caso("folios repetidos",
+             "SELECT (SELECT COUNT(*) - COUNT(DISTINCT FOLIO) FROM DOCTOS_PV) +"
+             " (SELECT COUNT(*) - COUNT(DISTINCT FOLIO) FROM DOCTOS_VE) FROM RDB$DATABASE",
+             0);
+        caso("series por tipo",
+             "SELECT COUNT(*) FROM DOCTOS_PV WHERE NOT ((TIPO_DOCTO = 'V' AND FOLIO"
+             " STARTING WITH 'A') OR (TIPO_DOCTO = 'D' AND FOLIO STARTING WITH 'DV'))",
+             0);
+        caso("posiciones desde 1",
+             "SELECT COUNT(*) FROM DOCTOS_PV D WHERE (SELECT MIN(POSICION) ||"
+             " MAX(POSICION) FROM DOCTOS_PV_DET L WHERE L.DOCTO_PV_ID = D.DOCTO_PV_ID)"
+             " <> '1' || (SELECT COUNT(*) FROM DOCTOS_PV_DET L"
+             " WHERE L.DOCTO_PV_ID = D.DOCTO_PV_ID)",
+             0);
     }
 
-    void catalogos()
+    void contenido()
     {
         QFETCH(QString, sql);
         QFETCH(int, esperado);
@@ -184,38 +225,6 @@ private slots:
         tr.commit();
     }
 
-    // The initial stock went through Microsip's own trigger: balances, costs, and
-    // every line applied.
-    void existencias()
-    {
-        QCOMPARE(valor(m_db, u"SELECT COUNT(*) FROM DOCTOS_IN_DET WHERE APLICADO <> 'S'"_s).toInt(),
-                 0);
-        const QVariant sinExistencia
-            = valor(m_db,
-                    u"EXECUTE BLOCK RETURNS (N INTEGER) AS"
-                    " DECLARE A INTEGER; DECLARE W INTEGER; DECLARE E NUMERIC(18,5);"
-                    " DECLARE V NUMERIC(15,2);"
-                    " BEGIN N = 0;"
-                    " SELECT ALMACEN_ID FROM ALMACENES WHERE ES_PREDET = 'S' INTO W;"
-                    " FOR SELECT ARTICULO_ID FROM ARTICULOS WHERE ES_ALMACENABLE = 'S' INTO A DO"
-                    " BEGIN EXECUTE PROCEDURE CALC_EXIS_ARTALM A, W, '12-31-9999'"
-                    " RETURNING_VALUES E, V; IF (E <= 0 OR V <= 0) THEN N = N + 1; END"
-                    " SUSPEND; END"_s);
-        QCOMPARE(sinExistencia.toInt(), 0);
-        QCOMPARE(valor(m_db,
-                       u"SELECT COUNT(*) FROM ARTICULOS A WHERE A.ES_ALMACENABLE = 'S'"
-                       " AND (SELECT COSTO_ULTIMA_COMPRA FROM GET_ULTCOM_ART(A.ARTICULO_ID))"
-                       " <= 0"_s)
-                     .toInt(),
-                 0);
-        // Services aren't stocked and have no balance.
-        QCOMPARE(valor(m_db,
-                       u"SELECT COUNT(*) FROM SALDOS_IN S JOIN ARTICULOS A"
-                       " ON A.ARTICULO_ID = S.ARTICULO_ID WHERE A.ES_ALMACENABLE = 'N'"_s)
-                     .toInt(),
-                 0);
-    }
-
     // An exit concept with automatic folios, in both places a Microsip keeps series.
     void conceptoDeSalida()
     {
@@ -242,43 +251,6 @@ private slots:
                  u"II0000001/II0000003"_s);
     }
 
-    // Historical documents: applied, in the period, and their totals agree with
-    // their lines (tax included at the point of sale, added on invoices).
-    void documentos_data()
-    {
-        QTest::addColumn<QString>("sql");
-        QTest::newRow("fuera del periodo")
-            << u"SELECT COUNT(*) FROM (SELECT FECHA, APLICADO FROM DOCTOS_PV UNION ALL"
-               " SELECT FECHA, APLICADO FROM DOCTOS_VE) WHERE APLICADO <> 'S'"
-               " OR FECHA NOT BETWEEN DATE '2026-04-02' AND DATE '2026-06-30'"_s;
-        QTest::newRow("total PV")
-            << u"SELECT COUNT(*) FROM DOCTOS_PV D WHERE D.IMPORTE_NETO + D.TOTAL_IMPUESTOS"
-               " <> (SELECT SUM(CAST(L.UNIDADES * L.PRECIO_UNITARIO_IMPTO AS NUMERIC(15,2)))"
-               " FROM DOCTOS_PV_DET L WHERE L.DOCTO_PV_ID = D.DOCTO_PV_ID)"_s;
-        QTest::newRow("neto VE")
-            << u"SELECT COUNT(*) FROM DOCTOS_VE D WHERE D.IMPORTE_NETO"
-               " <> (SELECT SUM(CAST(L.UNIDADES * L.PRECIO_UNITARIO AS NUMERIC(15,2)))"
-               " FROM DOCTOS_VE_DET L WHERE L.DOCTO_VE_ID = D.DOCTO_VE_ID)"
-               " OR D.TOTAL_IMPUESTOS <> CAST(D.IMPORTE_NETO * 0.16 AS NUMERIC(15,2))"_s;
-        QTest::newRow("folios repetidos")
-            << u"SELECT (SELECT COUNT(*) - COUNT(DISTINCT FOLIO) FROM DOCTOS_PV) +"
-               " (SELECT COUNT(*) - COUNT(DISTINCT FOLIO) FROM DOCTOS_VE) FROM RDB$DATABASE"_s;
-        QTest::newRow("series por tipo")
-            << u"SELECT COUNT(*) FROM DOCTOS_PV WHERE NOT ((TIPO_DOCTO = 'V' AND FOLIO"
-               " STARTING WITH 'A') OR (TIPO_DOCTO = 'D' AND FOLIO STARTING WITH 'DV'))"_s;
-        QTest::newRow("posiciones desde 1")
-            << u"SELECT COUNT(*) FROM DOCTOS_PV D WHERE (SELECT MIN(POSICION) ||"
-               " MAX(POSICION) FROM DOCTOS_PV_DET L WHERE L.DOCTO_PV_ID = D.DOCTO_PV_ID)"
-               " <> '1' || (SELECT COUNT(*) FROM DOCTOS_PV_DET L"
-               " WHERE L.DOCTO_PV_ID = D.DOCTO_PV_ID)"_s;
-    }
-
-    void documentos()
-    {
-        QFETCH(QString, sql);
-        QCOMPARE(valor(m_db, sql).toInt(), 0);
-    }
-
     void determinista()
     {
         const lartest::EntornoPrueba igual(opciones(true));
@@ -294,23 +266,16 @@ private slots:
     void rechazos()
     {
         const qint64 antes = valor(m_db, u"SELECT COUNT(*) FROM DOCTOS_PV"_s).toLongLong();
-        try {
-            microsip::siembra(m_db, lartest::OpcionesPrueba::siembraChica());
-            QFAIL("sembró dos veces la misma empresa");
-        } catch (const fb::Error &e) {
-            QVERIFY2(e.message().startsWith(u"La empresa ya tiene clientes o artículos"_s),
-                     qPrintable(e.message()));
-        }
+        const fb::Error e = lartest::fallo(
+            [&] { microsip::siembra(m_db, lartest::OpcionesPrueba::siembraChica()); });
+        QVERIFY2(e.message().startsWith(u"La empresa ya tiene clientes o artículos"_s),
+                 qPrintable(e.message()));
         QCOMPARE(valor(m_db, u"SELECT COUNT(*) FROM DOCTOS_PV"_s).toLongLong(), antes);
 
         microsip::OpcionesSiembra op;
         op.articulos = 100001;
-        try {
-            microsip::siembra(m_db, op);
-            QFAIL("aceptó 100001 artículos");
-        } catch (const fb::Error &e) {
-            QCOMPARE(e.message(), u"El número de artículos debe estar entre 1 y 100000: 100001."_s);
-        }
+        QCOMPARE(lartest::fallo([&] { microsip::siembra(m_db, op); }).message(),
+                 u"El número de artículos debe estar entre 1 y 100000: 100001."_s);
     }
 
     void lineaDeOrdenes_data()
@@ -334,35 +299,29 @@ private slots:
         QFETCH(QStringList, args);
         QFETCH(int, codigo);
         QFETCH(QString, mensaje);
-        QProcess p;
-        p.start(microsipSim(), args);
-        QVERIFY(p.waitForFinished(60000));
-        QCOMPARE(p.exitCode(), codigo);
-        const QString err = QString::fromUtf8(p.readAllStandardError());
-        QVERIFY2(err.contains(mensaje), qPrintable(err));
+        const lartest::Salida s = lartest::corre(args);
+        QCOMPARE(s.codigo, codigo);
+        QVERIFY2(s.error.contains(mensaje), qPrintable(s.error));
     }
 
     // Through the command line: an unknown company, then a seed that goes through.
     void lineaDeOrdenesSiembra()
     {
         const lartest::EntornoPrueba vacio;
-        QProcess p;
-        p.start(microsipSim(), {u"seed"_s, vacio.carpeta(), u"--empresa"_s, u"NINGUNA"_s});
-        QVERIFY(p.waitForFinished(60000));
-        QCOMPARE(p.exitCode(), 1);
-        QVERIFY(QString::fromUtf8(p.readAllStandardError())
-                    .contains(u"La empresa 'NINGUNA' no existe"_s));
-        p.start(microsipSim(),
-                {u"seed"_s,
-                 vacio.carpeta(),
-                 u"--clientes"_s,
-                 u"12"_s,
-                 u"--articulos"_s,
-                 u"20"_s,
-                 u"--documentos"_s,
-                 u"7"_s});
-        QVERIFY(p.waitForFinished(60000));
-        QCOMPARE(p.exitCode(), 0);
+        const lartest::Salida ninguna
+            = lartest::corre({u"seed"_s, vacio.carpeta(), u"--empresa"_s, u"NINGUNA"_s});
+        QCOMPARE(ninguna.codigo, 1);
+        QVERIFY(ninguna.error.contains(u"La empresa 'NINGUNA' no existe"_s));
+        QCOMPARE(lartest::corre({u"seed"_s,
+                                 vacio.carpeta(),
+                                 u"--clientes"_s,
+                                 u"12"_s,
+                                 u"--articulos"_s,
+                                 u"20"_s,
+                                 u"--documentos"_s,
+                                 u"7"_s})
+                     .codigo,
+                 0);
         fb::Database db;
         vacio.conectaEmpresa(db);
         QCOMPARE(valor(db,
@@ -382,9 +341,8 @@ private slots:
                                                      u"demo"_s,
                                                      u"--valor"_s,
                                                      u"No. de vtas=3"_s}}) {
-            p.start(microsipSim(), orden);
-            QVERIFY(p.waitForFinished(120000));
-            QVERIFY2(p.exitCode() == 0, p.readAllStandardError().constData());
+            const lartest::Salida hecho = lartest::corre(orden);
+            QVERIFY2(hecho.codigo == 0, qPrintable(hecho.error));
         }
         vacio.conectaEmpresa(db);
         QCOMPARE(valor(db,
