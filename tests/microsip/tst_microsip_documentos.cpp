@@ -6,10 +6,12 @@
 #include "microsip/sim/puntos.h"
 #include "microsip/sim/simulacion.h"
 
+#include "ayudasim.h"
 #include "fb/database.h"
 #include "fb/error.h"
 #include "fb/query.h"
 #include "fb/transaction.h"
+#include "support/consultas.h"
 #include "support/entornoprueba.h"
 #include "support/testenv.h"
 #include "support/testmain.h"
@@ -39,7 +41,12 @@ Renglon renglon(const QString &clave, const char *unidades, std::optional<fb::De
     return r;
 }
 
+// One refused operation on a fresh sale, an applied sale and a pending one.
+using Rechazo = std::function<void(Documento &, int aplicada, int pendiente)>;
+
 } // namespace
+
+Q_DECLARE_METATYPE(Rechazo)
 
 class TestMicrosipDocumentos : public QObject
 {
@@ -71,14 +78,7 @@ private:
         return v;
     }
 
-    void ejecuta(const QString &sql)
-    {
-        fb::Transaction tr(&m_db);
-        fb::Query q(&m_db, &tr);
-        q.setSql(sql);
-        q.execute();
-        tr.commit();
-    }
+    void ejecuta(const QString &sql) { lartest::ejecuta(m_db, sql); }
 
     double existencia(int articulo)
     {
@@ -365,107 +365,109 @@ private slots:
         QCOMPARE(df.totalImpuestos, fb::Decimal(800, 2));
     }
 
+    // Each refusal works on a fresh sale d, an applied sale and a pending one.
     void rechazos_data()
     {
-        QTest::addColumn<int>("caso");
+        QTest::addColumn<Rechazo>("haz");
         QTest::addColumn<QString>("mensaje");
-        QTest::newRow("artículo") << 0 << u"No existe el artículo con clave 'NO-HAY'."_s;
-        QTest::newRow("cliente") << 1 << u"No existe el cliente con clave 'NADIE'."_s;
-        QTest::newRow("unidades") << 2 << u"deben ser mayores que cero"_s;
-        QTest::newRow("precio") << 3 << u"no puede ser negativo"_s;
-        QTest::newRow("ventas sin cliente")
-            << 4 << u"Indique el cliente del documento de ventas."_s;
-        QTest::newRow("aplicar dos veces") << 5 << u"ya está aplicado."_s;
-        QTest::newRow("cancelar dos veces") << 6 << u"ya está cancelado."_s;
-        QTest::newRow("no es devolución") << 7 << u"no es una devolución."_s;
-        QTest::newRow("devolver de más") << 8 << u"Se devuelven más unidades de las vendidas"_s;
-        QTest::newRow("devolver sin aplicar") << 9 << u"Solo se devuelve una venta aplicada"_s;
-        QTest::newRow("modificar aplicado") << 10 << u"desaplíquelo antes de modificarlo"_s;
-        QTest::newRow("sin existencia") << 11 << u"No hay existencia suficiente"_s;
-        QTest::newRow("documento") << 12 << u"No existe el documento 999999 de ventas."_s;
-        QTest::newRow("unidades sin cabida")
-            << 13
-            << u"El número 184467440737096 es demasiado grande: no cabe con 5 "
-               "decimales"_s;
-        QTest::newRow("precio sin cabida")
-            << 14
-            << u"El número 9999999999999999 es demasiado grande: no cabe con 6 "
-               "decimales"_s;
+        const auto vende = [this](const char *nombre, auto cambia, const QString &mensaje) {
+            QTest::newRow(nombre) << Rechazo([this, cambia](Documento &d, int, int) {
+                cambia(d);
+                m_docs->vende(d);
+            }) << mensaje;
+        };
+        const auto caso = [](const char *nombre, Rechazo haz, const QString &mensaje) {
+            QTest::newRow(nombre) << haz << mensaje;
+        };
+        vende(
+            "artículo",
+            [](Documento &d) { d.renglones << renglon(u"NO-HAY"_s, "1", dec("1")); },
+            u"No existe el artículo con clave 'NO-HAY'."_s);
+        vende(
+            "cliente",
+            [](Documento &d) { d.claveCliente = u"NADIE"_s; },
+            u"No existe el cliente con clave 'NADIE'."_s);
+        vende(
+            "unidades",
+            [](Documento &d) { d.renglones.first().unidades = dec("0"); },
+            u"deben ser mayores que cero"_s);
+        vende(
+            "precio",
+            [](Documento &d) { d.renglones.first().precio = dec("-1"); },
+            u"no puede ser negativo"_s);
+        vende(
+            "ventas sin cliente",
+            [](Documento &d) {
+                d.sistema = Sistema::VE;
+                d.claveCliente.clear();
+            },
+            u"Indique el cliente del documento de ventas."_s);
+        vende(
+            "sin existencia",
+            [this](Documento &d) {
+                d.renglones.first().unidades
+                    = fb::Decimal::fromInt(qint64(existencia(m_artId)) + 1);
+            },
+            u"No hay existencia suficiente"_s);
+        vende(
+            "unidades sin cabida",
+            [](Documento &d) { d.renglones.first().unidades = dec("184467440737096"); },
+            u"El número 184467440737096 es demasiado grande: no cabe con 5 decimales"_s);
+        vende(
+            "precio sin cabida",
+            [](Documento &d) { d.renglones.first().precio = dec("9999999999999999"); },
+            u"El número 9999999999999999 es demasiado grande: no cabe con 6 decimales"_s);
+        caso(
+            "aplicar dos veces",
+            [this](Documento &, int aplicada, int) { m_docs->aplica(Sistema::PV, aplicada); },
+            u"ya está aplicado."_s);
+        caso(
+            "cancelar dos veces",
+            [this](Documento &, int, int pendiente) {
+                m_docs->cancela(Sistema::PV, pendiente);
+                m_docs->cancela(Sistema::PV, pendiente);
+            },
+            u"ya está cancelado."_s);
+        caso(
+            "no es devolución",
+            [this](Documento &, int aplicada, int) {
+                m_docs->cancelaDevolucion(Sistema::PV, aplicada);
+            },
+            u"no es una devolución."_s);
+        caso(
+            "devolver de más",
+            [this](Documento &, int aplicada, int) {
+                m_docs->devuelve(Sistema::PV, aplicada, {renglon(m_art, "3")});
+            },
+            u"Se devuelven más unidades de las vendidas"_s);
+        caso(
+            "devolver sin aplicar",
+            [this](Documento &, int, int pendiente) { m_docs->devuelve(Sistema::PV, pendiente); },
+            u"Solo se devuelve una venta aplicada"_s);
+        caso(
+            "modificar aplicado",
+            [this](Documento &, int aplicada, int) {
+                m_docs->modifica(Sistema::PV, aplicada, {renglon(m_art, "1", dec("1"))});
+            },
+            u"desaplíquelo antes de modificarlo"_s);
+        caso(
+            "documento",
+            [this](Documento &, int, int) { m_docs->cancela(Sistema::VE, 999999); },
+            u"No existe el documento 999999 de ventas."_s);
     }
 
     // Refused with a Spanish message, and nothing of the operation stays.
     void rechazos()
     {
-        QFETCH(int, caso);
+        QFETCH(Rechazo, haz);
         QFETCH(QString, mensaje);
         const int aplicada = m_docs->vende(venta());
         const int pendiente = m_docs->crea(venta());
         const qint64 antes = cuenta();
         const QString trazaAntes = traza(Sistema::PV, aplicada);
         Documento d = venta();
-        try {
-            switch (caso) {
-            case 0:
-                d.renglones << renglon(u"NO-HAY"_s, "1", dec("1"));
-                m_docs->vende(d);
-                break;
-            case 1:
-                d.claveCliente = u"NADIE"_s;
-                m_docs->vende(d);
-                break;
-            case 2:
-                d.renglones.first().unidades = dec("0");
-                m_docs->vende(d);
-                break;
-            case 3:
-                d.renglones.first().precio = dec("-1");
-                m_docs->vende(d);
-                break;
-            case 4:
-                d.sistema = Sistema::VE;
-                d.claveCliente.clear();
-                m_docs->vende(d);
-                break;
-            case 5:
-                m_docs->aplica(Sistema::PV, aplicada);
-                break;
-            case 6:
-                m_docs->cancela(Sistema::PV, pendiente);
-                m_docs->cancela(Sistema::PV, pendiente);
-                break;
-            case 7:
-                m_docs->cancelaDevolucion(Sistema::PV, aplicada);
-                break;
-            case 8:
-                m_docs->devuelve(Sistema::PV, aplicada, {renglon(m_art, "3")});
-                break;
-            case 9:
-                m_docs->devuelve(Sistema::PV, pendiente);
-                break;
-            case 10:
-                m_docs->modifica(Sistema::PV, aplicada, {renglon(m_art, "1", dec("1"))});
-                break;
-            case 11:
-                d.renglones.first().unidades
-                    = fb::Decimal::fromInt(qint64(existencia(m_artId)) + 1);
-                m_docs->vende(d);
-                break;
-            case 12:
-                m_docs->cancela(Sistema::VE, 999999);
-                break;
-            case 13:
-                d.renglones.first().unidades = dec("184467440737096");
-                m_docs->vende(d);
-                break;
-            case 14:
-                d.renglones.first().precio = dec("9999999999999999");
-                m_docs->vende(d);
-                break;
-            }
-            QFAIL("no hubo error");
-        } catch (const fb::Error &e) {
-            QVERIFY2(e.message().contains(mensaje), qPrintable(e.message()));
-        }
+        const fb::Error e = lartest::fallo([&] { haz(d, aplicada, pendiente); });
+        QVERIFY2(e.message().contains(mensaje), qPrintable(e.message()));
         QCOMPARE(cuenta(), antes);
         QCOMPARE(traza(Sistema::PV, aplicada), trazaAntes);
         QCOMPARE(m_docs->transaccion().isActive(), false);
@@ -604,23 +606,15 @@ private slots:
                      .toString(),
                  u"7/300"_s);
 
-        try {
-            microsip::aplicaEscenario(m_db, u"generoso"_s);
-            QFAIL("aceptó un escenario que no existe");
-        } catch (const fb::Error &e) {
-            QVERIFY(e.message().startsWith(u"El escenario 'generoso' no existe"_s));
-        }
+        QVERIFY(lartest::fallo([&] { microsip::aplicaEscenario(m_db, u"generoso"_s); })
+                    .message()
+                    .startsWith(u"El escenario 'generoso' no existe"_s));
         const lartest::EntornoPrueba sinExtension;
         fb::Database db;
         sinExtension.conectaEmpresa(db);
-        try {
-            microsip::aplicaEscenario(db, u"articulo"_s);
-            QFAIL("escribió ajustes sin el esquema de la extensión");
-        } catch (const fb::Error &e) {
-            QCOMPARE(e.message(),
-                     u"La empresa no tiene el esquema de Puntos Larvenos (falta LAR_REGISTRO): "
-                     "actualice la base de datos primero."_s);
-        }
+        QCOMPARE(lartest::fallo([&] { microsip::aplicaEscenario(db, u"articulo"_s); }).message(),
+                 u"La empresa no tiene el esquema de Puntos Larvenos (falta LAR_REGISTRO): "
+                 "actualice la base de datos primero."_s);
     }
 
     // The command line: a sale and its cancellation by folio; bad numbers refused.
@@ -629,37 +623,29 @@ private slots:
     {
         const qint64 antes = cuenta();
         m_db.disconnect();
-        const QString sim = qEnvironmentVariable("LAR_BUILD_DIR") + u"/microsip/microsip-sim"_s;
-        QProcess p;
-        p.start(sim,
-                {u"sell"_s,
-                 m_e->carpeta(),
-                 u"--sistema"_s,
-                 u"VE"_s,
-                 u"--cliente"_s,
-                 m_cliente,
-                 u"--renglon"_s,
-                 m_art + u":2:100"_s});
-        QVERIFY(p.waitForFinished(60000));
-        QVERIFY2(p.exitCode() == 0, p.readAllStandardError().constData());
-        const QStringList salida = QString::fromUtf8(p.readAllStandardOutput()).split(u' ');
+        lartest::Salida r = lartest::corre({u"sell"_s,
+                                            m_e->carpeta(),
+                                            u"--sistema"_s,
+                                            u"VE"_s,
+                                            u"--cliente"_s,
+                                            m_cliente,
+                                            u"--renglon"_s,
+                                            m_art + u":2:100"_s});
+        QVERIFY2(r.codigo == 0, qPrintable(r.error));
+        const QStringList salida = r.salida.split(u' ');
         const int id = salida.value(0).toInt();
         QCOMPARE(salida.value(1), u"VE"_s);
-        p.start(sim,
-                {u"cancel"_s, m_e->carpeta(), u"--sistema=VE"_s, u"--docto"_s, salida.value(2)});
-        QVERIFY(p.waitForFinished(60000));
-        QVERIFY2(p.exitCode() == 0, p.readAllStandardError().constData());
-        p.start(sim, {u"sell"_s, m_e->carpeta(), u"--renglon"_s, m_art + u":dos"_s});
-        QVERIFY(p.waitForFinished(60000));
-        QCOMPARE(p.exitCode(), 2);
-        QVERIFY(QString::fromUtf8(p.readAllStandardError())
-                    .contains(u"El número de unidades del renglón '%1:dos' no es un número"_s.arg(
-                        m_art)));
-        p.start(sim, {u"sell"_s, m_e->carpeta(), u"--renglon"_s, m_art + u":184467440737096"_s});
-        QVERIFY(p.waitForFinished(60000));
-        QVERIFY(p.exitCode() != 0);
-        QVERIFY(QString::fromUtf8(p.readAllStandardError())
-                    .contains(u"El número 184467440737096 es demasiado grande"_s));
+        r = lartest::corre(
+            {u"cancel"_s, m_e->carpeta(), u"--sistema=VE"_s, u"--docto"_s, salida.value(2)});
+        QVERIFY2(r.codigo == 0, qPrintable(r.error));
+        r = lartest::corre({u"sell"_s, m_e->carpeta(), u"--renglon"_s, m_art + u":dos"_s});
+        QCOMPARE(r.codigo, 2);
+        QVERIFY(r.error.contains(
+            u"El número de unidades del renglón '%1:dos' no es un número"_s.arg(m_art)));
+        r = lartest::corre(
+            {u"sell"_s, m_e->carpeta(), u"--renglon"_s, m_art + u":184467440737096"_s});
+        QVERIFY(r.codigo > 0);
+        QVERIFY(r.error.contains(u"El número 184467440737096 es demasiado grande"_s));
 
         m_e->conectaEmpresa(m_db);
         const microsip::Cabecera c = m_docs->lee(Sistema::VE, id);
@@ -679,10 +665,9 @@ private slots:
         op.servidor = true;
         op.sembrado = true;
         const lartest::EntornoPrueba prueba(op);
-        const QString sim = qEnvironmentVariable("LAR_BUILD_DIR") + u"/microsip/microsip-sim"_s;
         auto vende = [&](const QStringList &extra) {
             auto p = std::make_unique<QProcess>();
-            p->start(sim,
+            p->start(lartest::microsipSim(),
                      QStringList{u"sell"_s,
                                  prueba.carpeta(),
                                  u"--cliente"_s,
