@@ -31,9 +31,12 @@ QString valor(fb::Database &db, const QString &sql)
     return lartest::filas(db, sql).value(0);
 }
 
-QDomElement hijo(const QDomElement &padre, const QString &nombre)
+// The element at the end of a path of child names.
+QDomElement ruta(QDomElement e, const QStringList &nombres)
 {
-    return padre.firstChildElement(nombre);
+    for (const QString &n : nombres)
+        e = e.firstChildElement(n);
+    return e;
 }
 
 // Nothing named after the folder, hidden or not, is left in its parent.
@@ -73,8 +76,6 @@ private slots:
                                  u"DEMO.fdb"_s,
                                  u"SUCURSAL_2.fdb"_s})
             QVERIFY2(QFileInfo::exists(e.carpeta() + u'/' + f), qPrintable(f));
-        QCOMPARE(e.path(), e.carpeta() + u'/');
-        QCOMPARE(e.rutaEmpresa(u"DEMO"_s), e.carpeta() + u"/DEMO.fdb"_s);
         QCOMPARE(e.empresas(), (QStringList{u"DEMO"_s, u"SUCURSAL_2"_s}));
 
         fb::Database config;
@@ -135,28 +136,27 @@ private slots:
         QVERIFY(texto.contains("\n  <LocalMachine>\n    <Software>"));
         QDomDocument doc;
         QVERIFY(doc.setContent(texto));
-        QDomElement conexiones
-            = hijo(hijo(hijo(hijo(doc.documentElement(), u"LocalMachine"_s), u"Software"_s),
-                        u"Microsip"_s),
-                   u"Conexiones"_s);
         QCOMPARE(doc.documentElement().tagName(), u"ProgramData"_s);
-        const QDomElement demo = hijo(conexiones, u"Demo"_s);
+        const QDomElement demo
+            = ruta(doc.documentElement(),
+                   {u"LocalMachine"_s, u"Software"_s, u"Microsip"_s, u"Conexiones"_s, u"Demo"_s});
         QVERIFY(!demo.isNull());
-        QCOMPARE(hijo(demo, u"Nombre_del_servidor"_s).text(), QString());
-        QCOMPARE(hijo(demo, u"Directorio_de_datos"_s).text(), e.carpeta() + u'/');
-        QCOMPARE(hijo(demo, u"Protocolo"_s).text(), u"0"_s);
+        QCOMPARE(ruta(demo, {u"Nombre_del_servidor"_s}).text(), QString());
+        QCOMPARE(ruta(demo, {u"Directorio_de_datos"_s}).text(), e.carpeta() + u'/');
+        QCOMPARE(ruta(demo, {u"Protocolo"_s}).text(), u"0"_s);
 
         QFile fu(e.carpetaLocal() + u"/Microsip/ProgramData.xml"_s);
         QVERIFY(fu.open(QIODevice::ReadOnly));
         QDomDocument du;
         QVERIFY(du.setContent(&fu));
-        QDomElement barra = hijo(
-            hijo(hijo(hijo(hijo(du.documentElement(), u"CurrentUser"_s), Entorno::usuarioSistema()),
-                      u"Software"_s),
-                 u"Microsip"_s),
-            u"Barra_Microsip"_s);
-        QCOMPARE(hijo(barra, u"Usuario"_s).text(), u"SYSDBA"_s);
-        QCOMPARE(hijo(barra, u"Conexi_n"_s).text(), u"Demo"_s);
+        const QDomElement barra = ruta(du.documentElement(),
+                                       {u"CurrentUser"_s,
+                                        Entorno::usuarioSistema(),
+                                        u"Software"_s,
+                                        u"Microsip"_s,
+                                        u"Barra_Microsip"_s});
+        QCOMPARE(ruta(barra, {u"Usuario"_s}).text(), u"SYSDBA"_s);
+        QCOMPARE(ruta(barra, {u"Conexi_n"_s}).text(), u"Demo"_s);
 
         const Entorno abierto = Entorno::abre(e.carpeta() + u'/');
         QCOMPARE(abierto.carpeta(), e.carpeta());
