@@ -283,9 +283,6 @@ private slots:
         QTest::addColumn<QStringList>("args");
         QTest::addColumn<int>("codigo");
         QTest::addColumn<QString>("mensaje");
-        QTest::newRow("carpeta inexistente")
-            << QStringList{u"seed"_s, lartest::tempPath(u"no-hay"_s)} << 1
-            << u"No existe la carpeta"_s;
         QTest::newRow("número mal escrito")
             << QStringList{u"seed"_s, u"X"_s, u"--clientes"_s, u"20x"_s} << 2
             << u"El valor de --clientes debe ser un número entero entre 1 y 200000"_s;
