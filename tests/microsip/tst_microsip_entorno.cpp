@@ -207,48 +207,25 @@ private slots:
     {
         QTest::addColumn<microsip::OpcionesEntorno>("opciones");
         QTest::addColumn<QString>("mensaje");
-        microsip::OpcionesEntorno base;
-        auto caso = [&](const char *nombre, auto cambia, const QString &mensaje) {
-            microsip::OpcionesEntorno op = base;
-            cambia(op);
-            QTest::newRow(nombre) << op << mensaje;
-        };
-        caso(
-            "sin empresas",
-            [](auto &op) { op.empresas.clear(); },
-            u"Indique al menos una empresa."_s);
-        caso(
-            "nombre con espacio",
-            [](auto &op) { op.empresas = {u"MI EMPRESA"_s}; },
-            u"El nombre corto de empresa 'MI EMPRESA' no es válido"_s);
-        caso(
-            "empresa repetida",
-            [](auto &op) {
-                op.empresas = {u"DEMO"_s, u"demo"_s};
-            },
-            u"La empresa 'demo' está repetida."_s);
-        caso(
-            "versión",
-            [](auto &op) { op.versionSis = u"7.22"_s; },
-            u"La versión de Microsip '7.22' no es válida"_s);
-        caso(
-            "acceso a empresa ajena",
-            [](auto &op) {
-                op.usuarios = {{u"ANA"_s, {}, u'L', {u"OTRA"_s}}};
-            },
-            u"El usuario 'ANA' tiene acceso a la empresa 'OTRA'"_s);
-        caso(
-            "servidor sin contraseña de usuario",
-            [](auto &op) {
-                op.servidor = u"127.0.0.1/3050"_s;
-                op.usuarios = {{u"ANA"_s, {}, u'T', {}}};
-            },
-            u"El usuario 'ANA' necesita una contraseña en un servidor."_s);
+        using O = microsip::OpcionesEntorno;
+        QTest::newRow("sin empresas") << O{.empresas = {}} << u"Indique al menos una empresa."_s;
+        QTest::newRow("nombre con espacio")
+            << O{.empresas = {u"MI EMPRESA"_s}}
+            << u"El nombre corto de empresa 'MI EMPRESA' no es válido"_s;
+        QTest::newRow("empresa repetida")
+            << O{.empresas = {u"DEMO"_s, u"demo"_s}} << u"La empresa 'demo' está repetida."_s;
+        QTest::newRow("versión") << O{.versionSis = u"7.22"_s}
+                                 << u"La versión de Microsip '7.22' no es válida"_s;
+        QTest::newRow("acceso a empresa ajena")
+            << O{.usuarios = {{u"ANA"_s, {}, u'L', {u"OTRA"_s}}}}
+            << u"El usuario 'ANA' tiene acceso a la empresa 'OTRA'"_s;
+        QTest::newRow("servidor sin contraseña de usuario")
+            << O{.servidor = u"127.0.0.1/3050"_s, .usuarios = {{u"ANA"_s, {}, u'T', {}}}}
+            << u"El usuario 'ANA' necesita una contraseña en un servidor."_s;
         // Valid options, but nothing listens there: fails after the folder was started.
-        caso(
-            "servidor inalcanzable",
-            [](auto &op) { op.servidor = u"127.0.0.1/1"_s; },
-            u"No fue posible crear la base de datos 127.0.0.1/1:"_s);
+        QTest::newRow("servidor inalcanzable")
+            << O{.servidor = u"127.0.0.1/1"_s}
+            << u"No fue posible crear la base de datos 127.0.0.1/1:"_s;
     }
 
     // A refused or failed creation leaves neither the folder nor its temporary twin.
