@@ -665,26 +665,22 @@ private slots:
         op.servidor = true;
         op.sembrado = true;
         const lartest::EntornoPrueba prueba(op);
-        auto vende = [&](const QStringList &extra) {
-            auto p = std::make_unique<QProcess>();
-            p->start(lartest::microsipSim(),
-                     QStringList{u"sell"_s,
-                                 prueba.carpeta(),
-                                 u"--cliente"_s,
-                                 m_cliente,
-                                 u"--renglon"_s,
-                                 m_servicio + u":1:10"_s,
-                                 u"--password"_s,
-                                 lartest::serverPassword()}
-                         + extra);
-            return p;
-        };
+        const QStringList vende{u"sell"_s,
+                                prueba.carpeta(),
+                                u"--cliente"_s,
+                                m_cliente,
+                                u"--renglon"_s,
+                                m_servicio + u":1:10"_s,
+                                u"--password"_s,
+                                lartest::serverPassword()};
         // "ID PV FOLIO ..." of each sale.
         QStringList folios;
         for (int ronda = 0; ronda < 2; ++ronda) {
             std::vector<std::unique_ptr<QProcess>> procesos;
-            for (int i = 0; i < 4; ++i)
-                procesos.push_back(vende({}));
+            for (int i = 0; i < 4; ++i) {
+                procesos.push_back(std::make_unique<QProcess>());
+                procesos.back()->start(lartest::microsipSim(), vende);
+            }
             for (auto &p : procesos) {
                 QVERIFY(p->waitForFinished(120000));
                 QVERIFY2(p->exitCode() == 0, p->readAllStandardError().constData());
@@ -696,20 +692,15 @@ private slots:
         folios.removeDuplicates();
         QVERIFY2(folios.size() == 8 && !folios.contains(QString()), qPrintable(todos.join(u' ')));
 
-        auto hecho = vende({u"--folio"_s, folios.first()});
-        QVERIFY(hecho->waitForFinished(120000));
-        QCOMPARE(hecho->exitCode(), 1);
-        QVERIFY2(QString::fromUtf8(hecho->readAllStandardError())
-                     .contains(u"El folio %1 ya lo tiene otro documento de punto de"
-                               " venta."_s.arg(folios.first())),
-                 qPrintable(folios.first()));
-        hecho = vende({u"--folio"_s, u"A00090000"_s});
-        QVERIFY(hecho->waitForFinished(120000));
-        QCOMPARE(hecho->exitCode(), 0);
-        hecho = vende({});
-        QVERIFY(hecho->waitForFinished(120000));
-        QCOMPARE(QString::fromUtf8(hecho->readAllStandardOutput()).section(u' ', 2, 2),
-                 u"A00090001"_s);
+        const lartest::Salida tomado
+            = lartest::corre(vende + QStringList{u"--folio"_s, folios.first()});
+        QCOMPARE(tomado.codigo, 1);
+        QVERIFY2(
+            tomado.error.contains(
+                u"El folio %1 ya lo tiene otro documento de punto de venta."_s.arg(folios.first())),
+            qPrintable(tomado.error));
+        QCOMPARE(lartest::corre(vende + QStringList{u"--folio"_s, u"A00090000"_s}).codigo, 0);
+        QCOMPARE(lartest::corre(vende).salida.section(u' ', 2, 2), u"A00090001"_s);
     }
 };
 
