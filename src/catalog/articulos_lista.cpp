@@ -735,36 +735,14 @@ bool Tfcat_articulos_lista::eventFilter(QObject *o, QEvent *ev)
     if (ev->type() != QEvent::KeyPress)
         return TMForm::eventFilter(o, ev);
     auto *k = static_cast<QKeyEvent *>(ev);
-    if (o == vBusca && !(k->modifiers() & (Qt::ControlModifier | Qt::AltModifier))) {
-        switch (k->key()) {
-        case Qt::Key_Escape:
-            vBusca->clear();
+    if (o == vBusca) {
+        if (TeclaDeBusqueda(k, vBusca, *mArt, cxGrid->viewport()))
             return true;
-        case Qt::Key_PageUp:
-        case Qt::Key_PageDown: {
-            const int filas = std::max(1, cxGrid->viewport()->height() / 19);
-            mArt->moveBy(k->key() == Qt::Key_PageUp ? -filas : filas);
-            return true;
-        }
-        case Qt::Key_End:
-            mArt->last();
-            return true;
-        case Qt::Key_Home:
-            mArt->first();
-            return true;
-        case Qt::Key_Up:
-            mArt->prior();
-            return true;
-        case Qt::Key_Down:
-            mArt->next();
-            return true;
-        case Qt::Key_Return:
-        case Qt::Key_Enter:
+        if (!(k->modifiers() & (Qt::ControlModifier | Qt::AltModifier))
+            && (k->key() == Qt::Key_Return || k->key() == Qt::Key_Enter)) {
             if (Tipo != 1)
                 bAdd->click();
             return true;
-        default:
-            break;
         }
     } else if (o == cxGrid) {
         const bool teclado = k->modifiers() & Qt::KeypadModifier;

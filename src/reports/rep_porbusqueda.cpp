@@ -184,34 +184,9 @@ bool Tfrep_PorBusqueda::eventFilter(QObject *o, QEvent *ev)
 {
     if (o != vBusca || ev->type() != QEvent::KeyPress)
         return TMForm::eventFilter(o, ev);
-    auto *k = static_cast<QKeyEvent *>(ev);
-    if (k->modifiers() & (Qt::ControlModifier | Qt::AltModifier))
-        return TMForm::eventFilter(o, ev);
-    switch (k->key()) {
-    case Qt::Key_Escape:
-        vBusca->clear();
+    if (TeclaDeBusqueda(static_cast<QKeyEvent *>(ev), vBusca, *mBusqueda, cxGrid1->viewport()))
         return true;
-    case Qt::Key_PageUp:
-    case Qt::Key_PageDown: {
-        const int filas = std::max(1, cxGrid1->viewport()->height() / 19);
-        mBusqueda->moveBy(k->key() == Qt::Key_PageUp ? -filas : filas);
-        return true;
-    }
-    case Qt::Key_End:
-        mBusqueda->last();
-        return true;
-    case Qt::Key_Home:
-        mBusqueda->first();
-        return true;
-    case Qt::Key_Up:
-        mBusqueda->prior();
-        return true;
-    case Qt::Key_Down:
-        mBusqueda->next();
-        return true;
-    default:
-        return TMForm::eventFilter(o, ev);
-    }
+    return TMForm::eventFilter(o, ev);
 }
 
 void RegistraRepPorBusqueda()

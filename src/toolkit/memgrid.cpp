@@ -1,6 +1,8 @@
 #include "memgrid.h"
 
 #include <QHeaderView>
+#include <QKeyEvent>
+#include <QLineEdit>
 
 namespace lar {
 
@@ -301,6 +303,37 @@ void LookupCombo::setKeyValue(const QVariant &key)
         }
     }
     setCurrentIndex(-1);
+}
+
+bool TeclaDeBusqueda(const QKeyEvent *k, QLineEdit *busca, MemTable &tabla, const QWidget *grid)
+{
+    if (k->modifiers() & (Qt::ControlModifier | Qt::AltModifier))
+        return false;
+    switch (k->key()) {
+    case Qt::Key_Escape:
+        busca->clear();
+        return true;
+    case Qt::Key_PageUp:
+    case Qt::Key_PageDown: {
+        const int filas = std::max(1, grid->height() / 19);
+        tabla.moveBy(k->key() == Qt::Key_PageUp ? -filas : filas);
+        return true;
+    }
+    case Qt::Key_End:
+        tabla.last();
+        return true;
+    case Qt::Key_Home:
+        tabla.first();
+        return true;
+    case Qt::Key_Up:
+        tabla.prior();
+        return true;
+    case Qt::Key_Down:
+        tabla.next();
+        return true;
+    default:
+        return false;
+    }
 }
 
 } // namespace lar

@@ -7,6 +7,9 @@
 #include <QPointer>
 #include <QTableView>
 
+class QKeyEvent;
+class QLineEdit;
+
 namespace lar {
 
 // A memory table's rows in sight as an item model. Columns are bound to fields by
@@ -105,5 +108,11 @@ private:
     QString m_keyField;
     QString m_listField;
 };
+
+// The keys a search box hands to the table it searches, as a cashier expects them:
+// Esc clears the box; Up, Down, Page Up, Page Down, Home and End move the table's
+// current row (a page being the rows the grid shows). Keys with Ctrl or Alt are left
+// alone. True when the key was used.
+bool TeclaDeBusqueda(const QKeyEvent *k, QLineEdit *busca, MemTable &tabla, const QWidget *grid);
 
 } // namespace lar
