@@ -159,20 +159,13 @@ Tfcat_articulos_lista::Tfcat_articulos_lista(Sesion &sesion, QWidget *parent)
     DefineArticulos(*mArt);
     mArt->open();
 
-    auto boton = [this](const QString &nombre, const QString &texto) {
-        auto *b = new QPushButton(texto, this);
-        b->setObjectName(nombre);
-        b->setAutoDefault(false);
-        return b;
-    };
-
     // Tools: load, add, import, bulk assignment, save.
     Panel2 = new QFrame(this);
     Panel2->setObjectName(QStringLiteral("Panel2"));
-    Button1 = boton(QStringLiteral("Button1"), QStringLiteral("Actualizar"));
+    Button1 = Boton(QStringLiteral("Button1"), QStringLiteral("Actualizar"));
     Button1->setToolTip(QStringLiteral("Actualizar la lista"));
-    bArticulos = boton(QStringLiteral("bArticulos"), QStringLiteral("&Artículos"));
-    btnExcel = boton(QStringLiteral("btnExcel"), QStringLiteral("Importar de &Excel"));
+    bArticulos = Boton(QStringLiteral("bArticulos"), QStringLiteral("&Artículos"));
+    btnExcel = Boton(QStringLiteral("btnExcel"), QStringLiteral("Importar de &Excel"));
     vAplica = new QLineEdit(this);
     vAplica->setObjectName(QStringLiteral("vAplica"));
     vAplica->setValidator(
@@ -187,10 +180,10 @@ Tfcat_articulos_lista::Tfcat_articulos_lista(Sesion &sesion, QWidget *parent)
     auto *grupoAplica = new QButtonGroup(this);
     grupoAplica->addButton(rPuntos);
     grupoAplica->addButton(rValor);
-    BitBtn5 = boton(QStringLiteral("BitBtn5"), QStringLiteral("&Asignar"));
-    bGuardar = boton(QStringLiteral("bGuardar"), QStringLiteral("&Guardar"));
+    BitBtn5 = Boton(QStringLiteral("BitBtn5"), QStringLiteral("&Asignar"));
+    bGuardar = Boton(QStringLiteral("bGuardar"), QStringLiteral("&Guardar"));
     bGuardar->setVisible(false);
-    bNuevo = boton(QStringLiteral("bNuevo"), QStringLiteral("Nuevo artículo"));
+    bNuevo = Boton(QStringLiteral("bNuevo"), QStringLiteral("Nuevo artículo"));
     bNuevo->setVisible(false);
     auto *herramientas = new QHBoxLayout(Panel2);
     herramientas->setContentsMargins(0, 0, 0, 0);
@@ -277,9 +270,9 @@ Tfcat_articulos_lista::Tfcat_articulos_lista(Sesion &sesion, QWidget *parent)
         m_anchos.push_back(c == colExistencia ? 90 : m->column(c).width);
     muestraColumna(colExistencia, false);
 
-    bAdd = boton(QStringLiteral("bAdd"), QStringLiteral("&Agregar"));
+    bAdd = Boton(QStringLiteral("bAdd"), QStringLiteral("&Agregar"));
     bAdd->setVisible(false);
-    bCancelar = boton(QStringLiteral("bCancelar"), QStringLiteral("&Cerrar"));
+    bCancelar = Boton(QStringLiteral("bCancelar"), QStringLiteral("&Cerrar"));
     bCancelar->setVisible(false);
     auto *pie = new QHBoxLayout;
     pie->addStretch();

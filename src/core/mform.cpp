@@ -51,6 +51,14 @@ void TMForm::terminaDiseno()
     }
 }
 
+QPushButton *TMForm::Boton(const QString &nombre, const QString &texto)
+{
+    auto *b = new QPushButton(texto, this);
+    b->setObjectName(nombre);
+    b->setAutoDefault(false);
+    return b;
+}
+
 bool TMForm::event(QEvent *ev)
 {
     if (ev->type() == QEvent::Polish)

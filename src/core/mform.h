@@ -7,6 +7,7 @@
 
 class QComboBox;
 class QKeyEvent;
+class QPushButton;
 
 namespace lar {
 
@@ -55,6 +56,9 @@ protected:
     // the screen and gives the date pickers their period by Tag: 1 first day of
     // the month, 2 last day, anything else today.
     void terminaDiseno();
+    // A push button of the form named as designed. Never a default button: Enter
+    // belongs to the form's boxes and grids.
+    QPushButton *Boton(const QString &nombre, const QString &texto);
 
     bool event(QEvent *ev) override;
     void closeEvent(QCloseEvent *ev) override;

@@ -36,15 +36,10 @@ TfAsignar_PA::TfAsignar_PA(Sesion &sesion, QWidget *parent)
 {
     setObjectName(QStringLiteral("TfAsignar_PA"));
     setWindowTitle(QStringLiteral("Asignar Puntos a Empleados"));
-    auto boton = [this](const char *nombre, const QString &texto) {
-        auto *b = new QPushButton(texto, this);
-        b->setObjectName(QLatin1String(nombre));
-        return b;
-    };
-    bNew = boton("bNew", QStringLiteral("Nuevo"));
-    bSaveClose = boton("bSaveClose", QStringLiteral("Guardar y cerrar (F11)"));
-    bSaveNew = boton("bSaveNew", QStringLiteral("Guardar y nuevo (F12)"));
-    bPrint = boton("bPrint", QStringLiteral("Imprimir"));
+    bNew = Boton(QStringLiteral("bNew"), QStringLiteral("Nuevo"));
+    bSaveClose = Boton(QStringLiteral("bSaveClose"), QStringLiteral("Guardar y cerrar (F11)"));
+    bSaveNew = Boton(QStringLiteral("bSaveNew"), QStringLiteral("Guardar y nuevo (F12)"));
+    bPrint = Boton(QStringLiteral("bPrint"), QStringLiteral("Imprimir"));
     connect(bNew, &QPushButton::clicked, this, &TfAsignar_PA::bNewClick);
     connect(bSaveClose, &QPushButton::clicked, this, &TfAsignar_PA::bSaveCloseClick);
     connect(bSaveNew, &QPushButton::clicked, this, &TfAsignar_PA::bSaveNewClick);

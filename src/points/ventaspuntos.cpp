@@ -830,19 +830,14 @@ TfVentasPuntos::TfVentasPuntos(Sesion &sesion, QWidget *parent)
 {
     setObjectName(QStringLiteral("TfVentasPuntos"));
     setWindowTitle(QStringLiteral("Canje de puntos"));
-    auto boton = [this](const char *nombre, const QString &texto) {
-        auto *b = new QPushButton(texto, this);
-        b->setObjectName(QLatin1String(nombre));
-        return b;
-    };
-    bNew = boton("bNew", QStringLiteral("Nuevo"));
-    bSave = boton("bSave", QStringLiteral("Guardar"));
-    bSaveClose = boton("bSaveClose", QStringLiteral("Guardar y cerrar (F11)"));
-    bSaveNew = boton("bSaveNew", QStringLiteral("Guardar y nuevo (F12)"));
-    bPrint = boton("bPrint", QStringLiteral("Imprimir"));
-    bCancelar = boton("bCancelar", QStringLiteral("Cancelar venta"));
-    bUp = boton("bUp", QStringLiteral("Anterior"));
-    bDown = boton("bDown", QStringLiteral("Siguiente"));
+    bNew = Boton(QStringLiteral("bNew"), QStringLiteral("Nuevo"));
+    bSave = Boton(QStringLiteral("bSave"), QStringLiteral("Guardar"));
+    bSaveClose = Boton(QStringLiteral("bSaveClose"), QStringLiteral("Guardar y cerrar (F11)"));
+    bSaveNew = Boton(QStringLiteral("bSaveNew"), QStringLiteral("Guardar y nuevo (F12)"));
+    bPrint = Boton(QStringLiteral("bPrint"), QStringLiteral("Imprimir"));
+    bCancelar = Boton(QStringLiteral("bCancelar"), QStringLiteral("Cancelar venta"));
+    bUp = Boton(QStringLiteral("bUp"), QStringLiteral("Anterior"));
+    bDown = Boton(QStringLiteral("bDown"), QStringLiteral("Siguiente"));
     connect(bNew, &QPushButton::clicked, this, &TfVentasPuntos::bNewClick);
     connect(bSaveClose, &QPushButton::clicked, this, &TfVentasPuntos::bSaveCloseClick);
     connect(bSaveNew, &QPushButton::clicked, this, &TfVentasPuntos::bSaveNewClick);

@@ -380,16 +380,10 @@ TfVentasPuntosLista::TfVentasPuntosLista(Sesion &sesion, QWidget *parent)
     });
     mVPuntos->setFiltered(true);
 
-    auto boton = [this](const char *nombre, const QString &texto) {
-        auto *b = new QPushButton(texto, this);
-        b->setObjectName(QLatin1String(nombre));
-        b->setAutoDefault(false);
-        return b;
-    };
-    bNew = boton("bNew", QStringLiteral("Nuevo"));
-    bOpen = boton("bOpen", QStringLiteral("Abrir"));
-    bPeriodo = boton("bPeriodo", QStringLiteral("Período"));
-    bUpdate = boton("bUpdate", QStringLiteral("Actualizar"));
+    bNew = Boton(QStringLiteral("bNew"), QStringLiteral("Nuevo"));
+    bOpen = Boton(QStringLiteral("bOpen"), QStringLiteral("Abrir"));
+    bPeriodo = Boton(QStringLiteral("bPeriodo"), QStringLiteral("Período"));
+    bUpdate = Boton(QStringLiteral("bUpdate"), QStringLiteral("Actualizar"));
     vPeriodo = new QLineEdit(this);
     vPeriodo->setObjectName(QStringLiteral("vPeriodo"));
     vPeriodo->setReadOnly(true);

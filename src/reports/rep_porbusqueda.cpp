@@ -36,18 +36,12 @@ Tfrep_PorBusqueda::Tfrep_PorBusqueda(Sesion &sesion, QWidget *parent)
     DefineDirecciones(*mBusqueda);
     mBusqueda->open();
 
-    auto boton = [this](const QString &n, const QString &texto) {
-        auto *b = new QPushButton(texto, this);
-        b->setObjectName(n);
-        b->setAutoDefault(false);
-        return b;
-    };
-    BitBtn1 = boton(QStringLiteral("BitBtn1"), QStringLiteral("Actualizar"));
+    BitBtn1 = Boton(QStringLiteral("BitBtn1"), QStringLiteral("Actualizar"));
     // F5 runs the same load.
-    Button1 = boton(QStringLiteral("Button1"), QStringLiteral("Actualizar"));
+    Button1 = Boton(QStringLiteral("Button1"), QStringLiteral("Actualizar"));
     SetTag(Button1, -5);
     Button1->setVisible(false);
-    btnExportar = boton(QStringLiteral("btnExportar"), QStringLiteral("&Exportar a Excel"));
+    btnExportar = Boton(QStringLiteral("btnExportar"), QStringLiteral("&Exportar a Excel"));
 
     rCiudad = new QRadioButton(QStringLiteral("Cuidad"), this);
     rCiudad->setObjectName(QStringLiteral("rCiudad"));

@@ -81,16 +81,10 @@ TfRepCliente::TfRepCliente(Sesion &sesion,
     auto *lAl = new QLabel(QStringLiteral("al:"), this);
     lAl->setBuddy(dtpFechaF);
 
-    auto boton = [this](const QString &n, const QString &texto) {
-        auto *b = new QPushButton(texto, this);
-        b->setObjectName(n);
-        b->setAutoDefault(false);
-        return b;
-    };
-    Button1 = boton(QStringLiteral("Button1"), QStringLiteral("Actualizar"));
+    Button1 = Boton(QStringLiteral("Button1"), QStringLiteral("Actualizar"));
     SetTag(Button1, -5);
-    btnImprimir = boton(QStringLiteral("btnImprimir"), QStringLiteral("&Imprimir"));
-    btnExportar = boton(QStringLiteral("btnExportar"), QStringLiteral("&Exportar a Excel"));
+    btnImprimir = Boton(QStringLiteral("btnImprimir"), QStringLiteral("&Imprimir"));
+    btnExportar = Boton(QStringLiteral("btnExportar"), QStringLiteral("&Exportar a Excel"));
 
     auto *fila = new QHBoxLayout;
     fila->addWidget(lCliente);
